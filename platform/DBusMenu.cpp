@@ -1,0 +1,129 @@
+#include "platform/DBusMenu.h"
+
+#include <QDBusMetaType>
+
+namespace tidewick
+{
+namespace
+{
+
+void registerTypes()
+{
+    qDBusRegisterMetaType<QList<int>>();
+    qDBusRegisterMetaType<QList<QStringList>>();
+    qDBusRegisterMetaType<DBusMenuProperties>();
+    qDBusRegisterMetaType<QList<DBusMenuProperties>>();
+    qDBusRegisterMetaType<DBusMenuRemovedProperties>();
+    qDBusRegisterMetaType<QList<DBusMenuRemovedProperties>>();
+    qDBusRegisterMetaType<DBusMenuLayout>();
+    qDBusRegisterMetaType<DBusMenuEvent>();
+    qDBusRegisterMetaType<QList<DBusMenuEvent>>();
+}
+
+QVariantMap rootProperties()
+{
+    return {{QStringLiteral("children-display"), QStringLiteral("submenu")}};
+}
+
+QVariantMap itemProperties(const MenuItem &item)
+{
+    if (item.title.isEmpty())
+        return {{QStringLiteral("type"), QStringLiteral("separator")}};
+    // A single underscore would mark the letter behind it as the access key.
+    QVariantMap properties{{QStringLiteral("label"), QString(item.title).replace(
+                                                         QLatin1Char('_'), QLatin1String("__"))}};
+    if (!item.keyEquivalent.isEmpty()) {
+        const QList<QStringList> keys{{QStringLiteral("Control"), item.keyEquivalent}};
+        properties.insert(QStringLiteral("shortcut"), QVariant::fromValue(keys));
+    }
+    return properties;
+}
+
+} // namespace
+
+DBusMenu::DBusMenu(QObject *parent) : QDBusAbstractAdaptor(parent)
+{
+    static const bool registered = (registerTypes(), true);
+    Q_UNUSED(registered)
+}
+
+void DBusMenu::setItems(const QList<MenuItem> &items)
+{
+    m_items = items;
+    Q_EMIT LayoutUpdated(++m_revision, 0);
+}
+
+QVariantMap DBusMenu::properties(int id, const QStringList &names) const
+{
+    QVariantMap all = id == 0 ? rootProperties() : itemProperties(m_items.at(id - 1));
+    if (!names.isEmpty())
+        all.removeIf([&names](const auto &entry) { return !names.contains(entry.key()); });
+    return all;
+}
+
+uint DBusMenu::GetLayout(int parentId, int recursionDepth, const QStringList &propertyNames,
+                         DBusMenuLayout &layout) const
+{
+    if (!has(parentId))
+        return m_revision;
+    layout = {parentId, properties(parentId, propertyNames), {}};
+    if (parentId == 0 && recursionDepth != 0) {
+        for (int id = 1; id <= m_items.size(); ++id)
+            layout.children.append(
+                QVariant::fromValue(DBusMenuLayout{id, properties(id, propertyNames), {}}));
+    }
+    return m_revision;
+}
+
+QList<DBusMenuProperties> DBusMenu::GetGroupProperties(const QList<int> &ids,
+                                                       const QStringList &propertyNames) const
+{
+    QList<DBusMenuProperties> entries;
+    for (const int id : ids) {
+        if (has(id))
+            entries.append({id, properties(id, propertyNames)});
+    }
+    return entries;
+}
+
+QDBusVariant DBusMenu::GetProperty(int id, const QString &name) const
+{
+    // A variant on the bus must hold something: an unknown property is an empty text.
+    return QDBusVariant(has(id) ? properties(id, {}).value(name, QString()) : QString());
+}
+
+void DBusMenu::Event(int id, const QString &type, const QDBusVariant & /*data*/,
+                     uint /*timestamp*/)
+{
+    if (type != QLatin1String("clicked") || id < 1 || !has(id))
+        return;
+    if (const auto action = m_items.at(id - 1).action)
+        QMetaObject::invokeMethod(this, action, Qt::QueuedConnection);
+}
+
+QList<int> DBusMenu::EventGroup(const QList<DBusMenuEvent> &events)
+{
+    QList<int> unknownIds;
+    for (const DBusMenuEvent &event : events) {
+        Event(event.id, event.type, event.data, event.timestamp);
+        if (!has(event.id))
+            unknownIds.append(event.id);
+    }
+    return unknownIds;
+}
+
+bool DBusMenu::AboutToShow(int /*id*/) const
+{
+    return false;
+}
+
+QList<int> DBusMenu::AboutToShowGroup(const QList<int> &ids, QList<int> &unknownIds) const
+{
+    for (const int id : ids) {
+        if (!has(id))
+            unknownIds.append(id);
+    }
+    return {};
+}
+
+} // namespace tidewick

@@ -1,0 +1,21 @@
+#pragma once
+
+#include "platform/StatusItem.h"
+
+#include <QImage>
+
+namespace tidewick
+{
+
+/// The icon alone, centred in a square of `side` pixels. The square stands for a bar 22 points
+/// high, so an icon of 18 points fills 18/22 of it.
+QImage plainStatusImage(const QImage &icon, QSize points, int side);
+
+/// Icon and title in one square, for a bar that shows nothing but square icons: the title is a
+/// badge in the lower right corner, as large as legible digits need.
+QImage badgedStatusImage(const QImage &icon, QSize points, const StatusTitle &title, int side);
+
+/// Icon and title side by side in a picture `height` pixels high, for a bar that keeps its width.
+QImage wideStatusImage(const QImage &icon, QSize points, const StatusTitle &title, int height);
+
+} // namespace tidewick

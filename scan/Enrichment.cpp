@@ -1,0 +1,11 @@
+#include "scan/Enrichment.h"
+
+namespace tidewick
+{
+
+PortInfo enrichPortInfo(PortInfo record)
+{
+    return record;
+}
+
+} // namespace tidewick

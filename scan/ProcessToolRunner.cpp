@@ -1,0 +1,60 @@
+#include "scan/ProcessToolRunner.h"
+
+#include <QProcess>
+#include <QProcessEnvironment>
+
+#include <csignal>
+#include <sys/prctl.h>
+#include <sys/syscall.h>
+#include <unistd.h>
+
+namespace tidewick
+{
+namespace
+{
+
+/// A handle of a running child (pidfd_open(2)): a kill through it never meets a reused pid,
+/// however late it comes.
+class ChildHandle
+{
+public:
+    explicit ChildHandle(qint64 pid)
+        : m_descriptor(static_cast<int>(syscall(SYS_pidfd_open, static_cast<pid_t>(pid), 0)))
+    {
+    }
+    ~ChildHandle()
+    {
+        if (m_descriptor >= 0)
+            close(m_descriptor);
+    }
+    Q_DISABLE_COPY_MOVE(ChildHandle)
+
+    void kill() const { syscall(SYS_pidfd_send_signal, m_descriptor, SIGKILL, nullptr, 0U); }
+
+private:
+    int m_descriptor;
+};
+
+} // namespace
+
+ToolResult ProcessToolRunner::run(const QString &program, const QStringList &arguments,
+                                  const std::stop_token &stop) const
+{
+    QProcess child;
+    child.setStandardInputFile(QProcess::nullDevice());
+    // With an environment of its own QProcess starts the program by execve, which never hands a
+    // text file to a shell as execvp does.
+    child.setProcessEnvironment(QProcessEnvironment::systemEnvironment());
+    child.setChildProcessModifier([] { prctl(PR_SET_PDEATHSIG, SIGKILL); });
+    child.start(program, arguments, QIODevice::ReadOnly);
+    if (!child.waitForStarted(-1))
+        throw ToolStartError(program + QStringLiteral(": ") + child.errorString());
+
+    const ChildHandle handle(child.processId());
+    const std::stop_callback killWhenStopped(stop, [&handle] { handle.kill(); });
+    child.waitForFinished(-1);
+    const bool exited = child.exitStatus() == QProcess::NormalExit;
+    return {child.readAllStandardOutput(), exited ? child.exitCode() : -1};
+}
+
+} // namespace tidewick

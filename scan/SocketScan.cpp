@@ -1,0 +1,162 @@
+#include "scan/SocketScan.h"
+
+#include "scan/Enrichment.h"
+
+#include <QSet>
+#include <QStringView>
+
+#include <algorithm>
+#include <array>
+#include <optional>
+
+namespace tidewick
+{
+namespace
+{
+
+struct HostAndPort
+{
+    QString host;
+    QStringView port;
+};
+
+bool isNewline(QChar character)
+{
+    const char16_t c = character.unicode();
+    return (c >= u'\n' && c <= u'\r') || c == u'\u0085' || c == u'\u2028' || c == u'\u2029';
+}
+
+QList<QStringView> splitLines(QStringView text)
+{
+    QList<QStringView> lines;
+    qsizetype start = 0;
+    for (qsizetype i = 0; i < text.size(); ++i) {
+        if (isNewline(text[i])) {
+            lines.append(text.sliced(start, i - start));
+            start = i + 1;
+        }
+    }
+    lines.append(text.sliced(start));
+    return lines;
+}
+
+/// Splits lsof's NAME column, "host:port" or "[IPv6 host]:port".
+std::optional<HostAndPort> splitName(QStringView name)
+{
+    const QStringView bracketEnd = u"]:";
+    if (name.contains(bracketEnd)) {
+        const auto pieces = name.split(bracketEnd);
+        if (pieces.size() != 2)
+            return std::nullopt;
+        return HostAndPort{pieces[0].toString().remove(QLatin1Char('[')), pieces[1]};
+    }
+    const auto firstColon = name.indexOf(u':');
+    if (firstColon < 0)
+        return std::nullopt;
+    return HostAndPort{name.first(firstColon).toString(), name.sliced(name.lastIndexOf(u':') + 1)};
+}
+
+/// An optional sign, then ASCII digits and nothing else, within 64 bits.
+std::optional<qint64> parsePort(QStringView text)
+{
+    const bool hasSign = text.startsWith(u'+') || text.startsWith(u'-');
+    const QStringView digits = text.sliced(hasSign ? 1 : 0);
+    const auto isAsciiDigit = [](QChar c) { return c >= u'0' && c <= u'9'; };
+    if (digits.isEmpty() || !std::all_of(digits.begin(), digits.end(), isAsciiDigit))
+        return std::nullopt;
+    bool fits = false;
+    const qint64 port = text.toLongLong(&fits);
+    return fits ? std::optional(port) : std::nullopt;
+}
+
+bool isLocalHost(QStringView host)
+{
+    constexpr std::array<QStringView, 6> accepted{u"*",         u"0.0.0.0", u"127.0.0.1",
+                                                  u"localhost", u"::1",     u"::"};
+    return std::find(accepted.begin(), accepted.end(), host) != accepted.end();
+}
+
+std::optional<PortInfo> parseLine(QStringView line)
+{
+    const auto columns = line.split(u' ', Qt::SkipEmptyParts);
+    if (columns.size() < 9)
+        return std::nullopt;
+    const auto name = splitName(columns[8]);
+    if (!name)
+        return std::nullopt;
+    const auto port = parsePort(name->port);
+    if (!port || !isLocalHost(name->host))
+        return std::nullopt;
+    return PortInfo(*port, columns[1].toString(), columns[0].toString(), columns[2].toString(),
+                    QStringLiteral("localhost"));
+}
+
+} // namespace
+
+QList<PortInfo> fetchRunningPorts(const SystemInterfaces &system, const std::stop_token &stop)
+{
+    const QStringList arguments{QStringLiteral("-i"), QStringLiteral("TCP"), QStringLiteral("-P"),
+                                QStringLiteral("-n"), QStringLiteral("-sTCP:LISTEN")};
+    const ToolResult lsof =
+        system.tools->run(presentTool(system.toolTable.lsof), arguments, stop);
+    QList<PortInfo> kept;
+    for (const PortInfo &record : parsePortInfo(decodeUtf8(lsof.standardOutput).value_or(QString()))) {
+        if (isDevelopmentProcess(record))
+            kept.append(record);
+    }
+    for (PortInfo &record : kept) {
+        if (stop.stop_requested())
+            break;
+        record = enrichPortInfo(record);
+    }
+    return kept;
+}
+
+QList<PortInfo> parsePortInfo(const QString &lsofOutput)
+{
+    QList<PortInfo> records;
+    QSet<qint64> seenPorts;
+    const auto lines = splitLines(lsofOutput);
+    for (const QStringView line : lines.sliced(1)) {
+        auto record = parseLine(line);
+        if (!record || seenPorts.contains(record->port()))
+            continue;
+        seenPorts.insert(record->port());
+        records.append(*std::move(record));
+    }
+    std::stable_sort(records.begin(), records.end(),
+                     [](const PortInfo &a, const PortInfo &b) { return a.port() < b.port(); });
+    return records;
+}
+
+bool isDevelopmentProcess(const PortInfo &record)
+{
+    struct Rule
+    {
+        enum { equals, contains } test;
+        QStringView text;
+    };
+    // "go" inside any longer name is kept on purpose, "node" is not.
+    constexpr std::array<Rule, 14> rules{{
+        {Rule::equals, u"node"},
+        {Rule::contains, u"python"},
+        {Rule::contains, u"ruby"},
+        {Rule::contains, u"php"},
+        {Rule::equals, u"postgres"},
+        {Rule::equals, u"mysqld"},
+        {Rule::equals, u"mongod"},
+        {Rule::equals, u"redis-server"},
+        {Rule::contains, u"docker"},
+        {Rule::equals, u"deno"},
+        {Rule::equals, u"bun"},
+        {Rule::contains, u"java"},
+        {Rule::contains, u"dotnet"},
+        {Rule::contains, u"go"},
+    }};
+    const QString command = record.command().toLower();
+    return std::any_of(rules.begin(), rules.end(), [&command](const Rule &rule) {
+        return rule.test == Rule::equals ? command == rule.text : command.contains(rule.text);
+    });
+}
+
+} // namespace tidewick

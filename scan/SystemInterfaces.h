@@ -1,0 +1,19 @@
+#pragma once
+
+#include "scan/ToolRunner.h"
+#include "scan/ToolTable.h"
+
+#include <memory>
+
+namespace tidewick
+{
+
+/// The operating system as a scan and a kill see it. A value that a task copies, so that the task
+/// may outlive whoever started it.
+struct SystemInterfaces
+{
+    std::shared_ptr<const ToolRunner> tools;
+    ToolTable toolTable;
+};
+
+} // namespace tidewick

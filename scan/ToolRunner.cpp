@@ -1,0 +1,15 @@
+#include "scan/ToolRunner.h"
+
+#include <QStringDecoder>
+
+namespace tidewick
+{
+
+std::optional<QString> decodeUtf8(const QByteArray &bytes)
+{
+    QStringDecoder decoder(QStringDecoder::Utf8, QStringDecoder::Flag::Stateless);
+    QString text = decoder(bytes);
+    return decoder.hasError() ? std::nullopt : std::optional(std::move(text));
+}
+
+} // namespace tidewick

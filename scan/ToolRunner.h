@@ -1,0 +1,54 @@
+#pragma once
+
+#include <QByteArray>
+#include <QString>
+#include <QStringList>
+
+#include <optional>
+#include <stdexcept>
+#include <stop_token>
+#include <utility>
+
+namespace tidewick
+{
+
+/// A tool that could not be started; `description` holds the system's own text.
+class ToolStartError : public std::runtime_error
+{
+public:
+    explicit ToolStartError(QString description)
+        : std::runtime_error(description.toStdString()), m_description(std::move(description))
+    {
+    }
+    const QString &description() const { return m_description; }
+
+private:
+    QString m_description;
+};
+
+/// What a tool left behind when it ended. `exitStatus` is -1 where a signal ended it.
+struct ToolResult
+{
+    QByteArray standardOutput;
+    int exitStatus = 0;
+};
+
+/// The edge to the operating system's command-line tools.
+class ToolRunner
+{
+public:
+    virtual ~ToolRunner() = default;
+
+    /// Starts `program` (an absolute path) with exactly `arguments`, never through a shell, waits
+    /// for its exit and then returns its standard output to the end. Blocks the calling thread
+    /// without a limit of time; callable from several threads at once. A stop request, before or
+    /// during the run, kills the child at once, and the result is then worthless.
+    /// Throws ToolStartError.
+    virtual ToolResult run(const QString &program, const QStringList &arguments,
+                           const std::stop_token &stop) const = 0;
+};
+
+/// Strict UTF-8 (RFC 3629): nothing where a single byte is out of place.
+std::optional<QString> decodeUtf8(const QByteArray &bytes);
+
+} // namespace tidewick
