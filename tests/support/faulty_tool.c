@@ -1,0 +1,50 @@
+// A tool for tests: does what its first argument says.
+#include <signal.h>
+#include <stdio.h>
+#include <stdlib.h>
+#include <string.h>
+#include <unistd.h>
+
+static void fill(FILE *stream, char byte, long count)
+{
+    while (count-- > 0)
+        fputc(byte, stream);
+    fflush(stream);
+}
+
+int main(int argc, char **argv)
+{
+    const char *what = argc > 1 ? argv[1] : "";
+    if (strcmp(what, "arguments") == 0) { // each argument on a line
+        for (int i = 2; i < argc; ++i)
+            puts(argv[i]);
+    } else if (strcmp(what, "flood") == 0) { // 5 MB and 1 MB, standard error in the middle
+        fill(stdout, 'a', 2500000);
+        fill(stderr, 'e', 1000000);
+        fill(stdout, 'b', 2500000);
+    } else if (strcmp(what, "exit") == 0) {
+        return atoi(argv[2]);
+    } else if (strcmp(what, "crash") == 0) {
+        fill(stdout, 'a', 3);
+        raise(SIGSEGV);
+    } else if (strcmp(what, "close") == 0) { // closes both pipes and lives on a little
+        fclose(stdout);
+        fclose(stderr);
+        usleep(200000);
+        return 7;
+    } else if (strcmp(what, "stdin") == 0) { // how many bytes wait on standard input
+        printf("%ld", (long)fread((char[16]){0}, 1, 16, stdin));
+    } else if (strcmp(what, "hang") == 0) { // prints its process id, ignores polite signals
+        signal(SIGTERM, SIG_IGN);
+        if (argc > 2) {
+            FILE *file = fopen(argv[2], "w");
+            fprintf(file, "%d", (int)getpid());
+            fclose(file);
+        }
+        for (;;)
+            pause();
+    } else {
+        return 64;
+    }
+    return 0;
+}
