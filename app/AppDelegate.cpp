@@ -1,7 +1,6 @@
 #include "app/AppDelegate.h"
 
 #include <QCoreApplication>
-#include <QFile>
 #include <QImage>
 #include <QPainter>
 #include <QSvgRenderer>
@@ -27,12 +26,6 @@ QImage networkSymbol()
     QPainter painter(&image);
     symbol.render(&painter);
     return image;
-}
-
-QImage statusImage()
-{
-    const QImage icon(QStringLiteral(":/menubar_icon.png"));
-    return icon.isNull() ? networkSymbol() : icon;
 }
 
 } // namespace
@@ -63,7 +56,7 @@ void AppDelegate::updateStatusIcon(qint64 count)
 {
     if (!m_statusItem)
         return;
-    m_statusItem->setImage(statusImage(), iconPoints);
+    m_statusItem->setImage(statusImage(QStringLiteral(":/menubar_icon.png")), iconPoints);
     if (count == 0) {
         m_statusItem->setAttributedTitle({});
         return;
@@ -75,6 +68,12 @@ void AppDelegate::updateStatusIcon(qint64 count)
 void AppDelegate::quitApp()
 {
     QCoreApplication::quit();
+}
+
+QImage statusImage(const QString &iconFile)
+{
+    const QImage icon(iconFile);
+    return icon.isNull() ? networkSymbol() : icon;
 }
 
 QString statusSummary(const QList<PortInfo> &runningPorts)

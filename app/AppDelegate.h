@@ -46,6 +46,10 @@ private:
     std::unique_ptr<AppState> m_appState;
 };
 
+/// The picture in `iconFile`, else the symbol "network". Throws nothing: without the symbol the
+/// program ends.
+QImage statusImage(const QString &iconFile);
+
 /// What the status item's tooltip says of `runningPorts`.
 QString statusSummary(const QList<PortInfo> &runningPorts);
 

@@ -1,0 +1,225 @@
+#include "scan/ProcessToolRunner.h"
+#include "tests/support/TestText.h"
+#include "tests/support/WaitUntil.h"
+
+#include <gtest/gtest.h>
+
+#include <QElapsedTimer>
+#include <QFile>
+#include <QTemporaryDir>
+
+#include <cerrno>
+#include <csignal>
+#include <cstring>
+#include <thread>
+
+using namespace tidewick;
+
+namespace
+{
+
+const QString faultyTool = QStringLiteral(FAULTY_TOOL);
+
+ToolResult run(const QString &program, const QStringList &arguments = {},
+               const std::stop_token &stop = {})
+{
+    return ProcessToolRunner().run(program, arguments, stop);
+}
+
+ToolResult runFaultyTool(const QStringList &arguments)
+{
+    return run(faultyTool, arguments);
+}
+
+/// The description of the error that starting `program` ends in.
+QString startError(const QString &program)
+{
+    try {
+        run(program);
+    } catch (const ToolStartError &error) {
+        return error.description();
+    }
+    return QStringLiteral("(it started)");
+}
+
+QString systemText(int errorNumber)
+{
+    return QString::fromLocal8Bit(std::strerror(errorNumber));
+}
+
+QString makeFile(const QTemporaryDir &folder, const QByteArray &content)
+{
+    QFile file(folder.filePath(QStringLiteral("tool")));
+    EXPECT_TRUE(file.open(QIODevice::WriteOnly));
+    file.write(content);
+    EXPECT_TRUE(file.setPermissions(QFile::ReadOwner | QFile::ExeOwner));
+    return file.fileName();
+}
+
+bool isAlive(pid_t pid)
+{
+    return kill(pid, 0) == 0;
+}
+
+/// A tool that hangs, run in a thread of its own; `pid` is the child's once it is up.
+class HangingRun
+{
+public:
+    HangingRun()
+        : m_thread([this](const std::stop_token &stop) {
+              result = run(faultyTool, {QStringLiteral("hang"), m_pidFile}, stop);
+              isOver = true;
+          })
+    {
+        EXPECT_TRUE(waitUntil([this] {
+            QFile file(m_pidFile);
+            return file.open(QIODevice::ReadOnly) && (pid = file.readAll().toInt()) > 0;
+        }));
+    }
+    void requestStop() { m_thread.request_stop(); }
+
+    ToolResult result;
+    std::atomic<bool> isOver = false;
+    pid_t pid = 0;
+
+private:
+    QTemporaryDir m_folder;
+    QString m_pidFile = m_folder.filePath(QStringLiteral("pid"));
+    std::jthread m_thread;
+};
+
+} // namespace
+
+TEST(ToolRunner, returnsStandardOutputAndExitStatus)
+{
+    const ToolResult result = run(QStringLiteral("/bin/echo"), {QStringLiteral("hello")});
+    EXPECT_EQ(result.standardOutput, "hello\n");
+    EXPECT_EQ(result.exitStatus, 0);
+    EXPECT_EQ(runFaultyTool({QStringLiteral("exit"), QStringLiteral("3")}).exitStatus, 3);
+}
+
+TEST(ToolRunner, handsArgumentsOnUntouchedByAnyShell)
+{
+    const ToolResult result =
+        runFaultyTool({QStringLiteral("arguments"), QStringLiteral("a b"), QString(),
+                       QStringLiteral("$HOME"), QStringLiteral("*;`id`|\"'"), QStringLiteral("ü")});
+    EXPECT_EQ(result.standardOutput, "a b\n\n$HOME\n*;`id`|\"'\nü\n");
+}
+
+TEST(ToolRunner, carriesMegabytesOnBothPipesWithoutLosingAByte)
+{
+    const ToolResult result = runFaultyTool({QStringLiteral("flood")});
+    EXPECT_EQ(result.exitStatus, 0);
+    EXPECT_TRUE(result.standardOutput == QByteArray(2500000, 'a') + QByteArray(2500000, 'b'));
+}
+
+TEST(ToolRunner, keepsWhatACrashingToolPrinted)
+{
+    const ToolResult result = runFaultyTool({QStringLiteral("crash")});
+    EXPECT_EQ(result.standardOutput, "aaa");
+    EXPECT_EQ(result.exitStatus, -1);
+}
+
+TEST(ToolRunner, waitsForTheExitOfAToolThatClosesItsPipes)
+{
+    EXPECT_EQ(runFaultyTool({QStringLiteral("close")}).exitStatus, 7);
+}
+
+TEST(ToolRunner, givesTheToolNothingToRead)
+{
+    EXPECT_EQ(runFaultyTool({QStringLiteral("stdin")}).standardOutput, "0");
+}
+
+TEST(ToolRunner, inheritsEnvironmentAndFolder)
+{
+    qputenv("TIDEWICK_TEST_VARIABLE", "inherited");
+    const QByteArray environment = run(QStringLiteral("/usr/bin/env")).standardOutput;
+    EXPECT_TRUE(environment.contains("TIDEWICK_TEST_VARIABLE=inherited\n"));
+    qunsetenv("TIDEWICK_TEST_VARIABLE");
+    EXPECT_EQ(run(QStringLiteral("/bin/pwd"), {QStringLiteral("-P")}).standardOutput.trimmed(),
+              QFile::encodeName(QFileInfo(QStringLiteral(".")).canonicalFilePath()));
+}
+
+TEST(ToolRunner, missingToolIsAnErrorWithTheSystemsText)
+{
+    const QString error = startError(QStringLiteral("/nowhere/lsof"));
+    EXPECT_TRUE(error.contains(systemText(ENOENT))) << error.toStdString();
+    EXPECT_TRUE(error.contains(QStringLiteral("/nowhere/lsof"))) << error.toStdString();
+}
+
+TEST(ToolRunner, folderIsAnErrorWithTheSystemsText)
+{
+    const QString error = startError(QStringLiteral("/usr"));
+    EXPECT_TRUE(error.contains(systemText(EACCES))) << error.toStdString();
+}
+
+TEST(ToolRunner, textFileIsNeverHandedToAShell)
+{
+    const QTemporaryDir folder;
+    const QString error = startError(makeFile(folder, "echo run by a shell\n"));
+    EXPECT_TRUE(error.contains(systemText(ENOEXEC))) << error.toStdString();
+}
+
+TEST(ToolRunner, stopKillsAHangingToolAtOnce)
+{
+    HangingRun hanging;
+    EXPECT_TRUE(isAlive(hanging.pid));
+    QElapsedTimer timer;
+    timer.start();
+    hanging.requestStop();
+    EXPECT_TRUE(waitUntil([&] { return hanging.isOver.load(); }, 2000));
+    EXPECT_LT(timer.elapsed(), 500);
+    EXPECT_FALSE(isAlive(hanging.pid));
+    EXPECT_EQ(hanging.result.exitStatus, -1);
+}
+
+TEST(ToolRunner, stopRequestedBeforehandKillsTheToolToo)
+{
+    std::stop_source stopped;
+    stopped.request_stop();
+    EXPECT_EQ(run(faultyTool, {QStringLiteral("hang")}, stopped.get_token()).exitStatus, -1);
+}
+
+TEST(ToolRunner, severalToolsRunSideBySide)
+{
+    HangingRun first;
+    HangingRun second;
+    EXPECT_EQ(run(QStringLiteral("/bin/echo"), {QStringLiteral("x")}).standardOutput, "x\n");
+    EXPECT_FALSE(first.isOver);
+    EXPECT_FALSE(second.isOver);
+    first.requestStop();
+    EXPECT_TRUE(waitUntil([&] { return first.isOver.load(); }, 2000));
+    EXPECT_FALSE(second.isOver);
+    second.requestStop();
+}
+
+struct Utf8Row
+{
+    const char *name;
+    QByteArray bytes;
+    bool isValid;
+};
+
+class StrictUtf8 : public testing::TestWithParam<Utf8Row>
+{
+};
+
+TEST_P(StrictUtf8, acceptsWholeValidTextOnly)
+{
+    const auto text = decodeUtf8(GetParam().bytes);
+    ASSERT_EQ(text.has_value(), GetParam().isValid);
+    EXPECT_TRUE(!text || text->toUtf8() == GetParam().bytes);
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Rows, StrictUtf8,
+    testing::Values(Utf8Row{"empty", "", true}, Utf8Row{"ascii", "abc\n", true},
+                    Utf8Row{"twoToFourBytes", "ü€😀", true},
+                    Utf8Row{"zeroByte", QByteArray("a\0b", 3), true},
+                    Utf8Row{"strayContinuation", "a\x80z", false},
+                    Utf8Row{"latin1", "M\xfcller", false},
+                    Utf8Row{"overlong", "\xc0\xaf", false},
+                    Utf8Row{"surrogate", "\xed\xa0\x80", false},
+                    Utf8Row{"beyondUnicode", "\xf4\x90\x80\x80", false},
+                    Utf8Row{"cutShortAtTheEnd", "abc\xe2\x82", false}),
+    rowName);

@@ -1,0 +1,377 @@
+#include "state/AppState.h"
+#include "tests/support/RecordingToolRunner.h"
+#include "tests/support/TestText.h"
+#include "tests/support/WaitUntil.h"
+
+#include <gtest/gtest.h>
+
+#include <QThread>
+#include <QThreadPool>
+
+#include <condition_variable>
+#include <map>
+
+using namespace tidewick;
+using namespace std::chrono_literals;
+
+namespace
+{
+
+QByteArray lsofOutput(const QList<int> &ports)
+{
+    QByteArray output = "header\n";
+    for (const int port : ports)
+        output += "node 1 a 3u IPv4 0x1 0t0 TCP *:" + QByteArray::number(port) + " (LISTEN)\n";
+    return output;
+}
+
+QList<qint64> ports(const QList<PortInfo> &records)
+{
+    QList<qint64> result;
+    for (const PortInfo &record : records)
+        result.append(record.port());
+    return result;
+}
+
+/// An lsof whose runs end when the test says so, each by its number; a stop request ends them too.
+class HeldLsof
+{
+public:
+    std::shared_ptr<RecordingToolRunner> runner()
+    {
+        return std::make_shared<RecordingToolRunner>(
+            [this](const auto &, const std::stop_token &stop) { return run(stop); });
+    }
+
+    void finish(int run, const QList<int> &ports)
+    {
+        end(run, [ports] { return ToolResult{lsofOutput(ports), 0}; });
+    }
+    void fail(int run, const QString &description)
+    {
+        end(run, [description]() -> ToolResult { throw ToolStartError(description); });
+    }
+    int started() const
+    {
+        const std::lock_guard lock(m_mutex);
+        return m_started;
+    }
+    int stopped() const
+    {
+        const std::lock_guard lock(m_mutex);
+        return m_stopped;
+    }
+
+private:
+    using Ending = std::function<ToolResult()>;
+
+    void end(int run, Ending ending)
+    {
+        const std::lock_guard lock(m_mutex);
+        m_endings[run] = std::move(ending);
+        m_changed.notify_all();
+    }
+
+    ToolResult run(const std::stop_token &stop)
+    {
+        std::unique_lock lock(m_mutex);
+        const int number = ++m_started;
+        if (!m_changed.wait(lock, stop, [&] { return m_endings.contains(number); })) {
+            ++m_stopped;
+            return {};
+        }
+        const Ending ending = m_endings.at(number);
+        lock.unlock();
+        return ending();
+    }
+
+    mutable std::mutex m_mutex;
+    std::condition_variable_any m_changed;
+    std::map<int, Ending> m_endings;
+    int m_started = 0;
+    int m_stopped = 0;
+};
+
+/// A store over a held lsof. The store goes first, then the pool, then the lsof.
+class AppStateTest : public testing::Test
+{
+protected:
+    AppStateTest() { m_pool.setMaxThreadCount(8); }
+    ~AppStateTest() override
+    {
+        store.reset();
+        m_pool.waitForDone();
+        QCoreApplication::processEvents(); // lets the awaiting coroutines end
+    }
+
+    bool waitForStart(int run)
+    {
+        return waitUntil([&] { return lsof.started() >= run; });
+    }
+    bool waitForEnd()
+    {
+        return waitUntil([&] { return !store->isLoading(); });
+    }
+    void tick() { QMetaObject::invokeMethod(const_cast<QTimer *>(store->refreshTimer()), "timeout"); }
+
+    HeldLsof lsof;
+
+private:
+    QThreadPool m_pool;
+
+protected:
+    std::unique_ptr<AppState> store =
+        std::make_unique<AppState>(SystemInterfaces{lsof.runner(), ToolTable::stock()}, m_pool);
+};
+
+} // namespace
+
+TEST_F(AppStateTest, startsEmptyIdleAndWithoutError)
+{
+    EXPECT_TRUE(store->runningPorts().isEmpty());
+    EXPECT_FALSE(store->isLoading());
+    EXPECT_FALSE(store->lastError());
+    EXPECT_FALSE(store->isKillingProcess);
+    EXPECT_LT(store->lastRefresh().msecsTo(QDateTime::currentDateTime()), 1000);
+    EXPECT_GE(store->lastRefresh().msecsTo(QDateTime::currentDateTime()), 0);
+}
+
+TEST_F(AppStateTest, publishesTheFirstListWithoutWaitingForATick)
+{
+    const QDateTime created = store->lastRefresh();
+    ASSERT_TRUE(waitForStart(1));
+    EXPECT_TRUE(store->isLoading());
+    lsof.finish(1, {8000, 3000});
+    ASSERT_TRUE(waitForEnd());
+    EXPECT_EQ(ports(store->runningPorts()), QList<qint64>({3000, 8000}));
+    EXPECT_GE(store->lastRefresh(), created);
+    EXPECT_EQ(lsof.started(), 1);
+}
+
+TEST_F(AppStateTest, publishesAnEmptyListToo)
+{
+    lsof.finish(1, {3000});
+    ASSERT_TRUE(waitForStart(1));
+    ASSERT_TRUE(waitForEnd());
+    const QDateTime first = store->lastRefresh();
+    QThread::msleep(2);
+    lsof.finish(2, {});
+    store->refreshPorts();
+    ASSERT_TRUE(waitForStart(2));
+    ASSERT_TRUE(waitForEnd());
+    EXPECT_TRUE(store->runningPorts().isEmpty());
+    EXPECT_GT(store->lastRefresh(), first);
+}
+
+TEST_F(AppStateTest, failedScanKeepsTheListAndTheNextStartClearsItsError)
+{
+    lsof.finish(1, {3000});
+    ASSERT_TRUE(waitForStart(1));
+    ASSERT_TRUE(waitForEnd());
+    const QDateTime lastGood = store->lastRefresh();
+
+    lsof.fail(2, QStringLiteral("No such file or directory"));
+    store->refreshPorts();
+    ASSERT_TRUE(waitForStart(2));
+    ASSERT_TRUE(waitForEnd());
+    EXPECT_EQ(store->lastError(), QStringLiteral("No such file or directory"));
+    EXPECT_EQ(ports(store->runningPorts()), QList<qint64>({3000}));
+    EXPECT_EQ(store->lastRefresh(), lastGood);
+
+    store->refreshPorts();
+    ASSERT_TRUE(waitForStart(3));
+    EXPECT_FALSE(store->lastError());
+    lsof.finish(3, {3000, 3001});
+    ASSERT_TRUE(waitForEnd());
+    EXPECT_FALSE(store->lastError());
+    EXPECT_EQ(ports(store->runningPorts()), QList<qint64>({3000, 3001}));
+}
+
+TEST_F(AppStateTest, overlappingRefreshesBothRunAndTheLastToEndIsPublished)
+{
+    ASSERT_TRUE(waitForStart(1));
+    store->refreshPorts();
+    ASSERT_TRUE(waitForStart(2));
+    lsof.finish(2, {2000});
+    ASSERT_TRUE(waitUntil([&] { return store->runningPorts().size() == 1; }));
+    EXPECT_EQ(ports(store->runningPorts()), QList<qint64>({2000}));
+    lsof.finish(1, {1000, 1001});
+    ASSERT_TRUE(waitUntil([&] { return store->runningPorts().size() == 2; }));
+    EXPECT_EQ(ports(store->runningPorts()), QList<qint64>({1000, 1001}));
+}
+
+TEST_F(AppStateTest, killUnderWayHoldsBackTicksAndRequestsButNotADirectLoad)
+{
+    lsof.finish(1, {3000});
+    ASSERT_TRUE(waitForStart(1));
+    ASSERT_TRUE(waitForEnd());
+    store->isKillingProcess = true;
+    store->refreshPorts();
+    tick();
+    EXPECT_FALSE(waitUntil([&] { return lsof.started() > 1; }, 200));
+
+    store->loadRunningPorts();
+    ASSERT_TRUE(waitForStart(2));
+    lsof.finish(2, {});
+    ASSERT_TRUE(waitForEnd());
+    EXPECT_TRUE(store->runningPorts().isEmpty());
+
+    store->isKillingProcess = false;
+    tick();
+    EXPECT_TRUE(waitForStart(3));
+}
+
+TEST_F(AppStateTest, tickStartsARefresh)
+{
+    ASSERT_TRUE(waitForStart(1));
+    tick();
+    EXPECT_TRUE(waitForStart(2));
+}
+
+TEST_F(AppStateTest, timerTicksEveryFiveSecondsForEver)
+{
+    ASSERT_NE(store->refreshTimer(), nullptr);
+    EXPECT_TRUE(store->refreshTimer()->isActive());
+    EXPECT_EQ(store->refreshTimer()->intervalAsDuration(), 5s);
+    EXPECT_FALSE(store->refreshTimer()->isSingleShot());
+    EXPECT_GT(store->refreshTimer()->remainingTimeAsDuration(), 4s);
+}
+
+TEST_F(AppStateTest, restartingAutoRefreshReplacesTheTimer)
+{
+    const QPointer<const QTimer> old = store->refreshTimer();
+    store->startAutoRefresh();
+    EXPECT_TRUE(old.isNull());
+    ASSERT_NE(store->refreshTimer(), nullptr);
+    EXPECT_TRUE(store->refreshTimer()->isActive());
+    EXPECT_TRUE(store->findChildren<QTimer *>().isEmpty());
+}
+
+TEST_F(AppStateTest, eachChangeIsAnnouncedBeforeIt)
+{
+    QStringList log;
+    const auto describe = [&] {
+        return QStringLiteral("%1 loading, %2 ports, %3")
+            .arg(store->isLoading() ? QStringLiteral("is") : QStringLiteral("not"))
+            .arg(store->runningPorts().size())
+            .arg(store->lastError().value_or(QStringLiteral("good")));
+    };
+    QObject::connect(store.get(), &AppState::objectWillChange, store.get(),
+                     [&] { log += QStringLiteral("before: ") + describe(); });
+    QObject::connect(store.get(), &AppState::isLoadingChanged, store.get(),
+                     [&] { log += QStringLiteral("isLoading: ") + describe(); });
+    QObject::connect(store.get(), &AppState::lastErrorChanged, store.get(),
+                     [&] { log += QStringLiteral("lastError: ") + describe(); });
+    QObject::connect(store.get(), &AppState::runningPortsChanged, store.get(),
+                     [&] { log += QStringLiteral("runningPorts: ") + describe(); });
+    QObject::connect(store.get(), &AppState::lastRefreshChanged, store.get(),
+                     [&] { log += QStringLiteral("lastRefresh: ") + describe(); });
+    lsof.finish(1, {3000});
+    ASSERT_TRUE(waitForStart(1));
+    ASSERT_TRUE(waitForEnd());
+    lsof.fail(2, QStringLiteral("bad"));
+    store->refreshPorts();
+    ASSERT_TRUE(waitForStart(2));
+    ASSERT_TRUE(waitForEnd());
+    EXPECT_EQ(log, QStringList({
+                       QStringLiteral("before: not loading, 0 ports, good"),
+                       QStringLiteral("isLoading: is loading, 0 ports, good"),
+                       QStringLiteral("before: is loading, 0 ports, good"),
+                       QStringLiteral("lastError: is loading, 0 ports, good"),
+                       QStringLiteral("before: is loading, 0 ports, good"),
+                       QStringLiteral("runningPorts: is loading, 1 ports, good"),
+                       QStringLiteral("before: is loading, 1 ports, good"),
+                       QStringLiteral("lastRefresh: is loading, 1 ports, good"),
+                       QStringLiteral("before: is loading, 1 ports, good"),
+                       QStringLiteral("isLoading: not loading, 1 ports, good"),
+                       QStringLiteral("before: not loading, 1 ports, good"),
+                       QStringLiteral("isLoading: is loading, 1 ports, good"),
+                       QStringLiteral("before: is loading, 1 ports, good"),
+                       QStringLiteral("lastError: is loading, 1 ports, good"),
+                       QStringLiteral("before: is loading, 1 ports, good"),
+                       QStringLiteral("lastError: is loading, 1 ports, bad"),
+                       QStringLiteral("before: is loading, 1 ports, bad"),
+                       QStringLiteral("isLoading: not loading, 1 ports, bad"),
+                   }))
+        << log.join(u'\n').toStdString();
+}
+
+TEST_F(AppStateTest, streamGivesTheCurrentListAtOnceThenEachNewOne)
+{
+    QList<QList<qint64>> received;
+    QObject listener;
+    store->stream(&AppState::runningPorts, &AppState::runningPortsChanged, &listener,
+                  [&](const QList<PortInfo> &list) { received.append(ports(list)); });
+    EXPECT_EQ(received, QList<QList<qint64>>({{}}));
+    lsof.finish(1, {3000});
+    ASSERT_TRUE(waitForStart(1));
+    ASSERT_TRUE(waitForEnd());
+    EXPECT_EQ(received, QList<QList<qint64>>({{}, {3000}}));
+}
+
+TEST_F(AppStateTest, streamEndsWithItsListener)
+{
+    int received = 0;
+    auto listener = std::make_unique<QObject>();
+    store->stream(&AppState::runningPorts, &AppState::runningPortsChanged, listener.get(),
+                  [&](const QList<PortInfo> &) { ++received; });
+    listener.reset();
+    lsof.finish(1, {3000});
+    ASSERT_TRUE(waitForStart(1));
+    ASSERT_TRUE(waitForEnd());
+    EXPECT_EQ(received, 1);
+}
+
+TEST_F(AppStateTest, everyPublishedPropertyHasAStream)
+{
+    QList<bool> loading;
+    QList<std::optional<QString>> errors;
+    int refreshes = 0;
+    store->stream(&AppState::isLoading, &AppState::isLoadingChanged, store.get(),
+                  [&](bool value) { loading.append(value); });
+    store->stream(&AppState::lastError, &AppState::lastErrorChanged, store.get(),
+                  [&](const std::optional<QString> &value) { errors.append(value); });
+    store->stream(&AppState::lastRefresh, &AppState::lastRefreshChanged, store.get(),
+                  [&](const QDateTime &) { ++refreshes; });
+    lsof.fail(1, QStringLiteral("bad"));
+    ASSERT_TRUE(waitForStart(1));
+    ASSERT_TRUE(waitForEnd());
+    EXPECT_EQ(loading, QList<bool>({false, true, false}));
+    EXPECT_EQ(errors, QList<std::optional<QString>>(
+                          {std::nullopt, std::nullopt, QStringLiteral("bad")}));
+    EXPECT_EQ(refreshes, 1);
+}
+
+TEST_F(AppStateTest, everyChangeHappensOnTheMainThread)
+{
+    QList<QThread *> threads;
+    QObject::connect(store.get(), &AppState::objectWillChange, store.get(),
+                     [&] { threads.append(QThread::currentThread()); }, Qt::DirectConnection);
+    lsof.finish(1, {3000});
+    lsof.finish(2, {3000});
+    ASSERT_TRUE(waitForStart(1));
+    ASSERT_TRUE(waitForEnd());
+    threads.clear();
+    QThread *other = QThread::create([this] { store->loadRunningPorts(); });
+    other->start();
+    ASSERT_TRUE(waitForStart(2));
+    ASSERT_TRUE(waitForEnd());
+    other->wait();
+    delete other;
+    EXPECT_EQ(threads, QList<QThread *>(5, QThread::currentThread()));
+}
+
+TEST_F(AppStateTest, destructionDuringAScanStopsItWithoutWaiting)
+{
+    ASSERT_TRUE(waitForStart(1));
+    store->refreshPorts();
+    ASSERT_TRUE(waitForStart(2));
+    store.reset();
+    EXPECT_TRUE(waitUntil([&] { return lsof.stopped() == 2; }, 2000));
+}
+
+TEST_F(AppStateTest, destructionBeforeTheFirstScanStartsNone)
+{
+    store.reset();
+    EXPECT_FALSE(waitUntil([&] { return lsof.started() > 0; }, 100));
+}
