@@ -1,14 +1,19 @@
 #include "state/AppState.h"
+#include "scan/ProcessToolRunner.h"
 #include "tests/support/RecordingToolRunner.h"
 #include "tests/support/TestText.h"
 #include "tests/support/WaitUntil.h"
 
 #include <gtest/gtest.h>
 
+#include <QFile>
+#include <QTemporaryDir>
 #include <QThread>
 #include <QThreadPool>
 
+#include <cerrno>
 #include <condition_variable>
+#include <cstring>
 #include <map>
 
 using namespace tidewick;
@@ -374,4 +379,44 @@ TEST_F(AppStateTest, destructionBeforeTheFirstScanStartsNone)
 {
     store.reset();
     EXPECT_FALSE(waitUntil([&] { return lsof.started() > 0; }, 100));
+}
+
+TEST(AppStateWithRealTools, missingLsofIsAnErrorUntilItIsThereAgain)
+{
+    const QTemporaryDir folder;
+    const QString lsof = folder.filePath(QStringLiteral("lsof"));
+    const auto writeLsof = [&lsof](const QByteArray &port) {
+        QFile file(lsof);
+        ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+        file.write("#!/bin/sh\necho header\n"
+                   "echo 'node 1 a 3u IPv4 0x1 0t0 TCP *:" + port + " (LISTEN)'\n");
+        ASSERT_TRUE(file.setPermissions(QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner));
+    };
+    ToolTable table;
+    table.lsof = QStringList(lsof);
+    QThreadPool pool;
+    AppState store({std::make_shared<ProcessToolRunner>(), table}, pool);
+    const auto refresh = [&store] {
+        const QTimer *const timer = store.refreshTimer();
+        bool ended = false;
+        const auto connection = QObject::connect(&store, &AppState::isLoadingChanged, timer,
+                                                 [&ended](bool loading) { ended = !loading; });
+        store.refreshPorts();
+        const bool inTime = waitUntil([&ended] { return ended; });
+        QObject::disconnect(connection);
+        return inTime;
+    };
+    writeLsof("3000");
+    ASSERT_TRUE(waitUntil([&store] { return !store.runningPorts().isEmpty(); }));
+
+    ASSERT_TRUE(QFile::remove(lsof));
+    ASSERT_TRUE(refresh());
+    ASSERT_TRUE(store.lastError());
+    EXPECT_TRUE(store.lastError()->contains(QString::fromLocal8Bit(std::strerror(ENOENT))));
+    EXPECT_EQ(ports(store.runningPorts()), QList<qint64>({3000}));
+
+    writeLsof("3001");
+    ASSERT_TRUE(refresh());
+    EXPECT_FALSE(store.lastError());
+    EXPECT_EQ(ports(store.runningPorts()), QList<qint64>({3001}));
 }

@@ -1,0 +1,158 @@
+"""What the desktop tests share: the program under test, the status item as the session bus shows
+it, real servers, and waiting for a condition with a deadline."""
+
+import ast
+import os
+import re
+import signal
+import subprocess
+import sys
+import time
+
+PROGRAM = os.environ["TIDEWICK"]
+SCREENSHOTS = os.environ["SCREENSHOTS"]
+SCRIPTS = os.path.join(os.path.dirname(__file__), "..", "..", "scripts")
+INK = bytes((0x1F, 0x8A, 0x9E))  # the colour of the icon and of the number's badge
+
+
+def wait_until(condition, seconds, what):
+    """Returns the condition's first true value; fails the test after `seconds` without one."""
+    deadline = time.monotonic() + seconds
+    while True:
+        value = condition()
+        if value:
+            return value
+        if time.monotonic() > deadline:
+            raise AssertionError(f"not within {seconds} s: {what}")
+        time.sleep(0.02)
+
+
+def is_alive(pid):
+    """Whether the process exists and is no zombie."""
+    try:
+        with open(f"/proc/{pid}/stat", encoding="utf-8", errors="replace") as stat:
+            return stat.read().rpartition(")")[2].split()[0] != "Z"
+    except FileNotFoundError:
+        return False
+
+
+def start_program(path=PROGRAM):
+    return subprocess.Popen([path], stderr=subprocess.PIPE, text=True)
+
+
+def end(process):
+    """Ends a child of the test, whatever state it is in."""
+    if process.poll() is None:
+        process.kill()
+    process.wait()
+    for stream in (process.stdout, process.stderr):
+        if stream:
+            stream.close()
+
+
+def start_server():
+    """A real development server on a free loopback port, accepting when this returns."""
+    server = subprocess.Popen(
+        [sys.executable, "-u", "-m", "http.server", "--bind", "127.0.0.1", "0"],
+        stdout=subprocess.PIPE, stderr=subprocess.DEVNULL, text=True)
+    assert "Serving HTTP" in server.stdout.readline()
+    return server
+
+
+def call(destination, path, method, *arguments):
+    """Calls a method on the session bus; returns gdbus's text, or None where it fails."""
+    result = subprocess.run(
+        ["gdbus", "call", "--session", "--timeout", "2", "--dest", destination,
+         "--object-path", path, "--method", method, "--", *arguments],
+        capture_output=True, text=True, check=False)
+    return result.stdout.strip() if result.returncode == 0 else None
+
+
+def registered_items():
+    """The status items that the tray knows, each as (bus name, object path)."""
+    text = call("org.kde.StatusNotifierWatcher", "/StatusNotifierWatcher",
+                "org.freedesktop.DBus.Properties.Get", "org.kde.StatusNotifierWatcher",
+                "RegisteredStatusNotifierItems")
+    return re.findall(r"'(:[\d.]+)(/[^']*)'", text or "")
+
+
+class StatusItem:
+    """Tidewick's status item, read from the bus as a tray does."""
+
+    def __init__(self):
+        items = wait_until(registered_items, 10, "a status item in the tray")
+        assert len(items) == 1, items
+        self.name, self.path = items[0]
+
+    def property(self, name):
+        return call(self.name, self.path, "org.freedesktop.DBus.Properties.Get",
+                    "org.kde.StatusNotifierItem", name)
+
+    def tool_tip(self):
+        """The tooltip's title and text."""
+        match = re.fullmatch(r"\(<\('', @a\(iiay\) \[\], '(.*)', '(.*)'\)>,\)",
+                             self.property("ToolTip") or "")
+        return match.groups() if match else None
+
+    def count(self):
+        """The number of listeners that the item tells; None while it cannot be read."""
+        tip = self.tool_tip()
+        if tip is None:
+            return None
+        running = re.match(r"(\d+) running", tip[1])
+        return int(running[1]) if running else 0
+
+    def menu_labels(self):
+        """The menu's entries in order, as {title: id}."""
+        layout = call(self.name, self.menu_path(), "com.canonical.dbusmenu.GetLayout",
+                      "0", "-1", "[]")
+        return {title: int(number)
+                for number, title in re.findall(r"<\((\d+), {'label': <'([^']*)'>", layout)}
+
+    def choose(self, entry):
+        """Chooses a menu entry as a tray does, without a pointer."""
+        assert call(self.name, self.menu_path(), "com.canonical.dbusmenu.Event",
+                    str(entry), "clicked", "<0>", "0") is not None
+
+    def menu_path(self):
+        return re.search(r"'(/.*)'", self.property("Menu"))[1]
+
+    def icon_sizes(self):
+        return [ast.literal_eval(size)
+                for size in re.findall(r"\((\d+), \d+, \[", self.property("IconPixmap"))]
+
+
+class Picture:
+    """The desktop as it looks now."""
+
+    def __init__(self):
+        size = subprocess.run(["xdotool", "getdisplaygeometry"], capture_output=True, text=True,
+                              check=True).stdout.split()
+        self.width = int(size[0])
+        self.pixels = subprocess.run(
+            ["import", "-silent", "-window", "root", "-depth", "8", "rgb:-"],
+            capture_output=True, check=True).stdout
+
+    def ink(self):
+        """Where the program's own colour stands, as (x, y)."""
+        at = self.pixels.find(INK)
+        places = []
+        while at >= 0:
+            if at % 3 == 0:
+                places.append((at // 3 % self.width, at // 3 // self.width))
+            at = self.pixels.find(INK, at + 1)
+        return places
+
+
+def screenshot(name):
+    """Keeps a picture of the desktop among the test's results."""
+    subprocess.run([os.path.join(SCRIPTS, "screenshot"),
+                    os.path.join(SCREENSHOTS, name + ".png")], check=True)
+
+
+def terminate(process):
+    """Sends SIGTERM; returns the exit status and how many seconds the end took."""
+    start = time.monotonic()
+    process.send_signal(signal.SIGTERM)
+    status = process.wait(timeout=10)
+    return status, time.monotonic() - start

@@ -1,0 +1,73 @@
+#include "platform/StatusNotifierItem.h"
+#include "platform/StatusNotifierItemAdaptor.h"
+#include "tests/support/TestText.h"
+
+#include <gtest/gtest.h>
+
+using namespace tidewick;
+
+struct HostRow
+{
+    const char *name;
+    const char *process;
+    NumberStyle style;
+};
+
+class NumberStyleOfHost : public testing::TestWithParam<HostRow>
+{
+};
+
+TEST_P(NumberStyleOfHost, followsWhatTheHostCanShow)
+{
+    EXPECT_EQ(numberStyle(QString::fromUtf8(GetParam().process)), GetParam().style);
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Rows, NumberStyleOfHost,
+    testing::Values(HostRow{"gnome", "gnome-shell", NumberStyle::label},
+                    HostRow{"ayatana", "ayatana-indicat", NumberStyle::label},
+                    HostRow{"mate", "mate-panel", NumberStyle::wide},
+                    HostRow{"waybar", "waybar", NumberStyle::wide},
+                    HostRow{"xfce", "panel-2-systray", NumberStyle::square},
+                    HostRow{"lxqt", "lxqt-panel", NumberStyle::square},
+                    HostRow{"plasma", "kded5", NumberStyle::square},
+                    HostRow{"unknown", "", NumberStyle::square}),
+    rowName);
+
+TEST(DBusPixmap, holdsArgbInNetworkByteOrder)
+{
+    QImage image(2, 1, QImage::Format_ARGB32);
+    image.setPixelColor(0, 0, QColor(0x11, 0x22, 0x33, 0x80));
+    image.setPixelColor(1, 0, Qt::white);
+    const DBusPixmap pixmap = DBusPixmap::fromImage(image);
+    EXPECT_EQ(pixmap.width, 2);
+    EXPECT_EQ(pixmap.height, 1);
+    EXPECT_EQ(pixmap.pixels.toHex(), "80112233ffffffff");
+}
+
+TEST(DBusPixmap, undoesPremultipliedAlpha)
+{
+    QImage image(1, 1, QImage::Format_ARGB32_Premultiplied);
+    image.fill(QColor(255, 0, 0, 128));
+    EXPECT_EQ(DBusPixmap::fromImage(image).pixels.toHex(), "80ff0000");
+}
+
+TEST(StatusNotifierItemAdaptor, signalsOnlyWhatChanged)
+{
+    QObject object;
+    StatusNotifierItemAdaptor item(&object, QDBusObjectPath(QStringLiteral("/Menu")));
+    QStringList signals_;
+    QObject::connect(&item, &StatusNotifierItemAdaptor::NewIcon, &object,
+                     [&] { signals_ += QStringLiteral("icon"); });
+    QObject::connect(&item, &StatusNotifierItemAdaptor::NewToolTip, &object,
+                     [&] { signals_ += QStringLiteral("tooltip"); });
+    QObject::connect(&item, &StatusNotifierItemAdaptor::XAyatanaNewLabel, &object,
+                     [&](const QString &label) { signals_ += label; });
+    for (int round = 0; round < 2; ++round) {
+        item.setIcon({DBusPixmap{1, 1, "abcd"}});
+        item.setToolTip(QStringLiteral("Tidewick"), QStringLiteral("3 running"));
+        item.setLabel(QStringLiteral("3"));
+    }
+    EXPECT_EQ(signals_, QStringList({QStringLiteral("icon"), QStringLiteral("tooltip"),
+                                     QStringLiteral("3")}));
+}
