@@ -38,7 +38,7 @@ void drawIcon(QPainter &painter, const QImage &icon, QSizeF size, qreal left, in
 {
     const QImage scaled =
         icon.scaled(size.toSize(), Qt::KeepAspectRatio, Qt::SmoothTransformation);
-    painter.drawImage(QPointF(std::round(left), (height - scaled.height()) / 2), scaled);
+    painter.drawImage(QPoint(qRound(left), (height - scaled.height()) / 2), scaled);
 }
 
 /// A badge in the lower right corner with a clear rim around it, so that it stands off the icon.
