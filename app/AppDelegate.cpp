@@ -41,8 +41,9 @@ void AppDelegate::applicationDidFinishLaunching()
 {
     m_statusItem = m_makeStatusItem();
     updateStatusIcon(0);
-    m_statusItem->setMenu(
-        {{QStringLiteral("Quit Tidewick"), QStringLiteral("q"), [this] { quitApp(); }}});
+    m_statusItem->setMenu({{QStringLiteral("Quit Tidewick"), QStringLiteral("q"), [this] {
+                                quitApp();
+                            }}});
 
     m_appState = std::make_unique<AppState>(m_system, m_pool);
     m_appState->stream(&AppState::runningPorts, &AppState::runningPortsChanged, this,

@@ -34,7 +34,10 @@ QString withoutExtension(const QString &name)
 } // namespace
 
 PortInfo::PortInfo(qint64 port, QString pid, QString command, QString user, QString address)
-    : m_port(port), m_pid(std::move(pid)), m_command(std::move(command)), m_user(std::move(user)),
+    : m_port(port),
+      m_pid(std::move(pid)),
+      m_command(std::move(command)),
+      m_user(std::move(user)),
       m_address(std::move(address))
 {
 }

@@ -30,8 +30,8 @@ QVariantMap itemProperties(const MenuItem &item)
     if (item.title.isEmpty())
         return {{QStringLiteral("type"), QStringLiteral("separator")}};
     // A single underscore would mark the letter behind it as the access key.
-    QVariantMap properties{{QStringLiteral("label"), QString(item.title).replace(
-                                                         QLatin1Char('_'), QLatin1String("__"))}};
+    QVariantMap properties{{QStringLiteral("label"),
+                            QString(item.title).replace(QLatin1Char('_'), QLatin1String("__"))}};
     if (!item.keyEquivalent.isEmpty()) {
         const QList<QStringList> keys{{QStringLiteral("Control"), item.keyEquivalent}};
         properties.insert(QStringLiteral("shortcut"), QVariant::fromValue(keys));
@@ -92,8 +92,7 @@ QDBusVariant DBusMenu::GetProperty(int id, const QString &name) const
     return QDBusVariant(has(id) ? properties(id, {}).value(name, QString()) : QString());
 }
 
-void DBusMenu::Event(int id, const QString &type, const QDBusVariant & /*data*/,
-                     uint /*timestamp*/)
+void DBusMenu::Event(int id, const QString &type, const QDBusVariant & /*data*/, uint /*timestamp*/)
 {
     if (type != QLatin1String("clicked") || id < 1 || !has(id))
         return;

@@ -33,11 +33,13 @@ struct DBusMenuRemovedProperties
     int id = 0;
     QStringList names;
 
-    friend QDBusArgument &operator<<(QDBusArgument &argument, const DBusMenuRemovedProperties &entry)
+    friend QDBusArgument &operator<<(QDBusArgument &argument,
+                                     const DBusMenuRemovedProperties &entry)
     {
         return writeStructure(argument, entry.id, entry.names);
     }
-    friend const QDBusArgument &operator>>(const QDBusArgument &argument, DBusMenuRemovedProperties &entry)
+    friend const QDBusArgument &operator>>(const QDBusArgument &argument,
+                                           DBusMenuRemovedProperties &entry)
     {
         return readStructure(argument, entry.id, entry.names);
     }

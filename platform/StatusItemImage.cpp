@@ -36,8 +36,7 @@ QFont digitFont(qreal pixelSize, QFont::Weight weight)
 /// Draws the icon with its left edge at `left`, centred between top and bottom of the picture.
 void drawIcon(QPainter &painter, const QImage &icon, QSizeF size, qreal left, int height)
 {
-    const QImage scaled =
-        icon.scaled(size.toSize(), Qt::KeepAspectRatio, Qt::SmoothTransformation);
+    const QImage scaled = icon.scaled(size.toSize(), Qt::KeepAspectRatio, Qt::SmoothTransformation);
     painter.drawImage(QPoint(qRound(left), (height - scaled.height()) / 2), scaled);
 }
 

@@ -52,7 +52,8 @@ NumberStyle numberStyle(const QString &processName)
 StatusNotifierItem::StatusNotifierItem()
     : m_bus(QDBusConnection::connectToBus(QDBusConnection::SessionBus, connectionName)),
       m_item(new StatusNotifierItemAdaptor(this, QDBusObjectPath(menuPath))),
-      m_menuObject(std::make_unique<QObject>()), m_menu(new DBusMenu(m_menuObject.get()))
+      m_menuObject(std::make_unique<QObject>()),
+      m_menu(new DBusMenu(m_menuObject.get()))
 {
     m_bus.registerObject(itemPath, this, QDBusConnection::ExportAdaptors);
     m_bus.registerObject(menuPath, m_menuObject.get(), QDBusConnection::ExportAdaptors);

@@ -42,7 +42,8 @@ struct DBusToolTip
 
     friend QDBusArgument &operator<<(QDBusArgument &argument, const DBusToolTip &toolTip)
     {
-        return writeStructure(argument, toolTip.iconName, toolTip.icon, toolTip.title, toolTip.text);
+        return writeStructure(argument, toolTip.iconName, toolTip.icon, toolTip.title,
+                              toolTip.text);
     }
     friend const QDBusArgument &operator>>(const QDBusArgument &argument, DBusToolTip &toolTip)
     {

@@ -61,7 +61,9 @@ std::optional<qint64> parsePort(QStringView text)
 {
     const bool hasSign = text.startsWith(u'+') || text.startsWith(u'-');
     const QStringView digits = text.sliced(hasSign ? 1 : 0);
-    const auto isAsciiDigit = [](QChar c) { return c >= u'0' && c <= u'9'; };
+    const auto isAsciiDigit = [](QChar c) {
+        return c >= u'0' && c <= u'9';
+    };
     if (digits.isEmpty() || !std::all_of(digits.begin(), digits.end(), isAsciiDigit))
         return std::nullopt;
     bool fits = false;
@@ -97,10 +99,10 @@ QList<PortInfo> fetchRunningPorts(const SystemInterfaces &system, const std::sto
 {
     const QStringList arguments{QStringLiteral("-i"), QStringLiteral("TCP"), QStringLiteral("-P"),
                                 QStringLiteral("-n"), QStringLiteral("-sTCP:LISTEN")};
-    const ToolResult lsof =
-        system.tools->run(presentTool(system.toolTable.lsof), arguments, stop);
+    const ToolResult lsof = system.tools->run(presentTool(system.toolTable.lsof), arguments, stop);
     QList<PortInfo> kept;
-    for (const PortInfo &record : parsePortInfo(decodeUtf8(lsof.standardOutput).value_or(QString()))) {
+    for (const PortInfo &record :
+         parsePortInfo(decodeUtf8(lsof.standardOutput).value_or(QString()))) {
         if (isDevelopmentProcess(record))
             kept.append(record);
     }

@@ -51,7 +51,8 @@ void AppState::refreshPorts()
 {
     if (isKillingProcess)
         return;
-    QMetaObject::invokeMethod(this, [this] { loadRunningPorts(); }, Qt::QueuedConnection);
+    QMetaObject::invokeMethod(
+        this, [this] { loadRunningPorts(); }, Qt::QueuedConnection);
 }
 
 QCoro::Task<> AppState::loadRunningPorts()

@@ -14,7 +14,8 @@ Item {
         Image {
             anchors.horizontalCenter: parent.horizontalCenter
             source: "symbols/moon.zzz.fill.svg"
-            sourceSize.height: 52
+            width: 52
+            height: 52
             opacity: 0.15
         }
 

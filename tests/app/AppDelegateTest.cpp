@@ -73,8 +73,9 @@ protected:
 
 private:
     SystemInterfaces m_system{
-        std::make_shared<RecordingToolRunner>(
-            [this](const auto &, const auto &) { return ToolResult{lsofOutput, 0}; }),
+        std::make_shared<RecordingToolRunner>([this](const auto &, const auto &) {
+            return ToolResult{lsofOutput, 0};
+        }),
         ToolTable::stock()};
     QThreadPool m_pool;
 

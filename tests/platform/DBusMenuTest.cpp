@@ -14,9 +14,14 @@ class DBusMenuTest : public testing::Test
 protected:
     DBusMenuTest()
     {
-        menu->setItems({{QStringLiteral("Settings_1"), QStringLiteral(","), [this] { chosen = 1; }},
+        menu->setItems({{QStringLiteral("Settings_1"), QStringLiteral(","),
+                         [this] {
+                             chosen = 1;
+                         }},
                         {},
-                        {QStringLiteral("Quit"), {}, [this] { chosen = 3; }}});
+                        {QStringLiteral("Quit"), {}, [this] {
+                             chosen = 3;
+                         }}});
     }
 
     DBusMenuLayout layout(int parent, int depth, const QStringList &names = {})

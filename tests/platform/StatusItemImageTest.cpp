@@ -29,8 +29,7 @@ StatusTitle title(const char *text)
 }
 
 /// The smallest rectangle that holds every pixel that `matches`.
-template <class Matches>
-QRect extent(const QImage &image, Matches matches)
+template <class Matches> QRect extent(const QImage &image, Matches matches)
 {
     QRect found;
     for (int y = 0; y < image.height(); ++y) {
@@ -115,9 +114,8 @@ TEST(StatusItemImage, wideImageHasIconThenTitleSideBySide)
         const QImage image = wideStatusImage(redIcon(), points, title("12"), side);
         EXPECT_EQ(image.height(), side);
         const QRect icon = extent(image, isRed);
-        const QRect text = extent(image, [](const QColor &color) {
-            return isVisible(color) && !isRed(color);
-        });
+        const QRect text =
+            extent(image, [](const QColor &color) { return isVisible(color) && !isRed(color); });
         EXPECT_EQ(icon.left(), 0);
         EXPECT_NEAR(icon.width(), side * 18.0 / 22, 1);
         EXPECT_GT(text.left(), icon.right());

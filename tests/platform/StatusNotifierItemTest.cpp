@@ -22,17 +22,16 @@ TEST_P(NumberStyleOfHost, followsWhatTheHostCanShow)
     EXPECT_EQ(numberStyle(QString::fromUtf8(GetParam().process)), GetParam().style);
 }
 
-INSTANTIATE_TEST_SUITE_P(
-    Rows, NumberStyleOfHost,
-    testing::Values(HostRow{"gnome", "gnome-shell", NumberStyle::label},
-                    HostRow{"ayatana", "ayatana-indicat", NumberStyle::label},
-                    HostRow{"mate", "mate-panel", NumberStyle::wide},
-                    HostRow{"waybar", "waybar", NumberStyle::wide},
-                    HostRow{"xfce", "panel-2-systray", NumberStyle::square},
-                    HostRow{"lxqt", "lxqt-panel", NumberStyle::square},
-                    HostRow{"plasma", "kded5", NumberStyle::square},
-                    HostRow{"unknown", "", NumberStyle::square}),
-    rowName);
+INSTANTIATE_TEST_SUITE_P(Rows, NumberStyleOfHost,
+                         testing::Values(HostRow{"gnome", "gnome-shell", NumberStyle::label},
+                                         HostRow{"ayatana", "ayatana-indicat", NumberStyle::label},
+                                         HostRow{"mate", "mate-panel", NumberStyle::wide},
+                                         HostRow{"waybar", "waybar", NumberStyle::wide},
+                                         HostRow{"xfce", "panel-2-systray", NumberStyle::square},
+                                         HostRow{"lxqt", "lxqt-panel", NumberStyle::square},
+                                         HostRow{"plasma", "kded5", NumberStyle::square},
+                                         HostRow{"unknown", "", NumberStyle::square}),
+                         rowName);
 
 TEST(DBusPixmap, holdsArgbInNetworkByteOrder)
 {
@@ -56,18 +55,18 @@ TEST(StatusNotifierItemAdaptor, signalsOnlyWhatChanged)
 {
     QObject object;
     StatusNotifierItemAdaptor item(&object, QDBusObjectPath(QStringLiteral("/Menu")));
-    QStringList signals_;
+    QStringList sent;
     QObject::connect(&item, &StatusNotifierItemAdaptor::NewIcon, &object,
-                     [&] { signals_ += QStringLiteral("icon"); });
+                     [&] { sent += QStringLiteral("icon"); });
     QObject::connect(&item, &StatusNotifierItemAdaptor::NewToolTip, &object,
-                     [&] { signals_ += QStringLiteral("tooltip"); });
+                     [&] { sent += QStringLiteral("tooltip"); });
     QObject::connect(&item, &StatusNotifierItemAdaptor::XAyatanaNewLabel, &object,
-                     [&](const QString &label) { signals_ += label; });
+                     [&](const QString &label) { sent += label; });
     for (int round = 0; round < 2; ++round) {
         item.setIcon({DBusPixmap{1, 1, "abcd"}});
         item.setToolTip(QStringLiteral("Tidewick"), QStringLiteral("3 running"));
         item.setLabel(QStringLiteral("3"));
     }
-    EXPECT_EQ(signals_, QStringList({QStringLiteral("icon"), QStringLiteral("tooltip"),
-                                     QStringLiteral("3")}));
+    EXPECT_EQ(sent, QStringList(
+                        {QStringLiteral("icon"), QStringLiteral("tooltip"), QStringLiteral("3")}));
 }

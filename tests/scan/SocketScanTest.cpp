@@ -129,8 +129,9 @@ TEST(ParsePortInfo, lineOfEightColumnsIsDropped)
 
 TEST(ParsePortInfo, runsOfSpacesAreOneSeparator)
 {
-    EXPECT_EQ(ports(parse("header\n  node   812 alice 23u IPv4 0x1 0t0 TCP   *:3000   (LISTEN) \n")),
-              QList<qint64>({3000}));
+    EXPECT_EQ(
+        ports(parse("header\n  node   812 alice 23u IPv4 0x1 0t0 TCP   *:3000   (LISTEN) \n")),
+        QList<qint64>({3000}));
 }
 
 TEST(ParsePortInfo, tabsAreNoSeparators)
@@ -169,7 +170,8 @@ class NameColumn : public testing::TestWithParam<NameRow>
 
 TEST_P(NameColumn, isKeptOrDropped)
 {
-    const auto found = ports(parsePortInfo(outputWithNames({QString::fromUtf8(GetParam().column)})));
+    const auto found =
+        ports(parsePortInfo(outputWithNames({QString::fromUtf8(GetParam().column)})));
     EXPECT_EQ(found, GetParam().port ? QList<qint64>({*GetParam().port}) : QList<qint64>());
 }
 
@@ -191,13 +193,12 @@ INSTANTIATE_TEST_SUITE_P(
         NameRow{"noColon", "3000", std::nullopt}, NameRow{"emptyPort", "*:", std::nullopt},
         NameRow{"emptyBracketedPort", "[::1]:", std::nullopt},
         NameRow{"twoBracketedPieces", "[::1]:[::1]:3000", std::nullopt},
-        NameRow{"serviceName", "*:http", std::nullopt},
-        NameRow{"starPort", "*:*", std::nullopt}, NameRow{"hexadecimal", "*:0x50", std::nullopt},
+        NameRow{"serviceName", "*:http", std::nullopt}, NameRow{"starPort", "*:*", std::nullopt},
+        NameRow{"hexadecimal", "*:0x50", std::nullopt},
         NameRow{"digitsThenText", "*:3000a", std::nullopt}, NameRow{"plus", "*:+3000", 3000},
         NameRow{"minus", "*:-1", -1}, NameRow{"zero", "*:0", 0},
         NameRow{"leadingZeros", "*:0080", 80}, NameRow{"signAlone", "*:-", std::nullopt},
-        NameRow{"twoSigns", "*:+-1", std::nullopt},
-        NameRow{"arabicDigits", "*:٣٠٠٠", std::nullopt},
+        NameRow{"twoSigns", "*:+-1", std::nullopt}, NameRow{"arabicDigits", "*:٣٠٠٠", std::nullopt},
         NameRow{"tabBeforePort", "*:\t3000", std::nullopt},
         NameRow{"noRangeCheck", "*:70000", 70000},
         NameRow{"largest", "*:9223372036854775807", 9223372036854775807},
@@ -312,7 +313,9 @@ TEST(FetchRunningPorts, outputThatIsNotUtf8IsAnEmptyList)
 
 TEST(FetchRunningPorts, failsWithTheLaunchErrorOnly)
 {
-    const auto tools = std::make_shared<RecordingToolRunner>(
-        [](const auto &, const auto &) -> ToolResult { throw ToolStartError(QStringLiteral("no")); });
+    const auto tools =
+        std::make_shared<RecordingToolRunner>([](const auto &, const auto &) -> ToolResult {
+            throw ToolStartError(QStringLiteral("no"));
+        });
     EXPECT_THROW(fetchRunningPorts(systemWith(tools), {}), ToolStartError);
 }

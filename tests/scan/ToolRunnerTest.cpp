@@ -10,7 +10,7 @@
 
 #include <cerrno>
 #include <csignal>
-#include <cstring>
+#include <system_error>
 #include <thread>
 
 using namespace tidewick;
@@ -44,7 +44,7 @@ QString startError(const QString &program)
 
 QString systemText(int errorNumber)
 {
-    return QString::fromLocal8Bit(std::strerror(errorNumber));
+    return QString::fromStdString(std::generic_category().message(errorNumber));
 }
 
 QString makeFile(const QTemporaryDir &folder, const QByteArray &content)
@@ -211,15 +211,15 @@ TEST_P(StrictUtf8, acceptsWholeValidTextOnly)
     EXPECT_TRUE(!text || text->toUtf8() == GetParam().bytes);
 }
 
-INSTANTIATE_TEST_SUITE_P(
-    Rows, StrictUtf8,
-    testing::Values(Utf8Row{"empty", "", true}, Utf8Row{"ascii", "abc\n", true},
-                    Utf8Row{"twoToFourBytes", "ü€😀", true},
-                    Utf8Row{"zeroByte", QByteArray("a\0b", 3), true},
-                    Utf8Row{"strayContinuation", "a\x80z", false},
-                    Utf8Row{"latin1", "M\xfcller", false},
-                    Utf8Row{"overlong", "\xc0\xaf", false},
-                    Utf8Row{"surrogate", "\xed\xa0\x80", false},
-                    Utf8Row{"beyondUnicode", "\xf4\x90\x80\x80", false},
-                    Utf8Row{"cutShortAtTheEnd", "abc\xe2\x82", false}),
-    rowName);
+INSTANTIATE_TEST_SUITE_P(Rows, StrictUtf8,
+                         testing::Values(Utf8Row{"empty", "", true},
+                                         Utf8Row{"ascii", "abc\n", true},
+                                         Utf8Row{"twoToFourBytes", "ü€😀", true},
+                                         Utf8Row{"zeroByte", QByteArray("a\0b", 3), true},
+                                         Utf8Row{"strayContinuation", "a\x80z", false},
+                                         Utf8Row{"latin1", "M\xfcller", false},
+                                         Utf8Row{"overlong", "\xc0\xaf", false},
+                                         Utf8Row{"surrogate", "\xed\xa0\x80", false},
+                                         Utf8Row{"beyondUnicode", "\xf4\x90\x80\x80", false},
+                                         Utf8Row{"cutShortAtTheEnd", "abc\xe2\x82", false}),
+                         rowName);

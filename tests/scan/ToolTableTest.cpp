@@ -26,8 +26,8 @@ constexpr auto executable = QFile::ReadOwner | QFile::ExeOwner;
 TEST(ToolTable, stockToolsLieAtTheSystemsPaths)
 {
     const ToolTable table = ToolTable::stock();
-    EXPECT_EQ(table.lsof, QStringList({QStringLiteral("/usr/sbin/lsof"),
-                                       QStringLiteral("/usr/bin/lsof")}));
+    EXPECT_EQ(table.lsof,
+              QStringList({QStringLiteral("/usr/sbin/lsof"), QStringLiteral("/usr/bin/lsof")}));
     EXPECT_EQ(table.ps, QStringList({QStringLiteral("/bin/ps")}));
     EXPECT_EQ(table.kill, QStringList({QStringLiteral("/bin/kill")}));
 }

@@ -1,0 +1,21 @@
+# The verbs. Each does its own set-up; the scripts behind them can be called directly too.
+.PHONY: run demo test fmt lint bench
+
+run:
+	scripts/run
+
+demo:
+	scripts/run --demo
+
+test:
+	scripts/test
+
+fmt:
+	scripts/setup
+	git ls-files --cached --others --exclude-standard -- '*.cpp' '*.h' '*.c' | xargs clang-format -i
+
+lint:
+	scripts/lint
+
+bench:
+	scripts/bench
