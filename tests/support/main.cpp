@@ -1,10 +1,13 @@
 #include <gtest/gtest.h>
 
 #include <QGuiApplication>
+#include <QTemporaryDir>
 
 // Every test program has an application, for the event loop and the fonts, and needs no display.
 int main(int argc, char *argv[])
 {
+    const QTemporaryDir runtimeFolder;
+    qputenv("XDG_RUNTIME_DIR", runtimeFolder.path().toLocal8Bit());
     qputenv("QT_QPA_PLATFORM", "offscreen");
     const QGuiApplication application(argc, argv);
     testing::InitGoogleTest(&argc, argv);
