@@ -1,6 +1,7 @@
 #include "scan/SocketScan.h"
 
 #include "scan/Enrichment.h"
+#include "scan/ToolText.h"
 
 #include <QSet>
 #include <QStringView>
@@ -20,26 +21,6 @@ struct HostAndPort
     QStringView port;
 };
 
-bool isNewline(QChar character)
-{
-    const char16_t c = character.unicode();
-    return (c >= u'\n' && c <= u'\r') || c == u'\u0085' || c == u'\u2028' || c == u'\u2029';
-}
-
-QList<QStringView> splitLines(QStringView text)
-{
-    QList<QStringView> lines;
-    qsizetype start = 0;
-    for (qsizetype i = 0; i < text.size(); ++i) {
-        if (isNewline(text[i])) {
-            lines.append(text.sliced(start, i - start));
-            start = i + 1;
-        }
-    }
-    lines.append(text.sliced(start));
-    return lines;
-}
-
 /// Splits lsof's NAME column, "host:port" or "[IPv6 host]:port".
 std::optional<HostAndPort> splitName(QStringView name)
 {
@@ -54,21 +35,6 @@ std::optional<HostAndPort> splitName(QStringView name)
     if (firstColon < 0)
         return std::nullopt;
     return HostAndPort{name.first(firstColon).toString(), name.sliced(name.lastIndexOf(u':') + 1)};
-}
-
-/// An optional sign, then ASCII digits and nothing else, within 64 bits.
-std::optional<qint64> parsePort(QStringView text)
-{
-    const bool hasSign = text.startsWith(u'+') || text.startsWith(u'-');
-    const QStringView digits = text.sliced(hasSign ? 1 : 0);
-    const auto isAsciiDigit = [](QChar c) {
-        return c >= u'0' && c <= u'9';
-    };
-    if (digits.isEmpty() || !std::all_of(digits.begin(), digits.end(), isAsciiDigit))
-        return std::nullopt;
-    bool fits = false;
-    const qint64 port = text.toLongLong(&fits);
-    return fits ? std::optional(port) : std::nullopt;
 }
 
 bool isLocalHost(QStringView host)
@@ -86,7 +52,7 @@ std::optional<PortInfo> parseLine(QStringView line)
     const auto name = splitName(columns[8]);
     if (!name)
         return std::nullopt;
-    const auto port = parsePort(name->port);
+    const auto port = parseInteger(name->port);
     if (!port || !isLocalHost(name->host))
         return std::nullopt;
     return PortInfo(*port, columns[1].toString(), columns[0].toString(), columns[2].toString(),

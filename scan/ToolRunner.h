@@ -4,7 +4,6 @@
 #include <QString>
 #include <QStringList>
 
-#include <optional>
 #include <stdexcept>
 #include <stop_token>
 #include <utility>
@@ -47,8 +46,5 @@ public:
     virtual ToolResult run(const QString &program, const QStringList &arguments,
                            const std::stop_token &stop) const = 0;
 };
-
-/// Strict UTF-8 (RFC 3629): nothing where a single byte is out of place.
-std::optional<QString> decodeUtf8(const QByteArray &bytes);
 
 } // namespace tidewick
