@@ -1,0 +1,87 @@
+#pragma once
+
+#include <QByteArray>
+#include <QByteArrayView>
+#include <QString>
+
+#include <optional>
+#include <stop_token>
+#include <variant>
+
+namespace tidewick {
+
+/// One request. An empty `userAgent` means that the request carries no such header.
+struct HttpRequest
+{
+    QString url;
+    /// "GET", "HEAD" or "OPTIONS".
+    QByteArray method;
+    QByteArray userAgent;
+};
+
+/// The header fields of one response (RFC 9110, section 5), kept as they came.
+class HttpHeaders
+{
+public:
+    /// Takes one "Name: value" line, with or without its line end. A line that starts with white
+    /// space continues the line before it.
+    void addLine(QByteArrayView line);
+
+    /// The value of the field, whatever the case of its name; several fields of that name join
+    /// with ", ". Nothing where there is none, the empty text where the value is empty.
+    /// The bytes are read as UTF-8, or as Latin-1 where they are not that. The text is a single
+    /// line: each control, formatting or line separating character has become a space.
+    std::optional<QString> value(QByteArrayView name) const;
+
+private:
+    QByteArray m_lines;
+};
+
+struct HttpResponse
+{
+    /// The most that is kept of a body, in bytes. A body that long may have been cut.
+    static constexpr qsizetype bodyLimit = 10'000;
+
+    int status = 0;
+    HttpHeaders headers;
+    QByteArray body;
+};
+
+/// An answer in some other protocol.
+struct NonHttpResponse
+{
+};
+
+struct HttpError
+{
+    enum Code : int {
+        unknown = -1,
+        cancelled = -999,
+        timedOut = -1001,
+        unsupportedUrl = -1002,
+        cannotConnect = -1004,
+        connectionLost = -1005,
+        tooManyRedirects = -1007,
+        badServerResponse = -1011,
+        headersTooLong = -1103,
+        secureConnectionFailed = -1200,
+        certificateUntrusted = -1202,
+    };
+    int code = unknown;
+};
+
+using HttpOutcome = std::variant<HttpResponse, NonHttpResponse, HttpError>;
+
+/// The edge to the network. Nothing that is learnt in one request is kept for the next.
+class HttpClient
+{
+public:
+    virtual ~HttpClient() = default;
+
+    /// Sends the request and waits for the outcome, one second at most. Blocks the calling
+    /// thread; callable from several threads at once. A stop request, before or during the wait,
+    /// ends it at once with HttpError::cancelled. Never throws.
+    virtual HttpOutcome send(const HttpRequest &request, const std::stop_token &stop) const = 0;
+};
+
+} // namespace tidewick
