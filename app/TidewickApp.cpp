@@ -4,6 +4,7 @@
 #include "platform/SingleInstance.h"
 #include "platform/StatusNotifierItem.h"
 #include "platform/TerminationSignals.h"
+#include "scan/CurlHttpClient.h"
 #include "scan/ProcessToolRunner.h"
 
 #include <QThreadPool>
@@ -26,7 +27,8 @@ SystemInterfaces realSystem()
 {
     const QString supplied =
         QCoreApplication::applicationDirPath() + QStringLiteral("/../libexec/tidewick");
-    return {std::make_shared<ProcessToolRunner>(), ToolTable::suppliedOverStock(supplied)};
+    return {std::make_shared<ProcessToolRunner>(), ToolTable::suppliedOverStock(supplied),
+            std::make_shared<CurlHttpClient>()};
 }
 
 } // namespace

@@ -1,6 +1,6 @@
 #include "scan/HttpProbe.h"
 
-#include "scan/ToolRunner.h"
+#include "scan/ToolText.h"
 
 #include <QByteArrayView>
 #include <QStringView>

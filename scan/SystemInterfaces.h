@@ -1,5 +1,6 @@
 #pragma once
 
+#include "scan/HttpClient.h"
 #include "scan/ToolRunner.h"
 #include "scan/ToolTable.h"
 
@@ -14,6 +15,7 @@ struct SystemInterfaces
 {
     std::shared_ptr<const ToolRunner> tools;
     ToolTable toolTable;
+    std::shared_ptr<const HttpClient> http = nullptr;
 };
 
 } // namespace tidewick

@@ -1,0 +1,431 @@
+#include "scan/CurlHttpClient.h"
+
+#include <QFile>
+
+#include <algorithm>
+#include <array>
+#include <chrono>
+#include <csignal>
+#include <ctime>
+#include <memory>
+#include <utility>
+
+#include <arpa/inet.h>
+#include <curl/curl.h>
+#include <netinet/in.h>
+#include <sys/socket.h>
+
+namespace tidewick {
+namespace {
+
+using Clock = std::chrono::steady_clock;
+
+constexpr auto attemptTime = std::chrono::seconds(1);
+constexpr int redirectLimit = 20;
+/// Of one exchange, its interim responses included.
+constexpr size_t headerLimit = size_t{256} * 1024;
+
+template <auto cleanup> struct Deleter
+{
+    template <class Handle> void operator()(Handle *handle) const { cleanup(handle); }
+};
+using EasyHandle = std::unique_ptr<CURL, Deleter<curl_easy_cleanup>>;
+using MultiHandle = std::unique_ptr<CURLM, Deleter<curl_multi_cleanup>>;
+using UrlHandle = std::unique_ptr<CURLU, Deleter<curl_url_cleanup>>;
+
+/// Keeps a write to a connection that is gone from ending the program, whichever TLS library it
+/// happens in. The signal of such a write goes to the writing thread alone.
+class BrokenPipeGuard
+{
+public:
+    BrokenPipeGuard()
+    {
+        sigemptyset(&m_brokenPipe);
+        sigaddset(&m_brokenPipe, SIGPIPE);
+        pthread_sigmask(SIG_BLOCK, &m_brokenPipe, &m_maskBefore);
+    }
+    ~BrokenPipeGuard()
+    {
+        if (sigismember(&m_maskBefore, SIGPIPE) == 0) {
+            const timespec now{};
+            sigtimedwait(&m_brokenPipe, nullptr, &now);
+        }
+        pthread_sigmask(SIG_SETMASK, &m_maskBefore, nullptr);
+    }
+    Q_DISABLE_COPY_MOVE(BrokenPipeGuard)
+
+private:
+    sigset_t m_brokenPipe;
+    sigset_t m_maskBefore;
+};
+
+bool isLoopback(const in_addr &address)
+{
+    return ntohl(address.s_addr) >> 24U == IN_LOOPBACKNET;
+}
+
+bool isLoopback(const in6_addr &address)
+{
+    if (IN6_IS_ADDR_V4MAPPED(&address))
+        return address.s6_addr[12] == IN_LOOPBACKNET;
+    return IN6_IS_ADDR_LOOPBACK(&address);
+}
+
+/// `host` as a URL holds it, an IPv6 address within brackets.
+bool isLoopbackHost(QByteArray host)
+{
+    if (host.compare("localhost", Qt::CaseInsensitive) == 0)
+        return true;
+    in_addr address{};
+    if (inet_pton(AF_INET, host.constData(), &address) == 1)
+        return isLoopback(address);
+    if (!host.startsWith('[') || !host.endsWith(']'))
+        return false;
+    host = host.sliced(1, host.size() - 2);
+    in6_addr longAddress{};
+    return inet_pton(AF_INET6, host.constData(), &longAddress) == 1 && isLoopback(longAddress);
+}
+
+bool isLoopback(const curl_sockaddr &address)
+{
+    if (address.family == AF_INET)
+        return isLoopback(reinterpret_cast<const sockaddr_in &>(address.addr).sin_addr);
+    return address.family == AF_INET6 &&
+           isLoopback(reinterpret_cast<const sockaddr_in6 &>(address.addr).sin6_addr);
+}
+
+curl_socket_t openLoopbackSocket(void * /*context*/, curlsocktype /*purpose*/,
+                                 curl_sockaddr *address)
+{
+    if (!isLoopback(*address))
+        return CURL_SOCKET_BAD;
+    return socket(address->family, address->socktype | SOCK_CLOEXEC, address->protocol);
+}
+
+QByteArray part(const UrlHandle &url, CURLUPart which)
+{
+    char *text = nullptr;
+    if (curl_url_get(url.get(), which, &text, 0) != CURLUE_OK)
+        return {};
+    QByteArray copy(text);
+    curl_free(text);
+    return copy;
+}
+
+/// Whether the client may go to `url`. Takes out what must not be sent: user and password.
+bool prepareUrl(const UrlHandle &url)
+{
+    for (const CURLUPart secret : {CURLUPART_USER, CURLUPART_PASSWORD, CURLUPART_OPTIONS})
+        curl_url_set(url.get(), secret, nullptr, 0);
+    QByteArray host = part(url, CURLUPART_HOST);
+    if (host.endsWith('.')) {
+        host.chop(1);
+        curl_url_set(url.get(), CURLUPART_HOST, host.constData(), 0);
+    }
+    const QByteArray scheme = part(url, CURLUPART_SCHEME);
+    return (scheme == "http" || scheme == "https") && isLoopbackHost(host);
+}
+
+/// Null where `text` is no http or https URL of a loopback host.
+UrlHandle loopbackUrl(const QByteArray &text)
+{
+    UrlHandle url(curl_url());
+    const bool parses = curl_url_set(url.get(), CURLUPART_URL, text.constData(), 0) == CURLUE_OK;
+    return parses && prepareUrl(url) ? std::move(url) : nullptr;
+}
+
+/// Where a redirect from `base` leads; null where that is no http or https URL of a loopback host.
+UrlHandle redirectTarget(const UrlHandle &base, const QByteArray &location)
+{
+    UrlHandle url(curl_url_dup(base.get()));
+    const bool parses =
+        !location.isEmpty() && curl_url_set(url.get(), CURLUPART_URL, location.constData(),
+                                            CURLU_URLENCODE | CURLU_ALLOW_SPACE) == CURLUE_OK;
+    return parses && prepareUrl(url) ? std::move(url) : nullptr;
+}
+
+bool isRedirect(int status)
+{
+    constexpr std::array statuses{301, 302, 303, 307, 308};
+    return std::find(statuses.begin(), statuses.end(), status) != statuses.end();
+}
+
+/// What comes back for one request, taken in by curl's callbacks. A callback that returns another
+/// count than it was given ends the transfer.
+class Answer
+{
+public:
+    Answer(CURL *easy, const UrlHandle &url) : m_easy(easy), m_url(url)
+    {
+        curl_easy_setopt(easy, CURLOPT_HEADERFUNCTION, &takeHeader);
+        curl_easy_setopt(easy, CURLOPT_HEADERDATA, this);
+        curl_easy_setopt(easy, CURLOPT_WRITEFUNCTION, &takeBody);
+        curl_easy_setopt(easy, CURLOPT_WRITEDATA, this);
+    }
+    Q_DISABLE_COPY_MOVE(Answer)
+
+    /// The headers of the response proper are all there.
+    bool hasHead() const { return m_hasHead; }
+    bool headersAreTooLong() const { return m_headerBytes > headerLimit; }
+    bool bodyIsFull() const { return m_response.body.size() == HttpResponse::bodyLimit; }
+
+    /// Where to go instead; null where this is the answer.
+    UrlHandle takeRedirect() { return std::move(m_redirect); }
+    HttpResponse takeResponse() { return std::move(m_response); }
+    int status() const { return m_response.status; }
+
+private:
+    static size_t takeHeader(char *data, size_t size, size_t count, void *self)
+    {
+        const bool goOn = static_cast<Answer *>(self)->addHeader({data, qsizetype(size * count)});
+        return goOn ? size * count : 0;
+    }
+
+    static size_t takeBody(char *data, size_t size, size_t count, void *self)
+    {
+        const bool goOn = static_cast<Answer *>(self)->addBody({data, qsizetype(size * count)});
+        return goOn ? size * count : 0;
+    }
+
+    bool addHeader(QByteArrayView line)
+    {
+        m_headerBytes += size_t(line.size());
+        if (headersAreTooLong())
+            return false;
+        if (m_hasHead)
+            return true; // a trailer
+        if (line == "\r\n" || line == "\n")
+            return endHead();
+        if (m_expectsStatusLine)
+            m_response.headers = {};
+        else
+            m_response.headers.addLine(line);
+        m_expectsStatusLine = false;
+        return true;
+    }
+
+    bool endHead()
+    {
+        long status = 0;
+        curl_easy_getinfo(m_easy, CURLINFO_RESPONSE_CODE, &status);
+        m_response.status = int(status);
+        m_expectsStatusLine = true;
+        // 101 is the one interim status after which no other follows (RFC 9110, section 15.2.2).
+        m_hasHead = status >= 200 || status == 101;
+        if (m_hasHead && isRedirect(int(status))) {
+            const auto location = m_response.headers.value("Location");
+            m_redirect = redirectTarget(m_url, location.value_or(QString()).toUtf8());
+        }
+        return !m_redirect;
+    }
+
+    bool addBody(QByteArrayView bytes)
+    {
+        m_response.body +=
+            bytes.first(std::min(bytes.size(), HttpResponse::bodyLimit - m_response.body.size()));
+        return !bodyIsFull();
+    }
+
+    CURL *m_easy;
+    const UrlHandle &m_url;
+    HttpResponse m_response;
+    UrlHandle m_redirect;
+    size_t m_headerBytes = 0;
+    bool m_expectsStatusLine = true;
+    bool m_hasHead = false;
+};
+
+int errorCode(CURLcode code)
+{
+    switch (code) {
+    case CURLE_OPERATION_TIMEDOUT:
+        return HttpError::timedOut;
+    case CURLE_ABORTED_BY_CALLBACK:
+        return HttpError::cancelled;
+    case CURLE_COULDNT_CONNECT:
+        return HttpError::cannotConnect;
+    case CURLE_OK: // the connection ended within the headers
+    case CURLE_GOT_NOTHING:
+    case CURLE_SEND_ERROR:
+    case CURLE_RECV_ERROR:
+    case CURLE_PARTIAL_FILE:
+        return HttpError::connectionLost;
+    case CURLE_UNSUPPORTED_PROTOCOL:
+    case CURLE_WEIRD_SERVER_REPLY:
+        return HttpError::badServerResponse;
+    case CURLE_PEER_FAILED_VERIFICATION:
+    case CURLE_SSL_CACERT_BADFILE: // nothing to verify against
+        return HttpError::certificateUntrusted;
+    case CURLE_SSL_CONNECT_ERROR:
+    case CURLE_SSL_ENGINE_NOTFOUND:
+    case CURLE_SSL_ENGINE_SETFAILED:
+    case CURLE_SSL_CERTPROBLEM:
+    case CURLE_SSL_CIPHER:
+    case CURLE_USE_SSL_FAILED:
+    case CURLE_SSL_ENGINE_INITFAILED:
+    case CURLE_SSL_SHUTDOWN_FAILED:
+    case CURLE_SSL_CRL_BADFILE:
+    case CURLE_SSL_ISSUER_ERROR:
+    case CURLE_SSL_PINNEDPUBKEYNOTMATCH:
+    case CURLE_SSL_INVALIDCERTSTATUS:
+    case CURLE_SSL_CLIENTCERT:
+        return HttpError::secureConnectionFailed;
+    default:
+        return HttpError::unknown;
+    }
+}
+
+/// How a TLS server's answer to a plain request looks: nothing, a reset, or no HTTP.
+bool mayBeTls(CURLcode code)
+{
+    return code == CURLE_GOT_NOTHING || code == CURLE_RECV_ERROR ||
+           code == CURLE_UNSUPPORTED_PROTOCOL;
+}
+
+/// One request with its redirects and its TLS hello, all within one second.
+class Attempt
+{
+public:
+    Attempt(const QByteArray &authorities, const std::stop_token &stop)
+        : m_authorities(authorities), m_stop(stop), m_wakeWhenStopped(stop, Wake{m_multi.get()})
+    {
+    }
+
+    HttpOutcome run(const HttpRequest &request)
+    {
+        UrlHandle url = loopbackUrl(request.url.toUtf8());
+        if (!url)
+            return HttpError{HttpError::unsupportedUrl};
+        QByteArray method = request.method;
+        for (int redirects = 0; redirects <= redirectLimit; ++redirects) {
+            const EasyHandle easy = newRequest(url, method, request.userAgent);
+            Answer answer(easy.get(), url);
+            const CURLcode code = transfer(easy.get());
+            UrlHandle target = answer.takeRedirect();
+            if (!target)
+                return outcome(answer, code, url);
+            if (answer.status() == 303 && method != "HEAD")
+                method = "GET";
+            url = std::move(target);
+        }
+        return HttpError{HttpError::tooManyRedirects};
+    }
+
+private:
+    struct Wake
+    {
+        CURLM *multi;
+        void operator()() const { curl_multi_wakeup(multi); }
+    };
+
+    EasyHandle newHandle(const UrlHandle &url) const
+    {
+        EasyHandle easy(curl_easy_init());
+        curl_easy_setopt(easy.get(), CURLOPT_CURLU, url.get());
+        curl_easy_setopt(easy.get(), CURLOPT_PROTOCOLS_STR, "http,https");
+        curl_easy_setopt(easy.get(), CURLOPT_PROXY, "");
+        curl_easy_setopt(easy.get(), CURLOPT_NOSIGNAL, 1L);
+        curl_easy_setopt(easy.get(), CURLOPT_OPENSOCKETFUNCTION, &openLoopbackSocket);
+        if (!m_authorities.isEmpty()) {
+            curl_easy_setopt(easy.get(), CURLOPT_CAINFO, m_authorities.constData());
+            curl_easy_setopt(easy.get(), CURLOPT_CAPATH, nullptr);
+        }
+        return easy;
+    }
+
+    EasyHandle newRequest(const UrlHandle &url, const QByteArray &method,
+                          const QByteArray &userAgent) const
+    {
+        EasyHandle easy = newHandle(url);
+        curl_easy_setopt(easy.get(), CURLOPT_HTTP09_ALLOWED, 0L);
+        if (method == "HEAD")
+            curl_easy_setopt(easy.get(), CURLOPT_NOBODY, 1L);
+        else
+            curl_easy_setopt(easy.get(), CURLOPT_CUSTOMREQUEST, method.constData());
+        if (!userAgent.isEmpty())
+            curl_easy_setopt(easy.get(), CURLOPT_USERAGENT, userAgent.constData());
+        return easy;
+    }
+
+    HttpOutcome outcome(Answer &answer, CURLcode code, const UrlHandle &url)
+    {
+        if (answer.headersAreTooLong())
+            return HttpError{HttpError::headersTooLong};
+        if (answer.hasHead() && (code == CURLE_OK || answer.bodyIsFull()))
+            return answer.takeResponse();
+        const bool isPlain = part(url, CURLUPART_SCHEME) == "http";
+        if (isPlain && !answer.hasHead() && mayBeTls(code) && speaksTls(url))
+            return HttpError{HttpError::secureConnectionFailed};
+        return HttpError{m_stop.stop_requested() ? HttpError::cancelled : errorCode(code)};
+    }
+
+    /// Says hello and no more: sends no request, and takes any certificate.
+    bool speaksTls(const UrlHandle &plainUrl)
+    {
+        const UrlHandle url(curl_url_dup(plainUrl.get()));
+        const QByteArray port = part(url, CURLUPART_PORT);
+        curl_url_set(url.get(), CURLUPART_SCHEME, "https", 0);
+        curl_url_set(url.get(), CURLUPART_PORT, port.isEmpty() ? "80" : port.constData(), 0);
+        const EasyHandle easy = newHandle(url);
+        curl_easy_setopt(easy.get(), CURLOPT_CONNECT_ONLY, 1L);
+        curl_easy_setopt(easy.get(), CURLOPT_SSL_VERIFYPEER, 0L);
+        curl_easy_setopt(easy.get(), CURLOPT_SSL_VERIFYHOST, 0L);
+        return transfer(easy.get()) == CURLE_OK;
+    }
+
+    CURLcode transfer(CURL *easy)
+    {
+        curl_multi_add_handle(m_multi.get(), easy);
+        const CURLcode code = waitForEnd();
+        curl_multi_remove_handle(m_multi.get(), easy);
+        return code;
+    }
+
+    /// The one clock and the one stop of all that an attempt does.
+    CURLcode waitForEnd()
+    {
+        while (!m_stop.stop_requested()) {
+            int running = 0;
+            curl_multi_perform(m_multi.get(), &running);
+            if (running == 0)
+                return result();
+            const auto left =
+                std::chrono::ceil<std::chrono::milliseconds>(m_deadline - Clock::now()).count();
+            if (left <= 0)
+                return CURLE_OPERATION_TIMEDOUT;
+            curl_multi_poll(m_multi.get(), nullptr, 0, int(left), nullptr);
+        }
+        return CURLE_ABORTED_BY_CALLBACK;
+    }
+
+    CURLcode result()
+    {
+        int others = 0;
+        const CURLMsg *message = curl_multi_info_read(m_multi.get(), &others);
+        return message == nullptr ? CURLE_FAILED_INIT : message->data.result;
+    }
+
+    const QByteArray &m_authorities;
+    const std::stop_token &m_stop;
+    const Clock::time_point m_deadline = Clock::now() + attemptTime;
+    const MultiHandle m_multi{curl_multi_init()};
+    const std::stop_callback<Wake> m_wakeWhenStopped;
+};
+
+} // namespace
+
+CurlHttpClient::CurlHttpClient(const QString &authorities)
+    : m_authorities(QFile::encodeName(authorities))
+{
+}
+
+HttpOutcome CurlHttpClient::send(const HttpRequest &request, const std::stop_token &stop) const
+{
+    static const CURLcode ready = curl_global_init(CURL_GLOBAL_DEFAULT);
+    if (ready != CURLE_OK)
+        return HttpError{};
+    const BrokenPipeGuard guard;
+    return Attempt(m_authorities, stop).run(request);
+}
+
+} // namespace tidewick

@@ -1,0 +1,28 @@
+#pragma once
+
+#include "scan/HttpClient.h"
+
+namespace tidewick {
+
+/// Speaks HTTP/1.1, and HTTP/2 over TLS, to this machine alone: every address it connects to is a
+/// loopback one. No proxy, cookie, credential or cache, whatever the environment holds.
+///
+/// Redirects to loopback addresses and `localhost` are followed, up to 20; one that leads
+/// elsewhere is the response. A plain request that met a TLS server ends with
+/// HttpError::secureConnectionFailed. A body that does not end in time is an error, unless
+/// HttpResponse::bodyLimit bytes of it came.
+class CurlHttpClient : public HttpClient
+{
+public:
+    /// Trusts the certificate authorities of the system.
+    CurlHttpClient() = default;
+    /// Trusts those in the PEM file `authorities` alone.
+    explicit CurlHttpClient(const QString &authorities);
+
+    HttpOutcome send(const HttpRequest &request, const std::stop_token &stop) const override;
+
+private:
+    QByteArray m_authorities;
+};
+
+} // namespace tidewick
