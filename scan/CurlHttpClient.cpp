@@ -15,8 +15,10 @@
 #include <netinet/in.h>
 #include <sys/socket.h>
 
-namespace tidewick {
-namespace {
+namespace tidewick
+{
+namespace
+{
 
 using Clock = std::chrono::steady_clock;
 

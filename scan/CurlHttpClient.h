@@ -2,7 +2,8 @@
 
 #include "scan/HttpClient.h"
 
-namespace tidewick {
+namespace tidewick
+{
 
 /// Speaks HTTP/1.1, and HTTP/2 over TLS, to this machine alone: every address it connects to is a
 /// loopback one. No proxy, cookie, credential or cache, whatever the environment holds.

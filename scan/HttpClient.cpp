@@ -1,11 +1,13 @@
 #include "scan/HttpClient.h"
 
-#include "scan/ToolRunner.h"
+#include "scan/ToolText.h"
 
 #include <QStringList>
 
-namespace tidewick {
-namespace {
+namespace tidewick
+{
+namespace
+{
 
 bool isInvisible(QChar character)
 {

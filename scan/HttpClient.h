@@ -8,7 +8,8 @@
 #include <stop_token>
 #include <variant>
 
-namespace tidewick {
+namespace tidewick
+{
 
 /// One request. An empty `userAgent` means that the request carries no such header.
 struct HttpRequest

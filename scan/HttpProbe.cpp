@@ -12,8 +12,10 @@
 #include <utility>
 #include <variant>
 
-namespace tidewick {
-namespace {
+namespace tidewick
+{
+namespace
+{
 
 constexpr std::array<QStringView, 3> addressPrefixes{u"http://localhost:", u"http://127.0.0.1:",
                                                      u"http://[::1]:"};

@@ -8,7 +8,8 @@
 #include <optional>
 #include <stop_token>
 
-namespace tidewick {
+namespace tidewick
+{
 
 struct ProbeResult
 {

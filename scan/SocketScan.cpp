@@ -75,7 +75,7 @@ QList<PortInfo> fetchRunningPorts(const SystemInterfaces &system, const std::sto
     for (PortInfo &record : kept) {
         if (stop.stop_requested())
             break;
-        record = enrichPortInfo(record);
+        record = enrichPortInfo(record, system, stop);
     }
     return kept;
 }

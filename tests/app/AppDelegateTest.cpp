@@ -1,4 +1,5 @@
 #include "app/AppDelegate.h"
+#include "tests/support/RecordingHttpClient.h"
 #include "tests/support/RecordingToolRunner.h"
 #include "tests/support/TestText.h"
 #include "tests/support/WaitUntil.h"
@@ -76,7 +77,7 @@ private:
         std::make_shared<RecordingToolRunner>([this](const auto &, const auto &) {
             return ToolResult{lsofOutput, 0};
         }),
-        ToolTable::stock()};
+        ToolTable::stock(), RecordingHttpClient::refusing()};
     QThreadPool m_pool;
 
 protected:
@@ -87,7 +88,7 @@ protected:
 const QByteArray threeListeners = "header\n"
                                   "node 1 a 3u IPv4 0x1 0t0 TCP *:3000 (LISTEN)\n"
                                   "node 1 a 4u IPv4 0x1 0t0 TCP *:3001 (LISTEN)\n"
-                                  "python3 2 a 3u IPv4 0x1 0t0 TCP *:8000 (LISTEN)\n";
+                                  "python3 2 a 3u IPv4 0x1 0t0 TCP *:7000 (LISTEN)\n";
 
 } // namespace
 
@@ -115,7 +116,7 @@ TEST_F(AppDelegateTest, showsTheNumberOfListenersOnceTheyAreKnown)
     ASSERT_TRUE(waitUntil([this] { return !item.log.isEmpty(); }));
     EXPECT_EQ(item.log, QStringList({QStringLiteral("image 18x18"), QStringLiteral("title '3'"),
                                      QStringLiteral("image leading"),
-                                     QStringLiteral("tooltip 'Tidewick' '3 running'")}));
+                                     QStringLiteral("tooltip 'Tidewick' '3 running, 2 live'")}));
 }
 
 TEST_F(AppDelegateTest, titleIsPlainDecimalInItsFont)

@@ -1,4 +1,5 @@
 #include "scan/SocketScan.h"
+#include "tests/support/RecordingHttpClient.h"
 #include "tests/support/RecordingToolRunner.h"
 #include "tests/support/TestText.h"
 
@@ -39,7 +40,7 @@ QList<PortInfo> parse(const char *output)
 
 SystemInterfaces systemWith(const std::shared_ptr<RecordingToolRunner> &tools)
 {
-    return {tools, ToolTable::stock()};
+    return {tools, ToolTable::stock(), RecordingHttpClient::refusing()};
 }
 
 /// A runner whose lsof prints `output` and ends with `exitStatus`.
@@ -296,6 +297,31 @@ TEST(FetchRunningPorts, keepsDevelopmentProcessesInOrder)
                                     "nginx 2 a 3u IPv4 0x1 0t0 TCP *:8080 (LISTEN)\n"
                                     "node 1 a 3u IPv4 0x1 0t0 TCP *:3000 (LISTEN)\n");
     EXPECT_EQ(ports(fetchRunningPorts(systemWith(tools), {})), QList<qint64>({3000, 8000}));
+}
+
+TEST(FetchRunningPorts, enrichesOneRecordAfterTheOther)
+{
+    const auto tools = lsofPrinting("header\n"
+                                    "python3 3 a 3u IPv4 0x1 0t0 TCP *:8000 (LISTEN)\n"
+                                    "nginx 2 a 3u IPv4 0x1 0t0 TCP *:8080 (LISTEN)\n"
+                                    "node 1 a 3u IPv4 0x1 0t0 TCP *:3000 (LISTEN)\n");
+    const auto records = fetchRunningPorts(systemWith(tools), {});
+    QStringList pids;
+    for (const auto &call : tools->calls()) {
+        if (call.arguments.first() == QStringLiteral("-p"))
+            pids.append(call.arguments[1]);
+    }
+    EXPECT_EQ(pids.join(u' '), QStringLiteral("1 1 1 1 3 3 3 3"));
+    EXPECT_TRUE(records.last().fullCommand.contains(QStringLiteral("python3")));
+}
+
+TEST(FetchRunningPorts, stopEndsItAfterTheSocketList)
+{
+    const auto tools = lsofPrinting("h\nnode 1 a 3u IPv4 0x1 0t0 TCP *:3000 (LISTEN)\n");
+    std::stop_source stopped;
+    stopped.request_stop();
+    fetchRunningPorts(systemWith(tools), stopped.get_token());
+    EXPECT_EQ(tools->calls().size(), 1U);
 }
 
 TEST(FetchRunningPorts, exitStatusDoesNotCount)

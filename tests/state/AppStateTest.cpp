@@ -1,5 +1,6 @@
 #include "state/AppState.h"
 #include "scan/ProcessToolRunner.h"
+#include "tests/support/RecordingHttpClient.h"
 #include "tests/support/RecordingToolRunner.h"
 #include "tests/support/TestText.h"
 #include "tests/support/WaitUntil.h"
@@ -43,7 +44,9 @@ public:
     std::shared_ptr<RecordingToolRunner> runner()
     {
         return std::make_shared<RecordingToolRunner>(
-            [this](const auto &, const std::stop_token &stop) { return run(stop); });
+            [this](const RecordingToolRunner::Call &call, const std::stop_token &stop) {
+                return call.arguments.first() == QStringLiteral("-i") ? run(stop) : ToolResult();
+            });
     }
 
     void finish(int run, const QList<int> &ports)
@@ -126,8 +129,9 @@ private:
     QThreadPool m_pool;
 
 protected:
-    std::unique_ptr<AppState> store =
-        std::make_unique<AppState>(SystemInterfaces{lsof.runner(), ToolTable::stock()}, m_pool);
+    std::unique_ptr<AppState> store = std::make_unique<AppState>(
+        SystemInterfaces{lsof.runner(), ToolTable::stock(), RecordingHttpClient::refusing()},
+        m_pool);
 };
 
 } // namespace
@@ -397,8 +401,10 @@ TEST(AppStateWithRealTools, missingLsofIsAnErrorUntilItIsThereAgain)
     };
     ToolTable table;
     table.lsof = QStringList(lsof);
+    table.ps = QStringList(QStringLiteral("/bin/true"));
     QThreadPool pool;
-    AppState store({std::make_shared<ProcessToolRunner>(), table}, pool);
+    AppState store({std::make_shared<ProcessToolRunner>(), table, RecordingHttpClient::refusing()},
+                   pool);
     const auto refresh = [&store] {
         const QTimer *const timer = store.refreshTimer();
         bool ended = false;
