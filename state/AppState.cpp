@@ -14,14 +14,7 @@ namespace tidewick
 namespace
 {
 
-/// What a scan brings back to the main thread: a list or, where `error` is set, none.
-struct ScanOutcome
-{
-    QList<PortInfo> runningPorts;
-    std::optional<QString> error;
-};
-
-/// The pool task. It delivers an outcome on every path, for an awaiter without one is lost.
+/// Every path delivers an outcome, for an awaiter without one is lost.
 ScanOutcome scan(const SystemInterfaces &system, const std::stop_token &stop)
 {
     try {
@@ -65,9 +58,8 @@ QCoro::Task<> AppState::loadRunningPorts()
     publish(m_isLoading, true, &AppState::isLoadingChanged);
     publish(m_lastError, std::nullopt, &AppState::lastErrorChanged);
 
-    const QFuture<ScanOutcome> running =
-        QtConcurrent::run(&m_pool, scan, m_system, m_stop.get_token());
-    const ScanOutcome outcome = co_await running;
+    const QFuture<ScanOutcome> ending = startScan();
+    const ScanOutcome outcome = co_await ending;
     if (!self)
         co_return;
     if (outcome.error) {
@@ -77,6 +69,19 @@ QCoro::Task<> AppState::loadRunningPorts()
         publish(m_lastRefresh, QDateTime::currentDateTime(), &AppState::lastRefreshChanged);
     }
     publish(m_isLoading, false, &AppState::isLoadingChanged);
+}
+
+QFuture<ScanOutcome> AppState::startScan()
+{
+    if (m_latestScan && !m_latestScan->hasBegun)
+        return m_latestScan->ending;
+    m_latestScan = std::make_shared<Scan>();
+    m_latestScan->ending = QtConcurrent::run(
+        &m_pool, [own = m_latestScan, system = m_system, stop = m_stop.get_token()] {
+            own->hasBegun = true;
+            return scan(system, stop);
+        });
+    return m_latestScan->ending;
 }
 
 void AppState::startAutoRefresh()

@@ -6,6 +6,7 @@
 #include <QCoroTask>
 
 #include <QDateTime>
+#include <QFuture>
 #include <QList>
 #include <QObject>
 #include <QTimer>
@@ -22,6 +23,13 @@ class QThreadPool;
 
 namespace tidewick
 {
+
+/// What a scan brings back to the main thread: a list or, where `error` is set, none.
+struct ScanOutcome
+{
+    QList<PortInfo> runningPorts;
+    std::optional<QString> error;
+};
 
 /// The one observable store of what is known about this machine's listeners, and its refresh
 /// cycle: a scan at creation, one every 5 seconds, and one whenever somebody asks.
@@ -90,9 +98,21 @@ private:
         Q_EMIT std::invoke(changed, this, property);
     }
 
+    /// A scan in the pool: waiting for a thread until it has begun.
+    struct Scan
+    {
+        std::atomic<bool> hasBegun = false;
+        QFuture<ScanOutcome> ending;
+    };
+
+    /// Hands a scan to the pool. Where one still waits there it serves this request too: it will
+    /// see nothing older. So a pool full of slow scans is never given more than one to keep.
+    QFuture<ScanOutcome> startScan();
+
     SystemInterfaces m_system;
     QThreadPool &m_pool;
     std::stop_source m_stop;
+    std::shared_ptr<Scan> m_latestScan;
 
     QList<PortInfo> m_runningPorts;
     bool m_isLoading = false;

@@ -59,6 +59,22 @@ def start_server():
     return server
 
 
+SILENT_SERVER = """
+import socket, sys, time
+listeners = [socket.create_server(("127.0.0.1", 0)) for _ in range(int(sys.argv[1]))]
+print("listening", flush=True)
+time.sleep(1000)
+"""
+
+
+def start_silent_listeners(number):
+    """Listeners whose connections are accepted by the kernel and never answered."""
+    server = subprocess.Popen([sys.executable, "-c", SILENT_SERVER, str(number)],
+                              stdout=subprocess.PIPE, text=True)
+    assert server.stdout.readline() == "listening\n"
+    return server
+
+
 def call(destination, path, method, *arguments):
     """Calls a method on the session bus; returns gdbus's text, or None where it fails."""
     result = subprocess.run(

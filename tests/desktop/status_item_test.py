@@ -96,6 +96,19 @@ class StatusItemTest(unittest.TestCase):
             self.assertEqual(program.stderr.read(), "")
             desktop.wait_until(lambda: not desktop.registered_items(), 2, "an empty tray")
 
+    def test_silent_listeners_starve_nothing(self):
+        silent = desktop.start_silent_listeners(10)
+        self.addCleanup(desktop.end, silent)
+        program = self.launch()
+        item = desktop.StatusItem()
+        time.sleep(11)  # three scans under way, none of them near its end
+        self.assertLess(len(os.listdir(f"/proc/{program.pid}/task")), 16)
+        start = time.monotonic()
+        self.assertEqual(item.count(), 0)
+        item.choose(item.menu_labels()["Quit Tidewick"])
+        self.assertEqual(program.wait(timeout=10), 0)
+        self.assertLess(time.monotonic() - start, 1)
+
     def launch_with_hanging_lsof(self):
         """A copy of the program whose lsof never ends; returns it and lsof's process id."""
         folder = tempfile.mkdtemp()

@@ -102,7 +102,9 @@ private:
 class AppStateTest : public testing::Test
 {
 protected:
-    AppStateTest() { m_pool.setMaxThreadCount(8); }
+    static constexpr int poolWidth = 4;
+
+    AppStateTest() { m_pool.setMaxThreadCount(poolWidth); }
     ~AppStateTest() override
     {
         store.reset();
@@ -208,6 +210,27 @@ TEST_F(AppStateTest, overlappingRefreshesBothRunAndTheLastToEndIsPublished)
     lsof.finish(1, {1000, 1001});
     ASSERT_TRUE(waitUntil([&] { return store->runningPorts().size() == 2; }));
     EXPECT_EQ(ports(store->runningPorts()), QList<qint64>({1000, 1001}));
+}
+
+TEST_F(AppStateTest, fullPoolKeepsOneScanWaitingForAllRequests)
+{
+    for (int run = 2; run <= poolWidth; ++run) {
+        ASSERT_TRUE(waitForStart(run - 1));
+        store->refreshPorts();
+    }
+    ASSERT_TRUE(waitForStart(poolWidth));
+    for (int request = 0; request < 20; ++request)
+        store->refreshPorts();
+    EXPECT_FALSE(waitUntil([&] { return lsof.started() > poolWidth; }, 100));
+
+    lsof.finish(1, {3000});
+    ASSERT_TRUE(waitForStart(poolWidth + 1));
+    for (int run = 2; run <= poolWidth; ++run)
+        lsof.finish(run, {3000});
+    lsof.finish(poolWidth + 1, {4000});
+    ASSERT_TRUE(waitUntil([&] { return ports(store->runningPorts()) == QList<qint64>({4000}); }));
+    EXPECT_FALSE(waitUntil([&] { return lsof.started() > poolWidth + 1; }, 100));
+    EXPECT_FALSE(store->isLoading());
 }
 
 TEST_F(AppStateTest, killUnderWayHoldsBackTicksAndRequestsButNotADirectLoad)
