@@ -223,12 +223,11 @@ TEST_F(AppStateTest, fullPoolKeepsOneScanWaitingForAllRequests)
         store->refreshPorts();
     EXPECT_FALSE(waitUntil([&] { return lsof.started() > poolWidth; }, 100));
 
-    lsof.finish(1, {3000});
-    ASSERT_TRUE(waitForStart(poolWidth + 1));
-    for (int run = 2; run <= poolWidth; ++run)
-        lsof.finish(run, {3000});
-    lsof.finish(poolWidth + 1, {4000});
-    ASSERT_TRUE(waitUntil([&] { return ports(store->runningPorts()) == QList<qint64>({4000}); }));
+    for (int run = 1; run <= poolWidth + 1; ++run) {
+        lsof.finish(run, {run});
+        ASSERT_TRUE(
+            waitUntil([&] { return ports(store->runningPorts()) == QList<qint64>({run}); }));
+    }
     EXPECT_FALSE(waitUntil([&] { return lsof.started() > poolWidth + 1; }, 100));
     EXPECT_FALSE(store->isLoading());
 }
