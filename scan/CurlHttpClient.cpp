@@ -23,6 +23,9 @@ namespace
 using Clock = std::chrono::steady_clock;
 
 constexpr auto attemptTime = std::chrono::seconds(1);
+/// What a TLS hello may take of it: ten times what it does take. A server that knows no TLS may
+/// well wait in silence for the rest of what it takes for a request (Redis does).
+constexpr auto helloTime = std::chrono::milliseconds(100);
 constexpr int redirectLimit = 20;
 /// Of one exchange, its interim responses included.
 constexpr size_t headerLimit = size_t{256} * 1024;
@@ -169,7 +172,8 @@ public:
     /// The headers of the response proper are all there.
     bool hasHead() const { return m_hasHead; }
     bool headersAreTooLong() const { return m_headerBytes > headerLimit; }
-    bool bodyIsFull() const { return m_response.body.size() == HttpResponse::bodyLimit; }
+    /// The response is there, though the transfer was ended before its time.
+    bool hasEnough() const { return m_hasHead && (isSwitch() || bodyIsFull()); }
 
     /// Where to go instead; null where this is the answer.
     UrlHandle takeRedirect() { return std::move(m_redirect); }
@@ -177,6 +181,10 @@ public:
     int status() const { return m_response.status; }
 
 private:
+    bool bodyIsFull() const { return m_response.body.size() == HttpResponse::bodyLimit; }
+    /// The one interim status after which no HTTP follows (RFC 9110, section 15.2.2).
+    bool isSwitch() const { return m_response.status == 101; }
+
     static size_t takeHeader(char *data, size_t size, size_t count, void *self)
     {
         const bool goOn = static_cast<Answer *>(self)->addHeader({data, qsizetype(size * count)});
@@ -212,13 +220,12 @@ private:
         curl_easy_getinfo(m_easy, CURLINFO_RESPONSE_CODE, &status);
         m_response.status = int(status);
         m_expectsStatusLine = true;
-        // 101 is the one interim status after which no other follows (RFC 9110, section 15.2.2).
-        m_hasHead = status >= 200 || status == 101;
+        m_hasHead = status >= 200 || isSwitch();
         if (m_hasHead && isRedirect(int(status))) {
             const auto location = m_response.headers.value("Location");
             m_redirect = redirectTarget(m_url, location.value_or(QString()).toUtf8());
         }
-        return !m_redirect;
+        return !m_redirect && !isSwitch();
     }
 
     bool addBody(QByteArrayView bytes)
@@ -302,7 +309,7 @@ public:
         for (int redirects = 0; redirects <= redirectLimit; ++redirects) {
             const EasyHandle easy = newRequest(url, method, request.userAgent);
             Answer answer(easy.get(), url);
-            const CURLcode code = transfer(easy.get());
+            const CURLcode code = transfer(easy.get(), m_deadline);
             UrlHandle target = answer.takeRedirect();
             if (!target)
                 return outcome(answer, code, url);
@@ -353,7 +360,7 @@ private:
     {
         if (answer.headersAreTooLong())
             return HttpError{HttpError::headersTooLong};
-        if (answer.hasHead() && (code == CURLE_OK || answer.bodyIsFull()))
+        if ((answer.hasHead() && code == CURLE_OK) || answer.hasEnough())
             return answer.takeResponse();
         const bool isPlain = part(url, CURLUPART_SCHEME) == "http";
         if (isPlain && !answer.hasHead() && mayBeTls(code) && speaksTls(url))
@@ -372,19 +379,19 @@ private:
         curl_easy_setopt(easy.get(), CURLOPT_CONNECT_ONLY, 1L);
         curl_easy_setopt(easy.get(), CURLOPT_SSL_VERIFYPEER, 0L);
         curl_easy_setopt(easy.get(), CURLOPT_SSL_VERIFYHOST, 0L);
-        return transfer(easy.get()) == CURLE_OK;
+        return transfer(easy.get(), std::min(m_deadline, Clock::now() + helloTime)) == CURLE_OK;
     }
 
-    CURLcode transfer(CURL *easy)
+    CURLcode transfer(CURL *easy, Clock::time_point deadline)
     {
         curl_multi_add_handle(m_multi.get(), easy);
-        const CURLcode code = waitForEnd();
+        const CURLcode code = waitForEnd(deadline);
         curl_multi_remove_handle(m_multi.get(), easy);
         return code;
     }
 
-    /// The one clock and the one stop of all that an attempt does.
-    CURLcode waitForEnd()
+    /// Until the transfer has ended, its time is up or a stop is requested.
+    CURLcode waitForEnd(Clock::time_point deadline)
     {
         while (!m_stop.stop_requested()) {
             int running = 0;
@@ -392,7 +399,7 @@ private:
             if (running == 0)
                 return result();
             const auto left =
-                std::chrono::ceil<std::chrono::milliseconds>(m_deadline - Clock::now()).count();
+                std::chrono::ceil<std::chrono::milliseconds>(deadline - Clock::now()).count();
             if (left <= 0)
                 return CURLE_OPERATION_TIMEDOUT;
             curl_multi_poll(m_multi.get(), nullptr, 0, int(left), nullptr);
