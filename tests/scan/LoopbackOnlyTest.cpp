@@ -1,0 +1,194 @@
+// Runs in a network of its own, whose only way out is a link that the tests listen on.
+
+#include "scan/CurlHttpClient.h"
+#include "tests/support/LoopbackServer.h"
+#include "tests/support/TestText.h"
+
+#include <gtest/gtest.h>
+
+#include <QFile>
+#include <QGuiApplication>
+#include <QProcess>
+#include <QTemporaryFile>
+
+#include <arpa/inet.h>
+#include <linux/if_ether.h>
+#include <linux/if_packet.h>
+#include <net/if.h>
+#include <netinet/in.h>
+#include <sched.h>
+#include <sys/mount.h>
+#include <sys/socket.h>
+#include <unistd.h>
+
+using tidewick::CurlHttpClient;
+using tidewick::HttpOutcome;
+using tidewick::HttpResponse;
+
+namespace
+{
+
+bool writeFile(const char *path, const QByteArray &text)
+{
+    QFile file(QString::fromLatin1(path));
+    return file.open(QFile::WriteOnly | QFile::Unbuffered) && file.write(text) == text.size();
+}
+
+/// Moves this process to a network and a view of the files of its own. It must have one thread.
+bool leaveForAnotherNetwork()
+{
+    const QByteArray user = QByteArray::number(getuid());
+    const QByteArray group = QByteArray::number(getgid());
+    if (unshare(CLONE_NEWNET | CLONE_NEWNS) != 0) {
+        if (unshare(CLONE_NEWUSER | CLONE_NEWNET | CLONE_NEWNS) != 0)
+            return false;
+        writeFile("/proc/self/setgroups", "deny");
+        if (!writeFile("/proc/self/uid_map", "0 " + user + " 1") ||
+            !writeFile("/proc/self/gid_map", "0 " + group + " 1"))
+            return false;
+    }
+    return mount("none", "/", nullptr, MS_REC | MS_PRIVATE, nullptr) == 0;
+}
+
+bool runIp(const char *arguments)
+{
+    return QProcess::execute(QStringLiteral("ip"),
+                             QString::fromLatin1(arguments).split(QLatin1Char(' '))) == 0;
+}
+
+/// One link, "out", as the default way to everywhere; without ARP, so that it takes every packet.
+bool setUpLinks()
+{
+    return runIp("link set lo up") && runIp("link add out type veth peer name elsewhere") &&
+           runIp("link set out arp off") && runIp("address add 192.0.2.2/24 dev out") &&
+           runIp("address add 2001:db8::2/64 dev out nodad") && runIp("link set out up") &&
+           runIp("link set elsewhere up") && runIp("route add default dev out") &&
+           runIp("-6 route add default dev out");
+}
+
+/// Sees what goes out by the link: all of IPv4, and the TCP and UDP of IPv6.
+class Watch
+{
+public:
+    Watch() : m_socket(socket(AF_PACKET, SOCK_DGRAM | SOCK_NONBLOCK, htons(ETH_P_ALL)))
+    {
+        sockaddr_ll link{};
+        link.sll_family = AF_PACKET;
+        link.sll_protocol = htons(ETH_P_ALL);
+        link.sll_ifindex = int(if_nametoindex("out"));
+        if (bind(m_socket, reinterpret_cast<sockaddr *>(&link), sizeof link) != 0)
+            ADD_FAILURE() << "the link cannot be watched";
+    }
+    ~Watch() { close(m_socket); }
+    Q_DISABLE_COPY_MOVE(Watch)
+
+    int packetCount() const
+    {
+        int count = 0;
+        unsigned char packet[64];
+        sockaddr_ll link{};
+        socklen_t size = sizeof link;
+        while (recvfrom(m_socket, packet, sizeof packet, 0, reinterpret_cast<sockaddr *>(&link),
+                        &size) > 0) {
+            const bool isTransport = packet[6] == IPPROTO_TCP || packet[6] == IPPROTO_UDP;
+            if (ntohs(link.sll_protocol) == ETH_P_IP ||
+                (ntohs(link.sll_protocol) == ETH_P_IPV6 && isTransport))
+                ++count;
+        }
+        return count;
+    }
+
+private:
+    int m_socket;
+};
+
+bool isElsewhere = false;
+
+class LoopbackOnly : public testing::Test
+{
+protected:
+    void SetUp() override
+    {
+        if (!isElsewhere)
+            GTEST_SKIP() << "no network of its own: namespaces are not permitted here, or ip(8) "
+                            "is missing";
+    }
+};
+
+void connectTo(const char *address)
+{
+    const int descriptor = socket(AF_INET, SOCK_STREAM | SOCK_NONBLOCK, 0);
+    sockaddr_in target{};
+    target.sin_family = AF_INET;
+    target.sin_port = htons(80);
+    inet_pton(AF_INET, address, &target.sin_addr);
+    connect(descriptor, reinterpret_cast<sockaddr *>(&target), sizeof target);
+    close(descriptor);
+}
+
+QByteArray bodyOf(const HttpOutcome &outcome)
+{
+    const auto *response = std::get_if<HttpResponse>(&outcome);
+    return response == nullptr ? QByteArray("no response") : response->body;
+}
+
+} // namespace
+
+TEST_F(LoopbackOnly, theWatchSeesAConnectionElsewhere)
+{
+    const Watch watch;
+    connectTo("192.0.2.1");
+    connectTo("198.51.100.1");
+    EXPECT_EQ(watch.packetCount(), 2);
+}
+
+TEST_F(LoopbackOnly, noPacketLeavesOnARedirect)
+{
+    const Watch watch;
+    for (const char *location :
+         {"http://192.0.2.1/", "http://198.51.100.1/", "http://[2001:db8::1]/",
+          "http://example.org/", "http://localhost.example.org/", "http://sub.localhost/",
+          "http://127.0.0.1@192.0.2.1/", "http://[::ffff:192.0.2.1]/", "http://3221225985/",
+          "//192.0.2.1/", "https://192.0.2.1/", "ftp://192.0.2.1/",
+          "file://192.0.2.1/etc/passwd"}) {
+        const LoopbackServer server(
+            answering(QByteArray("HTTP/1.1 302 Go\r\nContent-Length: 5\r\nLocation: ") + location +
+                      "\r\n\r\nfirst"));
+        EXPECT_EQ(bodyOf(CurlHttpClient().send({server.url(), "GET", {}}, {})), "first")
+            << location;
+        EXPECT_EQ(watch.packetCount(), 0) << location;
+    }
+}
+
+TEST_F(LoopbackOnly, noPacketLeavesForAUrlElsewhere)
+{
+    const Watch watch;
+    for (const char *url : {"http://192.0.2.1/", "http://[2001:db8::1]/", "http://example.org/"})
+        CurlHttpClient().send({QString::fromLatin1(url), "GET", {}}, {});
+    EXPECT_EQ(watch.packetCount(), 0);
+}
+
+TEST_F(LoopbackOnly, noPacketLeavesForLocalhostWhateverTheHostsFileSays)
+{
+    QTemporaryFile hosts;
+    ASSERT_TRUE(hosts.open());
+    hosts.write("192.0.2.1 localhost\n2001:db8::1 localhost\n");
+    hosts.close();
+    const QByteArray path = QFile::encodeName(hosts.fileName());
+    ASSERT_EQ(mount(path.constData(), "/etc/hosts", nullptr, MS_BIND, nullptr), 0);
+    const Watch watch;
+    const LoopbackServer server(answering("HTTP/1.1 200 OK\r\nContent-Length: 4\r\n\r\nhere"));
+    const QString url = QStringLiteral("http://localhost:%1/").arg(server.port());
+    EXPECT_EQ(bodyOf(CurlHttpClient().send({url, "GET", {}}, {})), "here");
+    EXPECT_EQ(watch.packetCount(), 0);
+    umount("/etc/hosts");
+}
+
+int main(int argc, char *argv[])
+{
+    isElsewhere = leaveForAnotherNetwork() && setUpLinks();
+    qputenv("QT_QPA_PLATFORM", "offscreen");
+    const QGuiApplication application(argc, argv);
+    testing::InitGoogleTest(&argc, argv);
+    return RUN_ALL_TESTS();
+}
