@@ -1,4 +1,5 @@
 #include "scan/HttpProbe.h"
+#include "tests/support/ProbeText.h"
 #include "tests/support/RecordingHttpClient.h"
 #include "tests/support/TestText.h"
 
@@ -11,18 +12,6 @@ using tidewick::HttpResponse;
 using tidewick::NonHttpResponse;
 using tidewick::probeHttpService;
 using tidewick::ProbeResult;
-
-namespace tidewick
-{
-
-void PrintTo(const ProbeResult &result, std::ostream *out) // NOLINT(readability-identifier-naming)
-{
-    *out << "(" << result.isAccessible << ", "
-         << (result.statusCode ? std::to_string(*result.statusCode) : "absent") << ", "
-         << result.serverInfo.value_or(QStringLiteral("absent")).toStdString() << ")";
-}
-
-} // namespace tidewick
 
 namespace
 {

@@ -1,0 +1,143 @@
+#include "tests/support/ServerProgram.h"
+
+#include <QDeadlineTimer>
+#include <QDir>
+#include <QFile>
+#include <QFileInfo>
+#include <QStandardPaths>
+
+#include <csignal>
+
+#include <grp.h>
+#include <netinet/in.h>
+#include <sys/prctl.h>
+#include <sys/socket.h>
+#include <unistd.h>
+
+namespace
+{
+
+constexpr int patienceMs = 20'000;
+
+/// "nobody" and "nogroup".
+constexpr uid_t ordinaryUser = 65534;
+
+void becomeOrdinaryUser()
+{
+    if (getuid() == 0 &&
+        (setgroups(0, nullptr) != 0 || setgid(ordinaryUser) != 0 || setuid(ordinaryUser) != 0))
+        _exit(127);
+}
+
+void prepare(QProcess &process, const QString &folder)
+{
+    process.setProcessChannelMode(QProcess::MergedChannels);
+    process.setStandardInputFile(QProcess::nullDevice());
+    process.setWorkingDirectory(folder);
+    auto environment = QProcessEnvironment::systemEnvironment();
+    environment.insert(QStringLiteral("LC_ALL"), QStringLiteral("C.UTF-8"));
+    environment.insert(QStringLiteral("HOME"), folder);
+    process.setProcessEnvironment(environment);
+    process.setChildProcessModifier([] {
+        becomeOrdinaryUser();
+        prctl(PR_SET_PDEATHSIG, SIGKILL);
+    });
+}
+
+int newSocket(int family)
+{
+    return socket(family, SOCK_STREAM | SOCK_CLOEXEC, 0);
+}
+
+bool takesConnections(int port)
+{
+    sockaddr_in ipv4{};
+    ipv4.sin_family = AF_INET;
+    ipv4.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+    ipv4.sin_port = htons(uint16_t(port));
+    sockaddr_in6 ipv6{};
+    ipv6.sin6_family = AF_INET6;
+    ipv6.sin6_addr = in6addr_loopback;
+    ipv6.sin6_port = ipv4.sin_port;
+    const int first = newSocket(AF_INET);
+    const int second = newSocket(AF_INET6);
+    const bool connects = connect(first, reinterpret_cast<sockaddr *>(&ipv4), sizeof ipv4) == 0 ||
+                          connect(second, reinterpret_cast<sockaddr *>(&ipv6), sizeof ipv6) == 0;
+    close(first);
+    close(second);
+    return connects;
+}
+
+} // namespace
+
+QString findProgram(const QString &name)
+{
+    QStringList folders{QStringLiteral("/usr/bin"), QStringLiteral("/usr/sbin")};
+    const QDir postgres(QStringLiteral("/usr/lib/postgresql"));
+    for (const QFileInfo &version : postgres.entryInfoList(QDir::Dirs | QDir::NoDotAndDotDot))
+        folders.append(version.filePath() + QStringLiteral("/bin"));
+    return QStandardPaths::findExecutable(name, folders);
+}
+
+int freePort(int first)
+{
+    for (int port = first;; ++port) {
+        sockaddr_in address{};
+        address.sin_family = AF_INET;
+        address.sin_port = htons(uint16_t(port));
+        socklen_t size = sizeof address;
+        const int descriptor = newSocket(AF_INET);
+        auto *generic = reinterpret_cast<sockaddr *>(&address);
+        const bool isFree = bind(descriptor, generic, size) == 0;
+        getsockname(descriptor, generic, &size);
+        close(descriptor);
+        if (isFree)
+            return ntohs(address.sin_port);
+    }
+}
+
+ServerProgram::ServerProgram(const QString &program, const QStringList &arguments,
+                             const QString &folder, int port)
+{
+    prepare(m_process, folder);
+    m_process.start(program, arguments);
+    m_process.waitForStarted();
+    const QDeadlineTimer deadline(patienceMs);
+    while (!m_isUp && m_process.state() == QProcess::Running && !deadline.hasExpired()) {
+        m_process.waitForFinished(20);
+        m_isUp = takesConnections(port);
+    }
+}
+
+ServerProgram::~ServerProgram()
+{
+    if (m_process.state() == QProcess::NotRunning)
+        return;
+    m_process.terminate();
+    if (!m_process.waitForFinished(3000)) {
+        m_process.kill();
+        m_process.waitForFinished(-1);
+    }
+}
+
+QByteArray ServerProgram::output()
+{
+    m_process.waitForReadyRead(50);
+    return m_process.readAll();
+}
+
+bool runAsOrdinaryUser(const QString &program, const QStringList &arguments, const QString &folder)
+{
+    QProcess process;
+    prepare(process, folder);
+    process.start(program, arguments);
+    process.waitForFinished(-1);
+    return process.exitStatus() == QProcess::NormalExit && process.exitCode() == 0;
+}
+
+void giveToOrdinaryUser(const QString &folder)
+{
+    if (getuid() == 0 &&
+        chown(QFile::encodeName(folder).constData(), ordinaryUser, ordinaryUser) != 0)
+        qWarning("%s cannot be given away", qPrintable(folder));
+}

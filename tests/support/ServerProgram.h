@@ -1,0 +1,37 @@
+#pragma once
+
+#include <QProcess>
+#include <QString>
+#include <QStringList>
+
+/// The path of a program of the system's packages; the empty text where it is not installed.
+QString findProgram(const QString &name);
+
+/// A port that nobody listened on a moment ago, at or above `first`; any one where that is 0.
+int freePort(int first = 0);
+
+/// A server in a process of its own, which dies with the test.
+class ServerProgram
+{
+public:
+    /// Starts it in `folder` and waits until `port` takes connections on a loopback address.
+    ServerProgram(const QString &program, const QStringList &arguments, const QString &folder,
+                  int port);
+    ~ServerProgram();
+    ServerProgram(const ServerProgram &) = delete;
+    ServerProgram &operator=(const ServerProgram &) = delete;
+
+    bool isUp() const { return m_isUp; }
+    /// Whatever it wrote so far, to either output.
+    QByteArray output();
+
+private:
+    QProcess m_process;
+    bool m_isUp = false;
+};
+
+/// Runs a program to its end as a server would run: never as root. False where it fails.
+bool runAsOrdinaryUser(const QString &program, const QStringList &arguments, const QString &folder);
+
+/// Hands `folder` to the user that servers run as where this test runs as root.
+void giveToOrdinaryUser(const QString &folder);
