@@ -30,9 +30,14 @@ constexpr int redirectLimit = 20;
 /// Of one exchange, its interim responses included.
 constexpr size_t headerLimit = size_t{256} * 1024;
 
-template <auto cleanup> struct Deleter
+template <auto cleanup>
+struct Deleter
 {
-    template <class Handle> void operator()(Handle *handle) const { cleanup(handle); }
+    template <class Handle>
+    void operator()(Handle *handle) const
+    {
+        cleanup(handle);
+    }
 };
 using EasyHandle = std::unique_ptr<CURL, Deleter<curl_easy_cleanup>>;
 using MultiHandle = std::unique_ptr<CURLM, Deleter<curl_multi_cleanup>>;

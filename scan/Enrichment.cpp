@@ -6,7 +6,6 @@
 #include "scan/ToolText.h"
 
 #include <algorithm>
-#include <cstdio>
 #include <optional>
 #include <utility>
 
@@ -50,8 +49,7 @@ private:
             return decodeUtf8(
                 m_system.tools->run(presentTool(tool), arguments, m_stop).standardOutput);
         } catch (const ToolStartError &error) {
-            std::printf("%s%s\n", errorPrefix, error.what());
-            std::fflush(stdout);
+            printError(errorPrefix, error);
             return std::nullopt;
         }
     }

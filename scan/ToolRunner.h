@@ -25,6 +25,9 @@ private:
     QString m_description;
 };
 
+/// Prints one line to standard output: `prefix`, then the error's description.
+void printError(const char *prefix, const ToolStartError &error);
+
 /// What a tool left behind when it ended. `exitStatus` is -1 where a signal ended it.
 struct ToolResult
 {

@@ -6,8 +6,10 @@
 #include <QCoroThread>
 
 #include <QPointer>
+#include <QScopeGuard>
 #include <QThread>
-#include <QtConcurrentRun>
+#include <QThreadPool>
+#include <QtConcurrent>
 
 namespace tidewick
 {
@@ -26,6 +28,33 @@ ScanOutcome scan(const SystemInterfaces &system, const std::stop_token &stop)
     }
 }
 
+/// Whether /bin/kill ran and succeeded.
+bool kill(const SystemInterfaces &system, const QString &pid, const std::stop_token &stop)
+{
+    try {
+        const ToolResult result = system.tools->run(presentTool(system.toolTable.kill),
+                                                    {QStringLiteral("-9"), pid}, stop);
+        return result.exitStatus == 0;
+    } catch (const ToolStartError &error) {
+        printError("Error killing process: ", error);
+        return false;
+    }
+}
+
+/// Runs `work` in the pool at once, in a thread more than its width where all are busy.
+template <class Work>
+auto startUrgently(QThreadPool &pool, Work work)
+{
+    auto workThenShrink = [work = std::move(work), &pool] {
+        const auto shrink = qScopeGuard([&pool] { pool.reserveThread(); });
+        return work();
+    };
+    const auto ending =
+        QtConcurrent::task(std::move(workThenShrink)).onThreadPool(pool).withPriority(1).spawn();
+    pool.releaseThread(); // widens the pool by one thread, for the first in its queue
+    return ending;
+}
+
 } // namespace
 
 AppState::AppState(SystemInterfaces system, QThreadPool &pool, QObject *parent)
@@ -42,7 +71,7 @@ AppState::~AppState()
 
 void AppState::refreshPorts()
 {
-    if (isKillingProcess)
+    if (isKillingProcess())
         return;
     QMetaObject::invokeMethod(
         this, [this] { loadRunningPorts(); }, Qt::QueuedConnection);
@@ -82,6 +111,40 @@ QFuture<ScanOutcome> AppState::startScan()
             return scan(system, stop);
         });
     return m_latestScan->ending;
+}
+
+QCoro::Task<bool> AppState::killProcess(QString pid)
+{
+    const QPointer<AppState> self(this);
+    const QFuture<void> marked =
+        startUrgently(m_pool, [flag = m_isKillingProcess] { *flag = true; });
+    co_await marked;
+    if (!self)
+        co_return false;
+    removeRows(pid);
+
+    const QFuture<bool> killing =
+        startUrgently(m_pool, [system = m_system, pid, stop = m_stop.get_token()] {
+            return kill(system, pid, stop);
+        });
+    const bool isKilled = co_await killing;
+    if (!self)
+        co_return isKilled;
+    if (!isKilled) {
+        auto rescan = loadRunningPorts();
+        co_await rescan;
+        if (!self)
+            co_return false;
+    }
+    *m_isKillingProcess = false;
+    co_return isKilled;
+}
+
+void AppState::removeRows(const QString &pid)
+{
+    QList<PortInfo> others = m_runningPorts;
+    others.removeIf([&pid](const PortInfo &record) { return record.pid() == pid; });
+    publish(m_runningPorts, others, &AppState::runningPortsChanged);
 }
 
 void AppState::startAutoRefresh()

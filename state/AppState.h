@@ -74,11 +74,17 @@ public:
     /// list stays. Moves to the main thread first, whoever calls it.
     QCoro::Task<> loadRunningPorts();
 
+    /// Ends the process `pid` at once, with a signal that cannot be caught. Its rows leave the list
+    /// before the tool runs; where the tool fails a rescan brings back what still runs. True where
+    /// /bin/kill ran and exited with 0. Main thread; the tool runs in a pool thread.
+    QCoro::Task<bool> killProcess(QString pid);
+
     /// (Re)starts the timer, whose first tick comes one interval from now.
     void startAutoRefresh();
 
-    /// True while a process is being killed; written from the kill's own thread.
-    std::atomic<bool> isKillingProcess = false;
+    /// True while a process is being killed, the rescan after a failure included: refreshPorts()
+    /// starts nothing then. Two kills at once each set and clear it by themselves.
+    bool isKillingProcess() const { return *m_isKillingProcess; }
 
 Q_SIGNALS:
     /// Comes before each change of any published property; the old value can still be read.
@@ -109,10 +115,16 @@ private:
     /// see nothing older. So a pool full of slow scans is never given more than one to keep.
     QFuture<ScanOutcome> startScan();
 
+    /// Takes the rows of `pid` from the list, in one change.
+    void removeRows(const QString &pid);
+
     SystemInterfaces m_system;
     QThreadPool &m_pool;
     std::stop_source m_stop;
     std::shared_ptr<Scan> m_latestScan;
+    /// Written in the kill's pool threads, which may outlive the store.
+    std::shared_ptr<std::atomic<bool>> m_isKillingProcess =
+        std::make_shared<std::atomic<bool>>(false);
 
     QList<PortInfo> m_runningPorts;
     bool m_isLoading = false;

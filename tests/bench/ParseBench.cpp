@@ -30,7 +30,8 @@ QString lsofOutput(int lines)
 }
 
 /// The median of `runs` runs, in milliseconds.
-template <class Work> double median(Work work)
+template <class Work>
+double median(Work work)
 {
     std::vector<double> times;
     for (int run = 0; run < runs; ++run) {

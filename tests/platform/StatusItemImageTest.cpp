@@ -29,7 +29,8 @@ StatusTitle title(const char *text)
 }
 
 /// The smallest rectangle that holds every pixel that `matches`.
-template <class Matches> QRect extent(const QImage &image, Matches matches)
+template <class Matches>
+QRect extent(const QImage &image, Matches matches)
 {
     QRect found;
     for (int y = 0; y < image.height(); ++y) {

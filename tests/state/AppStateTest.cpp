@@ -37,21 +37,13 @@ QList<qint64> ports(const QList<PortInfo> &records)
     return result;
 }
 
-/// An lsof whose runs end when the test says so, each by its number; a stop request ends them too.
-class HeldLsof
+/// A tool whose runs end when the test says so, each by its number; a stop request ends them too.
+class HeldTool
 {
 public:
-    std::shared_ptr<RecordingToolRunner> runner()
+    void finish(int run, const ToolResult &result)
     {
-        return std::make_shared<RecordingToolRunner>(
-            [this](const RecordingToolRunner::Call &call, const std::stop_token &stop) {
-                return call.arguments.first() == QStringLiteral("-i") ? run(stop) : ToolResult();
-            });
-    }
-
-    void finish(int run, const QList<int> &ports)
-    {
-        end(run, [ports] { return ToolResult{lsofOutput(ports), 0}; });
+        end(run, [result] { return result; });
     }
     void fail(int run, const QString &description)
     {
@@ -68,6 +60,19 @@ public:
         return m_stopped;
     }
 
+    ToolResult run(const std::stop_token &stop)
+    {
+        std::unique_lock lock(m_mutex);
+        const int number = ++m_started;
+        if (!m_changed.wait(lock, stop, [&] { return m_endings.contains(number); })) {
+            ++m_stopped;
+            return {{}, -1};
+        }
+        const Ending ending = m_endings.at(number);
+        lock.unlock();
+        return ending();
+    }
+
 private:
     using Ending = std::function<ToolResult()>;
 
@@ -78,19 +83,6 @@ private:
         m_changed.notify_all();
     }
 
-    ToolResult run(const std::stop_token &stop)
-    {
-        std::unique_lock lock(m_mutex);
-        const int number = ++m_started;
-        if (!m_changed.wait(lock, stop, [&] { return m_endings.contains(number); })) {
-            ++m_stopped;
-            return {};
-        }
-        const Ending ending = m_endings.at(number);
-        lock.unlock();
-        return ending();
-    }
-
     mutable std::mutex m_mutex;
     std::condition_variable_any m_changed;
     std::map<int, Ending> m_endings;
@@ -98,7 +90,21 @@ private:
     int m_stopped = 0;
 };
 
-/// A store over a held lsof. The store goes first, then the pool, then the lsof.
+class HeldLsof : public HeldTool
+{
+public:
+    using HeldTool::finish;
+    void finish(int run, const QList<int> &ports) { finish(run, {lsofOutput(ports), 0}); }
+};
+
+class HeldKill : public HeldTool
+{
+public:
+    using HeldTool::finish;
+    void finish(int run, int exitStatus) { finish(run, ToolResult{{}, exitStatus}); }
+};
+
+/// A store over held tools. The store goes first, then the pool, then the tools.
 class AppStateTest : public testing::Test
 {
 protected:
@@ -125,15 +131,51 @@ protected:
         QMetaObject::invokeMethod(const_cast<QTimer *>(store->refreshTimer()), "timeout");
     }
 
+    bool waitForKill(int run)
+    {
+        return waitUntil([&] { return kill.started() >= run; });
+    }
+    /// Publishes a list of these ports by the first scan.
+    void publish(const QList<int> &ports)
+    {
+        lsof.finish(1, ports);
+        ASSERT_TRUE(waitForStart(1));
+        ASSERT_TRUE(waitForEnd());
+    }
+    /// Starts a kill; `killed` holds its result once it has one.
+    void startKill(const QString &pid)
+    {
+        auto await = [](AppStateTest &test, QString pid) -> QCoro::Task<> {
+            auto killing = test.store->killProcess(pid);
+            test.killed = co_await killing;
+        };
+        await(*this, pid);
+    }
+    bool waitForResult()
+    {
+        return waitUntil([&] { return killed.has_value(); });
+    }
+
     HeldLsof lsof;
+    HeldKill kill;
+    std::optional<bool> killed;
 
 private:
+    ToolResult run(const RecordingToolRunner::Call &call, const std::stop_token &stop)
+    {
+        const QString what = call.arguments.first();
+        if (what == QStringLiteral("-i"))
+            return lsof.run(stop);
+        return what == QStringLiteral("-9") ? kill.run(stop) : ToolResult();
+    }
+
     QThreadPool m_pool;
 
 protected:
+    std::shared_ptr<RecordingToolRunner> tools = std::make_shared<RecordingToolRunner>(
+        [this](const auto &call, const auto &stop) { return run(call, stop); });
     std::unique_ptr<AppState> store = std::make_unique<AppState>(
-        SystemInterfaces{lsof.runner(), ToolTable::stock(), RecordingHttpClient::refusing()},
-        m_pool);
+        SystemInterfaces{tools, ToolTable::stock(), RecordingHttpClient::refusing()}, m_pool);
 };
 
 } // namespace
@@ -143,7 +185,7 @@ TEST_F(AppStateTest, startsEmptyIdleAndWithoutError)
     EXPECT_TRUE(store->runningPorts().isEmpty());
     EXPECT_FALSE(store->isLoading());
     EXPECT_FALSE(store->lastError());
-    EXPECT_FALSE(store->isKillingProcess);
+    EXPECT_FALSE(store->isKillingProcess());
     EXPECT_LT(store->lastRefresh().msecsTo(QDateTime::currentDateTime()), 1000);
     EXPECT_GE(store->lastRefresh().msecsTo(QDateTime::currentDateTime()), 0);
 }
@@ -167,7 +209,7 @@ TEST_F(AppStateTest, publishesAnEmptyListToo)
     ASSERT_TRUE(waitForEnd());
     const QDateTime first = store->lastRefresh();
     QThread::msleep(2);
-    lsof.finish(2, {});
+    lsof.finish(2, QList<int>());
     store->refreshPorts();
     ASSERT_TRUE(waitForStart(2));
     ASSERT_TRUE(waitForEnd());
@@ -230,27 +272,6 @@ TEST_F(AppStateTest, fullPoolKeepsOneScanWaitingForAllRequests)
     }
     EXPECT_FALSE(waitUntil([&] { return lsof.started() > poolWidth + 1; }, 100));
     EXPECT_FALSE(store->isLoading());
-}
-
-TEST_F(AppStateTest, killUnderWayHoldsBackTicksAndRequestsButNotADirectLoad)
-{
-    lsof.finish(1, {3000});
-    ASSERT_TRUE(waitForStart(1));
-    ASSERT_TRUE(waitForEnd());
-    store->isKillingProcess = true;
-    store->refreshPorts();
-    tick();
-    EXPECT_FALSE(waitUntil([&] { return lsof.started() > 1; }, 200));
-
-    store->loadRunningPorts();
-    ASSERT_TRUE(waitForStart(2));
-    lsof.finish(2, {});
-    ASSERT_TRUE(waitForEnd());
-    EXPECT_TRUE(store->runningPorts().isEmpty());
-
-    store->isKillingProcess = false;
-    tick();
-    EXPECT_TRUE(waitForStart(3));
 }
 
 TEST_F(AppStateTest, tickStartsARefresh)
@@ -407,6 +428,144 @@ TEST_F(AppStateTest, destructionBeforeTheFirstScanStartsNone)
 {
     store.reset();
     EXPECT_FALSE(waitUntil([&] { return lsof.started() > 0; }, 100));
+}
+
+TEST_F(AppStateTest, killTakesAllRowsOfThePidInOneChangeBeforeTheToolEnds)
+{
+    lsof.finish(1, {lsofOutput({3000, 3001}) + "node 2 a 3u IPv4 0x1 0t0 TCP *:2000 (LISTEN)\n"
+                                               "node 12 a 3u IPv4 0x1 0t0 TCP *:4000 (LISTEN)\n",
+                    0});
+    ASSERT_TRUE(waitForStart(1));
+    ASSERT_TRUE(waitForEnd());
+    QList<QList<qint64>> published;
+    QObject::connect(store.get(), &AppState::runningPortsChanged, store.get(),
+                     [&](const QList<PortInfo> &list) { published.append(ports(list)); });
+    startKill(QStringLiteral("1"));
+    ASSERT_TRUE(waitForKill(1));
+    EXPECT_EQ(published, QList<QList<qint64>>({{2000, 4000}}));
+    EXPECT_TRUE(store->isKillingProcess());
+    kill.finish(1, 0);
+    EXPECT_TRUE(waitForResult());
+    EXPECT_EQ(published.size(), 1);
+}
+
+TEST_F(AppStateTest, killThatSucceedsIsTrueAndStartsNoScanByItself)
+{
+    publish({3000});
+    startKill(QStringLiteral("1"));
+    kill.finish(1, 0);
+    ASSERT_TRUE(waitForResult());
+    EXPECT_EQ(killed, true);
+    EXPECT_FALSE(store->isKillingProcess());
+    EXPECT_FALSE(waitUntil([&] { return lsof.started() > 1; }, 200));
+    tick();
+    EXPECT_TRUE(waitForStart(2));
+}
+
+TEST_F(AppStateTest, killRunsTheToolWithSignalNineAndThePidAsItIs)
+{
+    startKill(QStringLiteral("4711"));
+    ASSERT_TRUE(waitForKill(1));
+    const RecordingToolRunner::Call call = tools->calls().back();
+    EXPECT_EQ(call.program, QStringLiteral("/bin/kill"));
+    EXPECT_EQ(call.arguments, QStringList({QStringLiteral("-9"), QStringLiteral("4711")}));
+}
+
+TEST_F(AppStateTest, killOfAnUnlistedPidRunsTheToolAndLeavesTheList)
+{
+    publish({3000});
+    startKill(QStringLiteral("4711"));
+    ASSERT_TRUE(waitForKill(1));
+    EXPECT_EQ(ports(store->runningPorts()), QList<qint64>({3000}));
+    kill.finish(1, 0);
+    ASSERT_TRUE(waitForResult());
+    EXPECT_EQ(killed, true);
+}
+
+TEST_F(AppStateTest, killThatFailsIsFalseAfterARescanThatBringsTheRowsBack)
+{
+    publish({3000});
+    startKill(QStringLiteral("1"));
+    kill.finish(1, 1);
+    ASSERT_TRUE(waitForStart(2));
+    EXPECT_TRUE(store->runningPorts().isEmpty());
+    EXPECT_TRUE(store->isKillingProcess());
+    EXPECT_FALSE(killed.has_value());
+    lsof.finish(2, {3000});
+    ASSERT_TRUE(waitForResult());
+    EXPECT_EQ(killed, false);
+    EXPECT_FALSE(store->isKillingProcess());
+    EXPECT_EQ(ports(store->runningPorts()), QList<qint64>({3000}));
+}
+
+TEST_F(AppStateTest, killThatCannotBeStartedIsOneLineAndARescan)
+{
+    publish({3000});
+    lsof.finish(2, {3000});
+    testing::internal::CaptureStdout();
+    startKill(QStringLiteral("1"));
+    kill.fail(1, QStringLiteral("no such tool"));
+    const bool ended = waitForResult();
+    EXPECT_EQ(testing::internal::GetCapturedStdout(), "Error killing process: no such tool\n");
+    ASSERT_TRUE(ended);
+    EXPECT_EQ(killed, false);
+    EXPECT_EQ(lsof.started(), 2);
+    EXPECT_FALSE(store->isKillingProcess());
+}
+
+TEST_F(AppStateTest, killUnderWayHoldsBackTicksAndRequestsButNotADirectLoad)
+{
+    publish({3000});
+    startKill(QStringLiteral("1"));
+    ASSERT_TRUE(waitForKill(1));
+    store->refreshPorts();
+    tick();
+    EXPECT_FALSE(waitUntil([&] { return lsof.started() > 1; }, 200));
+
+    store->loadRunningPorts();
+    ASSERT_TRUE(waitForStart(2));
+    lsof.finish(2, {5000});
+    ASSERT_TRUE(waitForEnd());
+    EXPECT_EQ(ports(store->runningPorts()), QList<qint64>({5000}));
+
+    kill.finish(1, 0);
+    ASSERT_TRUE(waitForResult());
+    tick();
+    EXPECT_TRUE(waitForStart(3));
+}
+
+TEST_F(AppStateTest, firstOfTwoKillsToEndClearsTheFlag)
+{
+    startKill(QStringLiteral("1"));
+    startKill(QStringLiteral("2"));
+    ASSERT_TRUE(waitForKill(2));
+    kill.finish(1, 0);
+    ASSERT_TRUE(waitForResult());
+    EXPECT_FALSE(store->isKillingProcess());
+    EXPECT_EQ(kill.stopped(), 0);
+}
+
+TEST_F(AppStateTest, killIsStartedAtOnceWhileThePoolIsFullOfScans)
+{
+    for (int run = 1; run <= poolWidth; ++run) {
+        ASSERT_TRUE(waitForStart(run));
+        store->refreshPorts();
+    }
+    EXPECT_FALSE(waitUntil([&] { return lsof.started() > poolWidth; }, 100));
+    startKill(QStringLiteral("1"));
+    ASSERT_TRUE(waitForKill(1));
+    kill.finish(1, 0);
+    EXPECT_TRUE(waitForResult());
+}
+
+TEST_F(AppStateTest, destructionDuringAKillStopsItAndAnswersFalse)
+{
+    startKill(QStringLiteral("1"));
+    ASSERT_TRUE(waitForKill(1));
+    store.reset();
+    ASSERT_TRUE(waitForResult());
+    EXPECT_EQ(killed, false);
+    EXPECT_EQ(kill.stopped(), 1);
 }
 
 TEST(AppStateWithRealTools, missingLsofIsAnErrorUntilItIsThereAgain)

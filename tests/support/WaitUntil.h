@@ -5,7 +5,8 @@
 #include <QEventLoop>
 
 /// Runs the event loop until `condition` holds; false where it does not within `milliseconds`.
-template <class Condition> bool waitUntil(Condition condition, int milliseconds = 10000)
+template <class Condition>
+bool waitUntil(Condition condition, int milliseconds = 10000)
 {
     QElapsedTimer timer;
     timer.start();

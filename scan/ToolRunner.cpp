@@ -1,0 +1,14 @@
+#include "scan/ToolRunner.h"
+
+#include <cstdio>
+
+namespace tidewick
+{
+
+void printError(const char *prefix, const ToolStartError &error)
+{
+    std::printf("%s%s\n", prefix, error.what());
+    std::fflush(stdout);
+}
+
+} // namespace tidewick
