@@ -756,9 +756,9 @@ TEST(CurlHttpClient, waitsForManySilentServersAtOnce)
     const LoopbackServer server([](LoopbackConnection &connection) { connection.hold(); });
     QElapsedTimer timer;
     timer.start();
-    std::vector<std::future<HttpOutcome>> requests;
-    for (int i = 0; i < 10; ++i)
-        requests.push_back(std::async(std::launch::async, [&] { return send(server.url()); }));
+    std::vector<std::future<HttpOutcome>> requests(10);
+    for (auto &request : requests)
+        request = std::async(std::launch::async, [&] { return send(server.url()); });
     for (auto &request : requests)
         EXPECT_EQ(errorOf(request.get()), HttpError::timedOut);
     EXPECT_LT(timer.elapsed(), oneSecondMs);

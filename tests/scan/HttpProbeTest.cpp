@@ -36,7 +36,7 @@ HttpOutcome refused(const HttpRequest & /*request*/)
 }
 
 /// A client whose n-th request, counted from one, has `outcome`; the others are refused.
-RecordingHttpClient answeringAt(size_t n, HttpOutcome outcome)
+RecordingHttpClient answeringAt(size_t n, const HttpOutcome &outcome)
 {
     return RecordingHttpClient([n, outcome, count = size_t{0}](const HttpRequest &) mutable {
         return ++count == n ? outcome : HttpOutcome(HttpError{HttpError::cannotConnect});

@@ -122,7 +122,7 @@ void connectTo(const char *address)
     target.sin_family = AF_INET;
     target.sin_port = htons(80);
     inet_pton(AF_INET, address, &target.sin_addr);
-    connect(descriptor, reinterpret_cast<sockaddr *>(&target), sizeof target);
+    static_cast<void>(connect(descriptor, reinterpret_cast<sockaddr *>(&target), sizeof target));
     close(descriptor);
 }
 

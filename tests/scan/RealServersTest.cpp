@@ -60,31 +60,31 @@ protected:
     /// does not come up.
     bool start(const char *program, const char *arguments)
     {
-        if (m_port == 0)
-            m_port = freePort();
+        if (port == 0)
+            port = freePort();
         const QStringList list =
-            words(arguments).replaceInStrings(QStringLiteral("PORT"), QString::number(m_port));
+            words(arguments).replaceInStrings(QStringLiteral("PORT"), QString::number(port));
         m_server = std::make_unique<ServerProgram>(findProgram(QString::fromLatin1(program)), list,
-                                                   m_folder.path(), m_port);
+                                                   m_folder.path(), port);
         EXPECT_TRUE(m_server->isUp()) << m_server->output().toStdString();
         return m_server->isUp();
     }
 
     bool startNginx(const QByteArray &server)
     {
-        m_port = freePort();
+        port = freePort();
         write("nginx.conf", "daemon off; master_process off; pid nginx.pid; error_log stderr;\n"
                             "events {}\n"
                             "http { access_log off; client_body_temp_path b; proxy_temp_path p;\n"
                             "fastcgi_temp_path f; uwsgi_temp_path u; scgi_temp_path s;\n"
                             "server { listen 127.0.0.1:" +
-                                QByteArray::number(m_port) + server + " } }\n");
+                                QByteArray::number(port) + server + " } }\n");
         return start("nginx", "-p . -c nginx.conf -e stderr");
     }
 
     ProbeResult probe(const CurlHttpClient &client = CurlHttpClient()) const
     {
-        return probeHttpService(m_port, client, {});
+        return probeHttpService(port, client, {});
     }
 
     /// The error's code; 0 where there was a response.
@@ -92,7 +92,7 @@ protected:
                 const CurlHttpClient &client = CurlHttpClient()) const
     {
         const QString url =
-            QStringLiteral("%1://127.0.0.1:%2").arg(QString::fromLatin1(scheme)).arg(m_port);
+            QStringLiteral("%1://127.0.0.1:%2").arg(QString::fromLatin1(scheme)).arg(port);
         const HttpOutcome outcome = client.send({url, method, {}}, {});
         const auto *error = std::get_if<HttpError>(&outcome);
         return error == nullptr ? 0 : error->code;
@@ -120,7 +120,7 @@ protected:
 
     ServerProgram &server() { return *m_server; }
 
-    int m_port = 0;
+    int port = 0;
 
 private:
     static QStringList words(const char *text)
@@ -260,8 +260,8 @@ TEST_F(RealServers, nodeWithAnUnknownCertificateOnADevelopmentPort)
     NEEDS("node");
     NEEDS("openssl");
     ASSERT_TRUE(makeCertificates());
-    m_port = freePort(19000);
-    ASSERT_LE(m_port, 19999);
+    port = freePort(19000);
+    ASSERT_LE(port, 19999);
     write("tls.js", nodeTls);
     ASSERT_TRUE(start("node", "tls.js PORT"));
     EXPECT_EQ(probe(), reachable);
@@ -297,8 +297,8 @@ TEST_F(RealServers, aPlainRedirectToAnUnknownCertificate)
     write("tls.js", nodeTls);
     ASSERT_TRUE(start("node", "tls.js PORT"));
     const LoopbackServer redirect(answering("HTTP/1.1 302 Go\r\nLocation: https://127.0.0.1:" +
-                                            QByteArray::number(m_port) + "/\r\n\r\n"));
-    m_port = redirect.port();
+                                            QByteArray::number(port) + "/\r\n\r\n"));
+    port = redirect.port();
     EXPECT_EQ(errorOf("http", "GET"), HttpError::certificateUntrusted);
     EXPECT_EQ(errorOf("http", "GET", trustingClient()), 0);
 }
