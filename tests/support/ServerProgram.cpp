@@ -72,10 +72,11 @@ bool takesConnections(int port)
 
 QString findProgram(const QString &name)
 {
-    QStringList folders{QStringLiteral("/usr/bin"), QStringLiteral("/usr/sbin")};
-    const QDir postgres(QStringLiteral("/usr/lib/postgresql"));
-    for (const QFileInfo &version : postgres.entryInfoList(QDir::Dirs | QDir::NoDotAndDotDot))
-        folders.append(version.filePath() + QStringLiteral("/bin"));
+    const QString unpacked =
+        QStringLiteral("/var/tmp/tidewick-servers-%1/usr").arg(QString::number(geteuid()));
+    const QStringList folders{QStringLiteral("/usr/bin"), QStringLiteral("/usr/sbin"),
+                              unpacked + QStringLiteral("/sbin"),
+                              unpacked + QStringLiteral("/lib/postgresql/15/bin")};
     return QStandardPaths::findExecutable(name, folders);
 }
 

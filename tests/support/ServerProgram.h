@@ -4,7 +4,8 @@
 #include <QString>
 #include <QStringList>
 
-/// The path of a program of the system's packages; the empty text where it is not installed.
+/// The path of a program of the system's packages, installed or unpacked by scripts/unpack-servers;
+/// the empty text where it is neither.
 QString findProgram(const QString &name);
 
 /// A port that nobody listened on a moment ago, at or above `first`; any one where that is 0.
