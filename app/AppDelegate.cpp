@@ -13,6 +13,7 @@ namespace
 {
 
 constexpr QSize iconPoints(18, 18);
+constexpr QSize panelPoints(480, 540);
 const QString productName = QStringLiteral("Tidewick");
 
 /// The fallback icon; a program built without it is broken beyond repair.
@@ -30,8 +31,8 @@ QImage networkSymbol()
 
 } // namespace
 
-AppDelegate::AppDelegate(SystemInterfaces system, QThreadPool &pool, MakeStatusItem makeStatusItem)
-    : m_system(std::move(system)), m_pool(pool), m_makeStatusItem(std::move(makeStatusItem))
+AppDelegate::AppDelegate(SystemInterfaces system, QThreadPool &pool, Desktop desktop)
+    : m_system(std::move(system)), m_pool(pool), m_desktop(std::move(desktop))
 {
 }
 
@@ -39,11 +40,15 @@ AppDelegate::~AppDelegate() = default;
 
 void AppDelegate::applicationDidFinishLaunching()
 {
-    m_statusItem = m_makeStatusItem();
+    m_statusItem = m_desktop.makeStatusItem();
     updateStatusIcon(0);
+    m_statusItem->setAction([this] { togglePopover(); });
     m_statusItem->setMenu({{QStringLiteral("Quit Tidewick"), QStringLiteral("q"), [this] {
                                 quitApp();
                             }}});
+
+    m_popover = m_desktop.makePopover();
+    m_popover->setContentSize(panelPoints);
 
     m_appState = std::make_unique<AppState>(m_system, m_pool);
     m_appState->stream(&AppState::runningPorts, &AppState::runningPortsChanged, this,
@@ -51,6 +56,25 @@ void AppDelegate::applicationDidFinishLaunching()
                            updateStatusIcon(runningPorts.size());
                            m_statusItem->setToolTip(productName, statusSummary(runningPorts));
                        });
+    showPanel();
+}
+
+void AppDelegate::showPanel()
+{
+    m_workspace = m_desktop.makeWorkspace();
+    m_panel = std::make_unique<Panel>(*m_appState);
+    connect(m_panel.get(), &Panel::quitRequested, this, &AppDelegate::quitApp);
+    connect(m_panel.get(), &Panel::openRequested, this,
+            [this](const QUrl &url) { m_workspace->openUrl(url); });
+    connect(m_panel.get(), &Panel::revealRequested, this,
+            [this](const QString &path) { m_workspace->revealFolder(path); });
+    m_popover->setContentView(QUrl(QStringLiteral("qrc:/qt/qml/Tidewick/ContentView.qml")),
+                              {{QStringLiteral("panel"), QVariant::fromValue(m_panel.get())}});
+}
+
+void AppDelegate::togglePopover()
+{
+    m_popover->toggle();
 }
 
 void AppDelegate::updateStatusIcon(qint64 count)

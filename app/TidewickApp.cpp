@@ -1,9 +1,11 @@
 #include "app/TidewickApp.h"
 
 #include "app/AppDelegate.h"
+#include "platform/PopoverWindow.h"
 #include "platform/SingleInstance.h"
 #include "platform/StatusNotifierItem.h"
 #include "platform/TerminationSignals.h"
+#include "platform/Workspace.h"
 #include "scan/CurlHttpClient.h"
 #include "scan/ProcessToolRunner.h"
 
@@ -31,9 +33,32 @@ SystemInterfaces realSystem()
             std::make_shared<CurlHttpClient>()};
 }
 
+Desktop realDesktop()
+{
+    return {[] { return std::make_unique<StatusNotifierItem>(); },
+            [] { return std::make_unique<PopoverWindow>(); },
+            [] {
+                return std::make_unique<DesktopWorkspace>();
+            }};
+}
+
+/// The panel is drawn without OpenGL, which costs less memory and time here, unless the user's
+/// environment says otherwise. Must be called before the toolkit starts; hands `argc` back.
+int &preferSoftwareRendering(int &argc)
+{
+    if (qEnvironmentVariableIsSet("QT_QUICK_BACKEND") ||
+        qEnvironmentVariableIsSet("QSG_RHI_BACKEND"))
+        return argc;
+    qputenv("QT_QUICK_BACKEND", "software");
+    if (!qEnvironmentVariableIsSet("QT_XCB_GL_INTEGRATION"))
+        qputenv("QT_XCB_GL_INTEGRATION", "none");
+    return argc;
+}
+
 } // namespace
 
-TidewickApp::TidewickApp(int &argc, char **argv) : m_application(argc, argv)
+TidewickApp::TidewickApp(int &argc, char **argv)
+    : m_application(preferSoftwareRendering(argc), argv)
 {
     QGuiApplication::setApplicationName(QStringLiteral("tidewick"));
     QGuiApplication::setApplicationDisplayName(QStringLiteral("Tidewick"));
@@ -57,8 +82,7 @@ int TidewickApp::run()
     pool.setMaxThreadCount(poolWidth);
     int status = EXIT_SUCCESS;
     {
-        AppDelegate delegate(realSystem(), pool,
-                             [] { return std::make_unique<StatusNotifierItem>(); });
+        AppDelegate delegate(realSystem(), pool, realDesktop());
         const TerminationSignals termination;
         QObject::connect(&termination, &TerminationSignals::received, &delegate,
                          &AppDelegate::quitApp);

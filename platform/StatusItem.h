@@ -48,6 +48,8 @@ public:
     virtual void setImagePosition(ImagePosition position) = 0;
     virtual void setToolTip(const QString &title, const QString &text) = 0;
     virtual void setMenu(const QList<MenuItem> &items) = 0;
+    /// What a left click does.
+    virtual void setAction(const std::function<void()> &action) = 0;
 };
 
 } // namespace tidewick

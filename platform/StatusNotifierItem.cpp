@@ -140,6 +140,11 @@ void StatusNotifierItem::setMenu(const QList<MenuItem> &items)
     m_menu->setItems(items);
 }
 
+void StatusNotifierItem::setAction(const std::function<void()> &action)
+{
+    m_item->setAction(action);
+}
+
 void StatusNotifierItem::redraw()
 {
     if (m_image.isNull())

@@ -38,6 +38,7 @@ public:
     void setImagePosition(ImagePosition position) override;
     void setToolTip(const QString &title, const QString &text) override;
     void setMenu(const QList<MenuItem> &items) override;
+    void setAction(const std::function<void()> &action) override;
 
 private Q_SLOTS:
     void registerWithWatcher();

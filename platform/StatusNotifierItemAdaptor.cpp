@@ -51,6 +51,12 @@ void StatusNotifierItemAdaptor::setLabel(const QString &label)
     Q_EMIT XAyatanaNewLabel(label, label);
 }
 
+void StatusNotifierItemAdaptor::activate()
+{
+    if (m_action)
+        QMetaObject::invokeMethod(this, m_action, Qt::QueuedConnection);
+}
+
 void StatusNotifierItemAdaptor::setToolTip(const QString &title, const QString &text)
 {
     if (m_toolTip.title == title && m_toolTip.text == text)

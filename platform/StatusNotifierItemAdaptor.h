@@ -9,6 +9,8 @@
 #include <QList>
 #include <QString>
 
+#include <functional>
+
 namespace tidewick
 {
 
@@ -81,6 +83,8 @@ public:
     void setIcon(const QList<DBusPixmap> &icon);
     void setLabel(const QString &label);
     void setToolTip(const QString &title, const QString &text);
+    /// What a click does, after the host has had its answer.
+    void setAction(const std::function<void()> &action) { m_action = action; }
 
     QString category() const { return QStringLiteral("ApplicationStatus"); }
     QString id() const { return QStringLiteral("tidewick"); }
@@ -98,10 +102,9 @@ public:
 
 public Q_SLOTS:
     // NOLINTBEGIN(readability-identifier-naming): the names are the protocol's.
-    // Nothing drops down from the icon yet: a left click, a middle click and the wheel do nothing,
-    // and a host that would have us draw the menu finds it at `Menu`.
-    void Activate(int, int) {}
-    void SecondaryActivate(int, int) {}
+    // A host that would have us draw the menu finds it at `Menu`; the wheel does nothing.
+    void Activate(int, int) { activate(); }
+    void SecondaryActivate(int, int) { activate(); }
     void ContextMenu(int, int) {}
     void Scroll(int, const QString &) {}
 
@@ -112,6 +115,9 @@ Q_SIGNALS:
     // NOLINTEND(readability-identifier-naming)
 
 private:
+    void activate();
+
+    std::function<void()> m_action;
     QDBusObjectPath m_menu;
     QList<DBusPixmap> m_icon;
     QString m_label;

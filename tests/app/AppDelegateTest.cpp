@@ -24,6 +24,8 @@ public:
         QImage image;
         StatusTitle title;
         QList<MenuItem> menu;
+        std::function<void()> action;
+        Panel *panel = nullptr;
     };
 
     explicit RecordingStatusItem(Record &record) : m_record(record) {}
@@ -53,10 +55,56 @@ public:
         log(QStringLiteral("menu"));
     }
 
+    void setAction(const std::function<void()> &action) override
+    {
+        m_record.action = action;
+        log(QStringLiteral("action"));
+    }
+
 private:
     void log(const QString &line) { m_record.log.append(line); }
 
     Record &m_record;
+};
+
+class RecordingPopover : public Popover
+{
+public:
+    explicit RecordingPopover(RecordingStatusItem::Record &record) : m_record(record) {}
+
+    void setContentSize(QSize points) override
+    {
+        log(QStringLiteral("popover %1x%2").arg(points.width()).arg(points.height()));
+    }
+    void setContentView(const QUrl &view, const QVariantMap &properties) override
+    {
+        m_record.panel = properties.value(QStringLiteral("panel")).value<Panel *>();
+        log(QStringLiteral("view ") + view.fileName());
+    }
+    void toggle() override { log(QStringLiteral("toggle")); }
+
+private:
+    void log(const QString &line) { m_record.log.append(line); }
+
+    RecordingStatusItem::Record &m_record;
+};
+
+class RecordingWorkspace : public Workspace
+{
+public:
+    explicit RecordingWorkspace(RecordingStatusItem::Record &record) : m_record(record) {}
+
+    void openUrl(const QUrl &url) override
+    {
+        m_record.log.append(QStringLiteral("open ") + url.toString());
+    }
+    void revealFolder(const QString &path) override
+    {
+        m_record.log.append(QStringLiteral("reveal ") + path);
+    }
+
+private:
+    RecordingStatusItem::Record &m_record;
 };
 
 class AppDelegateTest : public testing::Test
@@ -69,7 +117,7 @@ protected:
         QCoreApplication::processEvents();
     }
 
-    RecordingStatusItem::Record item;
+    RecordingStatusItem::Record item; // what each part of the desktop was told, in order
     QByteArray lsofOutput = "header\n";
 
 private:
@@ -82,7 +130,12 @@ private:
 
 protected:
     std::unique_ptr<AppDelegate> delegate = std::make_unique<AppDelegate>(
-        m_system, m_pool, [this] { return std::make_unique<RecordingStatusItem>(item); });
+        m_system, m_pool,
+        Desktop{[this] { return std::make_unique<RecordingStatusItem>(item); },
+                [this] { return std::make_unique<RecordingPopover>(item); },
+                [this] {
+                    return std::make_unique<RecordingWorkspace>(item);
+                }});
 };
 
 const QByteArray threeListeners = "header\n"
@@ -102,9 +155,11 @@ TEST_F(AppDelegateTest, showsTheIconAloneAtLaunch)
 {
     delegate->applicationDidFinishLaunching();
     EXPECT_EQ(item.log, QStringList({QStringLiteral("image 18x18"), QStringLiteral("title ''"),
-                                     QStringLiteral("menu"), QStringLiteral("image 18x18"),
-                                     QStringLiteral("title ''"),
-                                     QStringLiteral("tooltip 'Tidewick' 'No active services'")}));
+                                     QStringLiteral("action"), QStringLiteral("menu"),
+                                     QStringLiteral("popover 480x540"),
+                                     QStringLiteral("image 18x18"), QStringLiteral("title ''"),
+                                     QStringLiteral("tooltip 'Tidewick' 'No active services'"),
+                                     QStringLiteral("view ContentView.qml")}));
     EXPECT_FALSE(item.image.isNull());
 }
 
@@ -142,6 +197,29 @@ TEST_F(AppDelegateTest, menuQuitsTheApplication)
     EXPECT_EQ(item.menu[0].title, QStringLiteral("Quit Tidewick"));
     EXPECT_EQ(item.menu[0].keyEquivalent, QStringLiteral("q"));
     QTimer::singleShot(0, item.menu[0].action);
+    QTimer::singleShot(5000, [] { QCoreApplication::exit(1); });
+    EXPECT_EQ(QCoreApplication::exec(), 0);
+}
+
+TEST_F(AppDelegateTest, leftClickTogglesThePanelAndStartsNoRefresh)
+{
+    delegate->applicationDidFinishLaunching();
+    item.log.clear();
+    item.action();
+    EXPECT_EQ(item.log, QStringList(QStringLiteral("toggle")));
+}
+
+TEST_F(AppDelegateTest, panelOpensRevealsAndQuits)
+{
+    delegate->applicationDidFinishLaunching();
+    ASSERT_NE(item.panel, nullptr);
+    item.log.clear();
+    item.panel->openPort(QStringLiteral("3000"));
+    item.panel->openPort(QStringLiteral("99999999"));
+    item.panel->revealFolder(QStringLiteral("/srv/shop"));
+    EXPECT_EQ(item.log, QStringList({QStringLiteral("open http://localhost:3000"),
+                                     QStringLiteral("reveal /srv/shop")}));
+    QTimer::singleShot(0, item.panel, &Panel::quit);
     QTimer::singleShot(5000, [] { QCoreApplication::exit(1); });
     EXPECT_EQ(QCoreApplication::exec(), 0);
 }

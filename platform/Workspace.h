@@ -1,0 +1,29 @@
+#pragma once
+
+#include <QString>
+#include <QUrl>
+
+namespace tidewick
+{
+
+/// What the desktop does for the user on the program's behalf. Main thread only.
+class Workspace
+{
+public:
+    virtual ~Workspace() = default;
+
+    /// In the default browser.
+    virtual void openUrl(const QUrl &url) = 0;
+    /// In the file manager. A folder that is gone does nothing.
+    virtual void revealFolder(const QString &path) = 0;
+};
+
+/// The desktop the program runs on.
+class DesktopWorkspace : public Workspace
+{
+public:
+    void openUrl(const QUrl &url) override;
+    void revealFolder(const QString &path) override;
+};
+
+} // namespace tidewick

@@ -1,0 +1,100 @@
+#include "views/CardFacts.h"
+
+#include "views/Formats.h"
+#include "views/PortListModel.h"
+
+namespace tidewick
+{
+namespace
+{
+
+/// The last component of a path, a trailing "/" left aside; "/" for the root.
+QString lastComponent(const QString &path)
+{
+    const auto components = path.split(QLatin1Char('/'), Qt::SkipEmptyParts);
+    return components.isEmpty() ? path.left(1) : components.last();
+}
+
+CardFacts::Level level(double value, double raised, double high)
+{
+    if (value >= high)
+        return CardFacts::High;
+    return value >= raised ? CardFacts::Raised : CardFacts::Normal;
+}
+
+} // namespace
+
+void CardFacts::setRecord(const QVariant &record)
+{
+    if (record.metaType() != QMetaType::fromType<PortInfo>())
+        return;
+    m_variant = record;
+    m_record = *static_cast<const PortInfo *>(record.constData());
+    Q_EMIT recordChanged();
+}
+
+QString CardFacts::title() const
+{
+    const QString name = m_record.projectName();
+    return name.isEmpty() ? QStringLiteral("Local Server") : name;
+}
+
+QString CardFacts::framework() const
+{
+    return m_record.metadata.value(QStringLiteral("framework"));
+}
+
+QString CardFacts::memory() const
+{
+    return formatMemory(m_record.memoryUsage);
+}
+
+QString CardFacts::memoryFigure() const
+{
+    return m_record.memoryUsage > 0 ? memory() : QString();
+}
+
+CardFacts::Level CardFacts::memoryLevel() const
+{
+    return level(m_record.memoryUsage, 512, 2048);
+}
+
+QString CardFacts::cpuFigure() const
+{
+    return m_record.cpuUsage > 0.1 ? QString::asprintf("%.0f%% CPU", m_record.cpuUsage) : QString();
+}
+
+CardFacts::Level CardFacts::cpuLevel() const
+{
+    return level(m_record.cpuUsage, 30, 80);
+}
+
+QString CardFacts::uptime() const
+{
+    return formatUptime(m_record.startTime);
+}
+
+QString CardFacts::script() const
+{
+    return lastComponent(m_record.metadata.value(QStringLiteral("script")));
+}
+
+QString CardFacts::folder() const
+{
+    return lastComponent(m_record.workingDirectory);
+}
+
+QString CardFacts::sentence() const
+{
+    QStringList parts{title(),
+                      isLive() ? QStringLiteral("live on port %1").arg(m_record.port())
+                               : QStringLiteral("port %1").arg(m_record.port()),
+                      framework(),
+                      memoryFigure(),
+                      cpuFigure(),
+                      uptime()};
+    parts.removeAll(QString());
+    return parts.join(QStringLiteral(", "));
+}
+
+} // namespace tidewick

@@ -1,0 +1,212 @@
+import QtQuick
+import Tidewick
+
+// The whole panel: a header with the refresh control, the cards (or why there are none), and a
+// footer with the counts and Quit.
+FocusScope {
+    id: content
+
+    required property Panel panel
+    implicitWidth: 480
+    implicitHeight: 540
+
+    Colors {
+        id: colors
+    }
+
+    Rectangle {
+        anchors.fill: parent
+        color: "#1E1E20"
+    }
+
+    Item {
+        id: header
+
+        anchors {
+            left: parent.left
+            right: parent.right
+            top: parent.top
+            leftMargin: 18
+            rightMargin: 18
+        }
+        height: 44
+
+        Row {
+            anchors.verticalCenter: parent.verticalCenter
+            spacing: 8
+
+            PlainText {
+                text: "Tidewick"
+                font.pixelSize: 14
+                font.weight: Font.DemiBold
+            }
+
+            PlainText {
+                anchors.verticalCenter: parent.verticalCenter
+                leftPadding: 4
+                rightPadding: 4
+                text: "—"
+                color: colors.white(0.3)
+                font.pixelSize: 12
+            }
+
+            PlainText {
+                anchors.verticalCenter: parent.verticalCenter
+                text: "Let me kill your LocalHost"
+                color: colors.white(0.5)
+                font.pixelSize: 12
+            }
+        }
+
+        PlainButton {
+            id: refresh
+
+            objectName: "refresh"
+            anchors {
+                right: parent.right
+                verticalCenter: parent.verticalCenter
+            }
+            padding: 4
+            help: "Refresh"
+            enabled: !content.panel.isLoading
+            onClicked: content.panel.refresh()
+
+            contentItem: Symbol {
+                name: "arrow.clockwise"
+                size: 13
+                color: colors.white(0.7)
+
+                RotationAnimation on rotation {
+                    running: content.panel.isLoading && content.visible
+                    loops: Animation.Infinite
+                    from: 0
+                    to: 360
+                    duration: 800
+                    alwaysRunToEnd: true
+                }
+            }
+        }
+    }
+
+    Rectangle {
+        id: headerLine
+
+        anchors.top: header.bottom
+        width: parent.width
+        height: 1
+        color: colors.white(0.1)
+    }
+
+    Item {
+        id: body
+
+        anchors {
+            left: parent.left
+            right: parent.right
+            top: headerLine.bottom
+            bottom: footerLine.top
+        }
+
+        LoadingView {
+            objectName: "loading"
+            anchors.fill: parent
+            visible: content.panel.isLoading && content.panel.runningCount === 0
+        }
+
+        EmptyStateView {
+            objectName: "empty"
+            anchors.fill: parent
+            visible: !content.panel.isLoading && content.panel.runningCount === 0
+        }
+
+        CardList {
+            objectName: "cards"
+            anchors.fill: parent
+            visible: content.panel.runningCount > 0
+            panel: content.panel
+        }
+    }
+
+    Rectangle {
+        id: footerLine
+
+        anchors.bottom: footer.top
+        width: parent.width
+        height: 1
+        color: colors.white(0.1)
+    }
+
+    Item {
+        id: footer
+
+        anchors {
+            left: parent.left
+            right: parent.right
+            bottom: parent.bottom
+            leftMargin: 18
+            rightMargin: 18
+        }
+        height: 36
+
+        Row {
+            anchors.verticalCenter: parent.verticalCenter
+            spacing: 8
+
+            Row {
+                anchors.verticalCenter: parent.verticalCenter
+                spacing: 5
+                visible: content.panel.liveCount > 0
+
+                Rectangle {
+                    anchors.verticalCenter: parent.verticalCenter
+                    width: 7
+                    height: 7
+                    radius: 3.5
+                    color: colors.green
+                }
+
+                PlainText {
+                    objectName: "live"
+                    text: content.panel.liveCount + " live"
+                    color: colors.green
+                    font.pixelSize: 12
+                    font.weight: Font.Medium
+                }
+            }
+
+            PlainText {
+                objectName: "running"
+                text: content.panel.runningCount + " running"
+                color: colors.white(0.45)
+                font.pixelSize: 12
+            }
+        }
+
+        PlainButton {
+            objectName: "quit"
+            anchors {
+                right: parent.right
+                verticalCenter: parent.verticalCenter
+            }
+            leftPadding: 10
+            rightPadding: 10
+            topPadding: 4
+            bottomPadding: 4
+            text: "Quit"
+            help: text
+            onClicked: content.panel.quit()
+
+            background: Rectangle {
+                radius: 6
+                color: colors.white(0.1)
+            }
+            contentItem: PlainText {
+                text: "Quit"
+                color: colors.white(0.7)
+                font.pixelSize: 12
+                font.weight: Font.Medium
+                Accessible.ignored: true
+            }
+        }
+    }
+}

@@ -1,0 +1,25 @@
+import QtQuick
+import Tidewick
+
+// What the panel shows during a scan that has nothing yet to show.
+Item {
+    Colors {
+        id: colors
+    }
+
+    Column {
+        anchors.centerIn: parent
+        spacing: 20
+
+        Spinner {
+            anchors.horizontalCenter: parent.horizontalCenter
+            scale: 1.3
+        }
+
+        PlainText {
+            text: "Scanning for local services..."
+            color: colors.white(0.5)
+            font.pixelSize: 14
+        }
+    }
+}

@@ -1,0 +1,39 @@
+#pragma once
+
+#include <QColor>
+#include <QQuickPaintedItem>
+#include <QString>
+#include <QtQmlIntegration>
+
+namespace tidewick
+{
+
+/// One of our own symbols, drawn in `color` and as sharp as the screen allows. A name that does not
+/// exist draws nothing.
+class Symbol : public QQuickPaintedItem
+{
+    Q_OBJECT
+    QML_ELEMENT
+    Q_PROPERTY(QString name MEMBER m_name NOTIFY nameChanged)
+    Q_PROPERTY(QColor color MEMBER m_color NOTIFY colorChanged)
+    /// Width and height, in points.
+    Q_PROPERTY(qreal size READ size WRITE setSize NOTIFY sizeChanged)
+
+public:
+    explicit Symbol(QQuickItem *parent = nullptr);
+
+    qreal size() const { return implicitWidth(); }
+    void setSize(qreal size);
+    void paint(QPainter *painter) override;
+
+Q_SIGNALS:
+    void nameChanged();
+    void colorChanged();
+    void sizeChanged();
+
+private:
+    QString m_name;
+    QColor m_color = Qt::white;
+};
+
+} // namespace tidewick
