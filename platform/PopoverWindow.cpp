@@ -22,10 +22,9 @@ QPoint placeNear(QPoint pointer, QSize size, QRect available)
     const bool isBelow = pointer.y() < available.center().y();
     const int y = isBelow ? std::max(pointer.y(), available.top()) + barGap
                           : std::min(pointer.y(), available.bottom()) - size.height() - barGap;
-    return {std::clamp(x, available.left(),
-                       std::max(available.left(), available.right() - size.width())),
-            std::clamp(y, available.top(),
-                       std::max(available.top(), available.bottom() - size.height()))};
+    const QSize room = available.size() - size;
+    return {std::clamp(x, available.left(), available.left() + std::max(0, room.width())),
+            std::clamp(y, available.top(), available.top() + std::max(0, room.height()))};
 }
 
 } // namespace

@@ -13,6 +13,7 @@ T.AbstractButton {
     implicitHeight: contentItem.implicitHeight + topPadding + bottomPadding
     focusPolicy: Qt.StrongFocus
     hoverEnabled: true
+    Accessible.role: Accessible.Button
     Accessible.name: help
     Accessible.onPressAction: clicked()
     Keys.onReturnPressed: clicked()

@@ -78,6 +78,57 @@ class StatusItemTest(unittest.TestCase):
         subprocess.run(["xdotool", "key", "Down", "Return"], check=True)
         self.assertEqual(program.wait(timeout=3), 0)
 
+    def visible_panels(self):
+        """The X windows called Tidewick that are on the screen."""
+        found = subprocess.run(["xdotool", "search", "--onlyvisible", "--name", "^Tidewick$"],
+                               capture_output=True, text=True, check=False)
+        return found.stdout.split()
+
+    def click(self, x, y):
+        subprocess.run(["xdotool", "mousemove", str(x), str(y), "click", "1"], check=True)
+
+    def open_panel(self):
+        x, y = self.place_of_icon()
+        self.click(x, y)
+        desktop.wait_until(self.visible_panels, 3, "the panel")
+        geometry = subprocess.run(
+            ["xdotool", "getwindowgeometry", "--shell", self.visible_panels()[0]],
+            capture_output=True, text=True, check=True).stdout
+        values = dict(line.split("=") for line in geometry.split())
+        self.assertEqual((values["WIDTH"], values["HEIGHT"]), ("480", "540"))
+        return int(values["X"]), int(values["Y"])
+
+    def test_click_drops_the_panel_below_the_icon_and_escape_closes_it(self):
+        self.launch()
+        x, y = self.open_panel()
+        self.assertTrue(30 <= y <= 60, y)
+        self.assertEqual(x + 480, 1280)
+        desktop.screenshot("panel-empty")
+        subprocess.run(["xdotool", "key", "Escape"], check=True)
+        desktop.wait_until(lambda: not self.visible_panels(), 3, "the end of the panel")
+
+    def test_second_click_on_the_icon_closes_the_panel(self):
+        self.launch()
+        icon = self.place_of_icon()
+        self.open_panel()
+        self.click(*icon)
+        desktop.wait_until(lambda: not self.visible_panels(), 3, "the end of the panel")
+
+    def test_kill_pressed_twice_ends_the_real_process(self):
+        server = self.serve()
+        self.launch()
+        item = desktop.StatusItem()
+        desktop.wait_until(lambda: item.count() == 1, 6, "the listener")
+        left, top = self.open_panel()
+        desktop.screenshot("panel-list")
+        stop = (left + 480 - 37, top + 45 + 12 + 16 + 16)
+        self.click(*stop)
+        desktop.screenshot("panel-confirming")
+        self.assertIsNone(server.poll())
+        subprocess.run(["xdotool", "key", "Return"], check=True)  # the focus is on "Kill port"
+        self.assertEqual(server.wait(timeout=3), -signal.SIGKILL)
+        desktop.wait_until(lambda: item.count() == 0, 1, "the row's end")
+
     def test_second_start_makes_no_second_icon(self):
         first = self.launch()
         item = desktop.StatusItem()

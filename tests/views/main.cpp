@@ -1,10 +1,142 @@
+#include "scan/ToolTable.h"
+#include "tests/support/RecordingHttpClient.h"
+#include "tests/support/RecordingToolRunner.h"
+#include "views/Panel.h"
+
+#include <QJSValue>
 #include <QQmlEngine>
 #include <QQmlExtensionPlugin>
+#include <QThreadPool>
 #include <QtQuickTest>
 
 Q_IMPORT_QML_PLUGIN(TidewickPlugin)
 
-// The views come from the program's own resources.
+using namespace tidewick;
+
+/// A panel over a machine that the test makes up, and what the panel asked for.
+class Machine : public QObject
+{
+    Q_OBJECT
+    Q_PROPERTY(tidewick::Panel *panel READ panel CONSTANT)
+    Q_PROPERTY(QStringList log READ log NOTIFY logChanged)
+
+public:
+    Machine()
+    {
+        connect(&m_panel, &Panel::openRequested, this,
+                [this](const QUrl &url) { write(QStringLiteral("open ") + url.toString()); });
+        connect(&m_panel, &Panel::revealRequested, this,
+                [this](const QString &path) { write(QStringLiteral("reveal ") + path); });
+        connect(&m_panel, &Panel::quitRequested, this, [this] { write(QStringLiteral("quit")); });
+    }
+
+    Panel *panel() { return &m_panel; }
+    QStringList log() const { return m_log; }
+
+    /// Lets the next scans find these listeners, each with port, pid and what ps and lsof print:
+    /// command, figures, elapsed, folder; `live` ones answer HTTP.
+    Q_INVOKABLE void listen(const QVariantList &listeners)
+    {
+        const std::lock_guard lock(m_mutex);
+        m_listeners = listeners;
+    }
+
+    /// How /bin/kill ends from now on, and after how long.
+    Q_INVOKABLE void setKill(int status, int milliseconds)
+    {
+        m_killStatus = status;
+        m_killMilliseconds = milliseconds;
+    }
+    /// Holds back every scan, or lets them go on.
+    Q_INVOKABLE void setSlow(bool isSlow) { m_isSlow = isSlow; }
+    Q_INVOKABLE void clearLog() { m_log.clear(); }
+
+Q_SIGNALS:
+    void logChanged();
+
+private:
+    void write(const QString &line)
+    {
+        m_log.append(line);
+        Q_EMIT logChanged();
+    }
+
+    ToolResult run(const RecordingToolRunner::Call &call, const std::stop_token &stop)
+    {
+        const QString first = call.arguments.first();
+        if (first == QStringLiteral("-9")) {
+            QThread::msleep(static_cast<unsigned long>(m_killMilliseconds));
+            QMetaObject::invokeMethod(
+                this, [this, call] { write(QStringLiteral("kill ") + call.arguments.last()); });
+            return {{}, m_killStatus};
+        }
+        while (m_isSlow && !stop.stop_requested())
+            QThread::msleep(1);
+        const std::lock_guard lock(m_mutex);
+        return {first == QStringLiteral("-i") ? sockets() : answer(call), 0};
+    }
+
+    QByteArray sockets() const
+    {
+        QString lines = QStringLiteral("header\n");
+        for (const QVariant &listener : m_listeners) {
+            const QVariantMap map = listener.toMap();
+            lines += QStringLiteral("node %1 a 3u IPv4 0x1 0t0 TCP *:%2 (LISTEN)\n")
+                         .arg(map.value(QStringLiteral("pid")).toString())
+                         .arg(map.value(QStringLiteral("port")).toInt());
+        }
+        return lines.toUtf8();
+    }
+
+    QByteArray answer(const RecordingToolRunner::Call &call) const
+    {
+        static const QHash<QString, QString> keys{
+            {QStringLiteral("command="), QStringLiteral("command")},
+            {QStringLiteral("rss=,%cpu="), QStringLiteral("figures")},
+            {QStringLiteral("etime="), QStringLiteral("elapsed")}};
+        for (const QVariant &listener : m_listeners) {
+            const QVariantMap map = listener.toMap();
+            if (map.value(QStringLiteral("pid")).toString() != call.arguments[1])
+                continue;
+            if (keys.contains(call.arguments.last()))
+                return map.value(keys.value(call.arguments.last())).toByteArray();
+            const QByteArray folder = map.value(QStringLiteral("folder")).toByteArray();
+            return folder.isEmpty() ? QByteArray() : "p1\nfcwd\nn" + folder + '\n';
+        }
+        return {};
+    }
+
+    HttpOutcome answerHttp(const HttpRequest &request)
+    {
+        const std::lock_guard lock(m_mutex);
+        for (const QVariant &listener : m_listeners) {
+            const QVariantMap map = listener.toMap();
+            if (request.url.endsWith(map.value(QStringLiteral("port")).toString()) &&
+                map.value(QStringLiteral("live")).toBool()) {
+                HttpResponse response;
+                response.status = 200;
+                return response;
+            }
+        }
+        return HttpError{HttpError::cannotConnect};
+    }
+
+    std::mutex m_mutex;
+    QVariantList m_listeners;
+    std::atomic<int> m_killStatus = 0;
+    std::atomic<int> m_killMilliseconds = 0;
+    std::atomic<bool> m_isSlow = false;
+    QStringList m_log;
+    QThreadPool m_pool;
+    AppState m_state{{std::make_shared<RecordingToolRunner>(
+                          [this](const auto &call, const auto &stop) { return run(call, stop); }),
+                      ToolTable::stock(),
+                      std::make_shared<RecordingHttpClient>(
+                          [this](const auto &request) { return answerHttp(request); })},
+                     m_pool};
+    Panel m_panel{m_state};
+};
+
 class Setup : public QObject
 {
     Q_OBJECT
@@ -12,7 +144,9 @@ class Setup : public QObject
 public Q_SLOTS:
     void qmlEngineAvailable(QQmlEngine *engine)
     {
+        // The views come from the program's own resources.
         engine->addImportPath(QStringLiteral("qrc:/qt/qml"));
+        qmlRegisterType<Machine>("TidewickTest", 1, 0, "Machine");
     }
 };
 

@@ -1,0 +1,260 @@
+import QtQuick
+import QtTest
+import Tidewick
+import TidewickTest
+
+TestCase {
+    id: test
+
+    name: "ContentView"
+    width: 480
+    height: 540
+    visible: true
+    when: windowShown
+
+    property Machine machine
+    property ContentView view
+
+    readonly property var shop: ({
+            port: 3000,
+            pid: "812",
+            command: "node node_modules/.bin/vite server.js",
+            figures: "614400 45.0",
+            elapsed: "02:05:00",
+            folder: "/srv/<b>shop",
+            live: true
+        })
+    readonly property var api: ({
+            port: 7000,
+            pid: "99",
+            command: "node x",
+            figures: "0 0.1",
+            elapsed: "",
+            folder: ""
+        })
+
+    Component {
+        id: machineComponent
+
+        Machine {}
+    }
+
+    Component {
+        id: viewComponent
+
+        ContentView {
+            width: 480
+            height: 540
+        }
+    }
+
+    function init() {
+        machine = machineComponent.createObject(test);
+        machine.setKill(0, 0);
+    }
+
+    function cleanup() {
+        machine.setSlow(false);
+        view.destroy();
+        machine.destroy();
+        wait(0);
+    }
+
+    function show(listeners) {
+        machine.listen(listeners);
+        view = viewComponent.createObject(test, {
+            panel: machine.panel
+        });
+        tryCompare(machine.panel, "runningCount", listeners.length);
+        tryCompare(machine.panel, "isLoading", false);
+        if (listeners.length > 0)
+            tryVerify(() => card(listeners.length - 1) !== null);
+    }
+
+    function card(row) {
+        return findChild(view, "cards").itemAtIndex(row);
+    }
+
+    function press(row, name) {
+        const button = findChild(card(row), name);
+        verify(button.visible, name);
+        mouseClick(button);
+    }
+
+    function test_scanningShowsOnlyWithNothingToShow() {
+        machine.setSlow(true);
+        view = viewComponent.createObject(test, {
+            panel: machine.panel
+        });
+        tryVerify(() => findChild(view, "loading").visible);
+        verify(!findChild(view, "empty").visible);
+        verify(!findChild(view, "refresh").enabled);
+        machine.setSlow(false);
+        tryVerify(() => findChild(view, "empty").visible);
+        verify(!findChild(view, "loading").visible);
+        verify(findChild(view, "refresh").enabled);
+    }
+
+    function test_loadingKeepsTheCards() {
+        show([api]);
+        machine.setSlow(true);
+        mouseClick(findChild(view, "refresh"));
+        tryCompare(machine.panel, "isLoading", true);
+        verify(findChild(view, "cards").visible);
+        verify(!findChild(view, "loading").visible);
+    }
+
+    function test_counts() {
+        show([shop, api]);
+        compare(findChild(view, "running").text, "2 running");
+        compare(findChild(view, "live").text, "1 live");
+        verify(findChild(view, "live").visible);
+    }
+
+    function test_noLiveCountWhereNothingAnswers() {
+        show([api]);
+        verify(!findChild(view, "live").visible);
+    }
+
+    function test_quit() {
+        show([]);
+        mouseClick(findChild(view, "quit"));
+        compare(machine.log, ["quit"]);
+    }
+
+    function test_cardOfAListenerThatAnswers() {
+        show([shop]);
+        const texts = {
+            title: "<b>shop",
+            port: "3000",
+            framework: "Vite",
+            memory: "600 MB",
+            cpu: "45% CPU",
+            uptime: "2h 5m"
+        };
+        for (const name in texts)
+            compare(findChild(card(0), name).text, texts[name], name);
+        compare(findChild(card(0), "title").textFormat, Text.PlainText);
+        verify(findChild(card(0), "open").visible);
+    }
+
+    function test_cardOfAListenerThatDoesNot() {
+        show([api]);
+        for (const name of ["framework", "memory", "cpu", "uptime"])
+            verify(!findChild(card(0), name).visible, name);
+        verify(!findChild(card(0), "open").visible);
+        compare(findChild(card(0), "title").text, "Node App");
+    }
+
+    function test_openAndReveal() {
+        show([shop]);
+        press(0, "open");
+        press(0, "expand");
+        tryVerify(() => findChild(card(0), "reveal").visible && findChild(card(0), "reveal").width > 0);
+        wait(500);
+        press(0, "reveal");
+        compare(machine.log, ["open http://localhost:3000", "reveal /srv/<b>shop"]);
+    }
+
+    function test_oneCardAtMostIsExpanded() {
+        show([shop, api]);
+        press(0, "expand");
+        verify(card(0).isExpanded);
+        press(1, "expand");
+        verify(card(1).isExpanded && !card(0).isExpanded);
+        press(1, "expand");
+        verify(!card(1).isExpanded);
+    }
+
+    function test_tapOnTheCardExpandsIt() {
+        show([shop]);
+        mouseClick(card(0), 150, 30);
+        verify(card(0).isExpanded);
+    }
+
+    function test_singlePressKillsNothingAndIsWithdrawnAfterThreeSeconds() {
+        show([shop]);
+        press(0, "stop");
+        verify(findChild(card(0), "confirmation").visible);
+        verify(!findChild(card(0), "open").visible);
+        wait(2500);
+        verify(findChild(card(0), "confirmation").visible);
+        tryVerify(() => !findChild(card(0), "confirmation").visible, 1500);
+        compare(machine.log, []);
+    }
+
+    function test_refreshKeepsConfirmationAndExpansion() {
+        show([shop]);
+        const before = card(0);
+        press(0, "expand");
+        press(0, "stop");
+        machine.listen([shop, api]);
+        machine.panel.refresh();
+        tryCompare(machine.panel, "runningCount", 2);
+        verify(card(0) === before);
+        verify(card(0).isExpanded && card(0).showKillConfirmation);
+    }
+
+    function test_cancelWithdraws() {
+        show([shop]);
+        press(0, "stop");
+        press(0, "cancel");
+        verify(!findChild(card(0), "confirmation").visible);
+        compare(machine.log, []);
+    }
+
+    function test_escapeWithdraws() {
+        show([shop]);
+        press(0, "stop");
+        keyClick(Qt.Key_Escape);
+        verify(!card(0).showKillConfirmation);
+    }
+
+    function test_confirmedKillEndsTheProcess() {
+        show([shop, api]);
+        machine.setKill(0, 50);
+        press(0, "stop");
+        press(0, "confirm");
+        tryCompare(machine, "log", ["kill 812"]);
+        compare(machine.panel.runningCount, 1);
+        tryCompare(machine.panel, "killingPid", "");
+    }
+
+    function test_failedKillBringsTheCardBack() {
+        show([shop]);
+        machine.setKill(1, 50);
+        press(0, "stop");
+        press(0, "confirm");
+        compare(machine.panel.killingPid, "812");
+        tryCompare(machine, "log", ["kill 812"]);
+        tryCompare(machine.panel, "killingPid", "");
+        tryCompare(machine.panel, "runningCount", 1);
+    }
+
+    function test_everyControlHasARoleAndAName() {
+        show([shop]);
+        const names = {
+            open: "View in browser",
+            expand: "Show details",
+            stop: "Stop service",
+            cancel: "Cancel",
+            confirm: "Kill port"
+        };
+        for (const name in names) {
+            compare(findChild(card(0), name).Accessible.name, names[name]);
+            compare(findChild(card(0), name).Accessible.role, Accessible.Button);
+        }
+        compare(findChild(view, "refresh").Accessible.name, "Refresh");
+        compare(card(0).Accessible.name, "<b>shop, live on port 3000, Vite, 600 MB, 45% CPU, 2h 5m");
+    }
+
+    function test_keyboardReachesAndPressesTheControls() {
+        show([shop]);
+        findChild(card(0), "stop").forceActiveFocus(Qt.TabFocusReason);
+        keyClick(Qt.Key_Space);
+        verify(card(0).showKillConfirmation);
+        verify(findChild(card(0), "confirm").activeFocus);
+        keyClick(Qt.Key_Return);
+        tryCompare(machine, "log", ["kill 812"]);
+    }
+}
