@@ -73,17 +73,22 @@ int TidewickApp::run()
         break;
     case InstanceClaim::another:
         return EXIT_SUCCESS;
+    case InstanceClaim::refused:
+        std::fputs("tidewick: the session bus refuses the name org.tidewick.Tidewick, so a second "
+                   "start will not notice this one\n",
+                   stderr);
+        break;
     case InstanceClaim::noBus:
         std::fputs("tidewick: no session bus, hence no status item\n", stderr);
         break;
     }
 
+    const TerminationSignals termination; // to the very end: a second signal changes nothing
     QThreadPool pool;
     pool.setMaxThreadCount(poolWidth);
     int status = EXIT_SUCCESS;
     {
         AppDelegate delegate(realSystem(), pool, realDesktop());
-        const TerminationSignals termination;
         QObject::connect(&termination, &TerminationSignals::received, &delegate,
                          &AppDelegate::quitApp);
         delegate.applicationDidFinishLaunching();

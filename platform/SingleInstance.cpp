@@ -1,6 +1,7 @@
 #include "platform/SingleInstance.h"
 
 #include <QDBusConnection>
+#include <QDBusConnectionInterface>
 
 namespace tidewick
 {
@@ -10,8 +11,11 @@ InstanceClaim claimSingleInstance()
     QDBusConnection bus = QDBusConnection::sessionBus();
     if (!bus.isConnected())
         return InstanceClaim::noBus;
-    return bus.registerService(QStringLiteral("org.tidewick.Tidewick")) ? InstanceClaim::first
-                                                                        : InstanceClaim::another;
+    const QString name = QStringLiteral("org.tidewick.Tidewick");
+    if (bus.registerService(name))
+        return InstanceClaim::first;
+    return bus.interface()->isServiceRegistered(name) ? InstanceClaim::another
+                                                      : InstanceClaim::refused;
 }
 
 } // namespace tidewick

@@ -26,13 +26,17 @@ void wakeMainThread(int /*signalNumber*/)
     errno = savedError;
 }
 
-void installHandlers(void (*handler)(int))
+void setHandlers(void (*handler)(int))
 {
     struct sigaction action = {};
     action.sa_handler = handler;
     action.sa_flags = SA_RESTART;
-    for (const int number : signalNumbers)
-        sigaction(number, &action, nullptr);
+    for (const int number : signalNumbers) {
+        struct sigaction current = {};
+        sigaction(number, nullptr, &current);
+        if (current.sa_handler != SIG_IGN)
+            sigaction(number, &action, nullptr);
+    }
 }
 
 } // namespace
@@ -46,12 +50,12 @@ TerminationSignals::TerminationSignals(QObject *parent) : QObject(parent)
         eventfd_read(wakeDescriptor, &count);
         Q_EMIT received();
     });
-    installHandlers(wakeMainThread);
+    setHandlers(wakeMainThread);
 }
 
 TerminationSignals::~TerminationSignals()
 {
-    installHandlers(SIG_DFL);
+    setHandlers(SIG_DFL);
     close(wakeDescriptor);
 }
 

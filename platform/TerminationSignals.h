@@ -6,7 +6,8 @@ namespace tidewick
 {
 
 /// Turns SIGINT, SIGTERM and SIGHUP into `received` on the main thread, for as long as this object
-/// lives. One object at a time.
+/// lives; a signal that the program was told to ignore (nohup(1)) stays ignored. One object at a
+/// time.
 class TerminationSignals : public QObject
 {
     Q_OBJECT

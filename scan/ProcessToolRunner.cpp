@@ -1,9 +1,10 @@
 #include "scan/ProcessToolRunner.h"
 
 #include <QProcess>
-#include <QProcessEnvironment>
 
+#include <cerrno>
 #include <csignal>
+#include <cstdlib>
 #include <sys/prctl.h>
 #include <sys/syscall.h>
 #include <unistd.h>
@@ -29,6 +30,7 @@ public:
     }
     Q_DISABLE_COPY_MOVE(ChildHandle)
 
+    bool isValid() const { return m_descriptor >= 0; }
     void kill() const { syscall(SYS_pidfd_send_signal, m_descriptor, SIGKILL, nullptr, 0U); }
 
 private:
@@ -42,15 +44,23 @@ ToolResult ProcessToolRunner::run(const QString &program, const QStringList &arg
 {
     QProcess child;
     child.setStandardInputFile(QProcess::nullDevice());
-    // With an environment of its own QProcess starts the program by execve, which never hands a
-    // text file to a shell as execvp does.
-    child.setProcessEnvironment(QProcessEnvironment::systemEnvironment());
-    child.setChildProcessModifier([] { prctl(PR_SET_PDEATHSIG, SIGKILL); });
+    child.setChildProcessModifier([parent = getpid()] {
+        prctl(PR_SET_PDEATHSIG, SIGKILL);
+        if (getppid() != parent)
+            _exit(EXIT_FAILURE);
+    });
     child.start(program, arguments, QIODevice::ReadOnly);
     if (!child.waitForStarted(-1))
         throw ToolStartError(program + QStringLiteral(": ") + child.errorString());
 
+    child.closeReadChannel(QProcess::StandardError); // drained from here on, and thrown away
     const ChildHandle handle(child.processId());
+    if (!handle.isValid()) {
+        const int reason = errno;
+        child.kill();
+        child.waitForFinished(-1);
+        throw ToolStartError(program + QStringLiteral(": ") + qt_error_string(reason));
+    }
     const std::stop_callback killWhenStopped(stop, [&handle] { handle.kill(); });
     child.waitForFinished(-1);
     const bool exited = child.exitStatus() == QProcess::NormalExit;

@@ -5,8 +5,9 @@
 namespace tidewick
 {
 
-/// Runs tools as real child processes. No child outlives the program: each is killed when its
-/// stop is requested, and by the kernel should the program die without a word.
+/// Runs tools as real child processes. No tool outlives the program: each is killed when its stop
+/// is requested, and by the kernel should the program die without a word. What a tool itself
+/// started is the tool's to end.
 class ProcessToolRunner : public ToolRunner
 {
 public:

@@ -20,8 +20,8 @@ struct ToolTable
     static ToolTable suppliedOverStock(const QString &folder);
 };
 
-/// The first of `candidates` that is an executable file, else the last one: starting that one
-/// then fails with the system's reason.
+/// The first of `candidates`, which are not empty, that is an executable file, else the last one:
+/// starting that one then fails with the system's reason.
 QString presentTool(const QStringList &candidates);
 
 } // namespace tidewick

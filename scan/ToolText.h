@@ -10,7 +10,7 @@
 namespace tidewick
 {
 
-/// Strict UTF-8 (RFC 3629): nothing where a single byte is out of place.
+/// Strict UTF-8 (RFC 3629): nothing where a single byte is out of place. A byte order mark is text.
 std::optional<QString> decodeUtf8(const QByteArray &bytes);
 
 /// The lines of `text`. Each of LF, VT, FF, CR, NEL, LS and PS ends a line by itself, so that CR

@@ -102,7 +102,8 @@ QCoro::Task<> AppState::loadRunningPorts()
 
 QFuture<ScanOutcome> AppState::startScan()
 {
-    if (m_latestScan && !m_latestScan->hasBegun)
+    const bool poolIsFull = m_pool.activeThreadCount() >= m_pool.maxThreadCount();
+    if (poolIsFull && m_latestScan && !m_latestScan->hasBegun)
         return m_latestScan->ending;
     m_latestScan = std::make_shared<Scan>();
     m_latestScan->ending = QtConcurrent::run(
@@ -150,6 +151,7 @@ void AppState::removeRows(const QString &pid)
 void AppState::startAutoRefresh()
 {
     m_refreshTimer = std::make_unique<QTimer>();
+    m_refreshTimer->setTimerType(Qt::PreciseTimer);
     m_refreshTimer->callOnTimeout(this, &AppState::refreshPorts);
     m_refreshTimer->start(refreshInterval);
 }

@@ -111,8 +111,8 @@ private:
         QFuture<ScanOutcome> ending;
     };
 
-    /// Hands a scan to the pool. Where one still waits there it serves this request too: it will
-    /// see nothing older. So a pool full of slow scans is never given more than one to keep.
+    /// Hands a scan to the pool. Where the pool is full and a scan waits there already, that one
+    /// serves this request too: it will see nothing older. So slow scans never queue up.
     QFuture<ScanOutcome> startScan();
 
     /// Takes the rows of `pid` from the list, in one change.

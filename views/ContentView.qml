@@ -77,7 +77,7 @@ FocusScope {
                 color: colors.white(0.7)
 
                 RotationAnimation on rotation {
-                    running: content.panel.isLoading && content.visible
+                    running: content.panel.isLoading && content.Window.visibility !== Window.Hidden
                     loops: Animation.Infinite
                     from: 0
                     to: 360

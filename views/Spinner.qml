@@ -3,13 +3,15 @@ import Tidewick
 
 // A spinning progress indicator.
 Symbol {
+    id: spinner
+
     name: "spinner"
     size: 32
     Accessible.role: Accessible.Indicator
     Accessible.name: "In progress"
 
     RotationAnimation on rotation {
-        running: visible
+        running: spinner.visible && spinner.Window.visibility !== Window.Hidden
         loops: Animation.Infinite
         from: 0
         to: 360

@@ -84,6 +84,13 @@ def call(destination, path, method, *arguments):
     return result.stdout.strip() if result.returncode == 0 else None
 
 
+def owner(name):
+    """The unique name of who owns `name` on the session bus; None where nobody does."""
+    text = call("org.freedesktop.DBus", "/org/freedesktop/DBus",
+                "org.freedesktop.DBus.GetNameOwner", name)
+    return text and text.split("'")[1]
+
+
 def registered_items():
     """The status items that the tray knows, each as (bus name, object path)."""
     text = call("org.kde.StatusNotifierWatcher", "/StatusNotifierWatcher",
@@ -117,6 +124,15 @@ class StatusItem:
             return None
         running = re.match(r"(\d+) running", tip[1])
         return int(running[1]) if running else 0
+
+    def count_after_a_scan(self):
+        """The number once it has held still for longer than a refresh of nothing takes."""
+        last, since = self.count(), time.monotonic()
+        while time.monotonic() - since < 1.5:
+            time.sleep(0.05)
+            if self.count() != last:
+                last, since = self.count(), time.monotonic()
+        return last
 
     def menu_labels(self):
         """The menu's entries in order, as {title: id}."""

@@ -34,8 +34,7 @@ class StatusItemTest(unittest.TestCase):
     def test_number_follows_the_servers(self):
         self.launch()
         item = desktop.StatusItem()
-        time.sleep(1)  # the first scan
-        before = item.count()
+        before = item.count_after_a_scan()
         servers = [self.serve() for _ in range(3)]
         desktop.wait_until(lambda: item.count() == before + 3, 6, "three more listeners")
         self.assertEqual(item.tool_tip()[0], "Tidewick")
@@ -137,6 +136,17 @@ class StatusItemTest(unittest.TestCase):
         self.assertEqual(second.stderr.read(), "")
         self.assertEqual(desktop.registered_items(), [(item.name, item.path)])
         self.assertIsNone(first.poll())
+
+    def test_icon_comes_back_with_a_restarted_tray(self):
+        self.launch()
+        desktop.StatusItem()
+        watcher = desktop.owner("org.kde.StatusNotifierWatcher")
+        subprocess.run(["xfce4-panel", "--restart"], check=True)
+        desktop.wait_until(
+            lambda: desktop.owner("org.kde.StatusNotifierWatcher") not in (None, watcher), 10,
+            "another tray")
+        desktop.wait_until(desktop.registered_items, 5, "the item in it")
+        self.place_of_icon()
 
     def test_signals_end_it_cleanly(self):
         for number in (signal.SIGINT, signal.SIGTERM, signal.SIGHUP):

@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include <map>
+#include <vector>
 
 using namespace tidewick;
 
@@ -123,6 +124,82 @@ INSTANTIATE_TEST_SUITE_P(
                     "docker-node",
                     "node vite.js",
                     {{"framework", "Vite"}, {"script", "vite.js"}, {"container", "Docker"}}},
+        MetadataRow{"suffixInsideATokenIsNoScript",
+                    "node",
+                    "node package.json server.js",
+                    {{"script", "server.js"}}},
+        MetadataRow{"dockerInTheCommandLineIsNoContainer",
+                    "node",
+                    "node docker.js",
+                    {{"script", "docker.js"}}},
         MetadataRow{"unknown", "nginx", "nginx: master process", {}},
         MetadataRow{"empty", "", "", {}}),
     rowName);
+
+/// The keywords of one runtime, in the order in which they count.
+struct OrderRow
+{
+    const char *name;
+    const char *command;
+    std::vector<std::pair<const char *, const char *>> keywords; // and their frameworks
+};
+
+class FrameworkOrder : public testing::TestWithParam<OrderRow>
+{
+};
+
+TEST_P(FrameworkOrder, earlierRuleWinsOverEachLaterOne)
+{
+    const auto &keywords = GetParam().keywords;
+    for (std::size_t first = 0; first < keywords.size(); ++first) {
+        for (std::size_t second = first; second < keywords.size(); ++second) {
+            const QString from =
+                QStringLiteral("%1 %2").arg(QString::fromUtf8(keywords[second].first),
+                                            QString::fromUtf8(keywords[first].first));
+            EXPECT_EQ(extractMetadata(from, QString::fromUtf8(GetParam().command))
+                          .value(QStringLiteral("framework")),
+                      QString::fromUtf8(keywords[first].second))
+                << from.toStdString();
+        }
+    }
+}
+
+INSTANTIATE_TEST_SUITE_P(Rows, FrameworkOrder,
+                         testing::Values(OrderRow{"node",
+                                                  "node",
+                                                  {{"next dev", "Next.js"},
+                                                   {"react-scripts", "React"},
+                                                   {"vite", "Vite"},
+                                                   {"nuxt", "Nuxt"},
+                                                   {"remix", "Remix"},
+                                                   {"astro", "Astro"},
+                                                   {"svelte", "SvelteKit"},
+                                                   {"vue", "Vue"},
+                                                   {"angular", "Angular"},
+                                                   {"gatsby", "Gatsby"},
+                                                   {"webpack-dev-server", "Webpack"},
+                                                   {"parcel", "Parcel"},
+                                                   {"nodemon", "Nodemon"},
+                                                   {"express", "Express"},
+                                                   {"fastify", "Fastify"},
+                                                   {"nestjs", "NestJS"}}},
+                                         OrderRow{"python",
+                                                  "python3",
+                                                  {{"django", "Django"},
+                                                   {"flask", "Flask"},
+                                                   {"uvicorn", "FastAPI"},
+                                                   {"streamlit", "Streamlit"},
+                                                   {"gradio", "Gradio"},
+                                                   {"gunicorn", "Gunicorn"}}},
+                                         OrderRow{"ruby",
+                                                  "ruby",
+                                                  {{"rails server", "Rails"},
+                                                   {"sinatra", "Sinatra"},
+                                                   {"jekyll", "Jekyll"},
+                                                   {"middleman", "Middleman"}}},
+                                         OrderRow{"php",
+                                                  "php",
+                                                  {{"artisan serve", "Laravel"},
+                                                   {"symfony", "Symfony"},
+                                                   {"-S localhost", "PHP Server"}}}),
+                         rowName);

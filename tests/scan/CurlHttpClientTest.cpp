@@ -387,7 +387,9 @@ INSTANTIATE_TEST_SUITE_P(
 TEST(CurlHttpClient, isResetAtOnce)
 {
     const LoopbackServer server([](LoopbackConnection &connection) { connection.resetAtEnd(); });
-    EXPECT_EQ(errorOf(send(server.url())), HttpError::connectionLost);
+    // The reset may come before the client has seen that it is connected.
+    const auto error = errorOf(send(server.url()));
+    EXPECT_TRUE(error == HttpError::connectionLost || error == HttpError::cannotConnect) << error;
 }
 
 TEST(CurlHttpClient, isResetAfterTheRequest)

@@ -101,6 +101,12 @@ TEST_F(EnrichmentTest, commandLineIsTrimmedAndGivesTheMetadata)
     EXPECT_EQ(record.metadata.value(QStringLiteral("script")), QStringLiteral("dev.js"));
 }
 
+TEST_F(EnrichmentTest, metadataComesFromTheTrimmedCommandLine)
+{
+    outputs[commandQuery] = "node a.js\n";
+    EXPECT_EQ(enrich().metadata.value(QStringLiteral("script")), QStringLiteral("a.js"));
+}
+
 TEST_F(EnrichmentTest, newCommandLineDiscardsTheEarlierMetadata)
 {
     PortInfo record(1, QStringLiteral("812"), QStringLiteral("x"), {}, {});
@@ -150,6 +156,16 @@ TEST_F(EnrichmentTest, unreadableCpuAndFurtherPiecesAreIgnored)
     EXPECT_EQ(enrich().cpuUsage, 0);
 }
 
+TEST_F(EnrichmentTest, unreadableFiguresLeaveWhatTheRecordSaid)
+{
+    PortInfo record(1, QStringLiteral("812"), QStringLiteral("x"), {}, {});
+    record.memoryUsage = 7;
+    record.cpuUsage = 8;
+    outputs[memoryQuery] = "x y";
+    EXPECT_EQ(enrich(record).memoryUsage, 7);
+    EXPECT_EQ(enrich(record).cpuUsage, 8);
+}
+
 TEST_F(EnrichmentTest, startTimeIsNowMinusTheElapsedTime)
 {
     outputs[elapsedQuery] = "   02:01:05\n";
@@ -169,16 +185,25 @@ TEST_F(EnrichmentTest, zeroAndUnreadableElapsedTimesLeaveTheStartTimeUnset)
 
 TEST_F(EnrichmentTest, elapsedTimeBeyondTheCalendarIsNoCrash)
 {
-    outputs[elapsedQuery] = "9223372036854775807";
-    enrich();
-    outputs[elapsedQuery] = "106751991167300-15:30:07";
-    enrich();
+    for (const char *text : {"9223372036854775807", "106751991167300-15:30:07"}) {
+        outputs[elapsedQuery] = text;
+        const PortInfo record = enrich();
+        ASSERT_TRUE(record.startTime);
+        EXPECT_TRUE(record.startTime->isValid());
+        EXPECT_LT(*record.startTime, QDateTime::currentDateTime().addYears(-1000));
+    }
 }
 
 TEST_F(EnrichmentTest, workingDirectoryIsTheFirstNameField)
 {
     outputs[directoryQuery] = "p1234\nfcwd\nn/Users/dev/app\nn/second\n";
     EXPECT_EQ(enrich().workingDirectory, QStringLiteral("/Users/dev/app"));
+}
+
+TEST_F(EnrichmentTest, lineThatOnlyHoldsAnNIsNoNameField)
+{
+    outputs[directoryQuery] = "p1n\nfcwdn\nn/srv\n";
+    EXPECT_EQ(enrich().workingDirectory, QStringLiteral("/srv"));
 }
 
 TEST_F(EnrichmentTest, workingDirectoryKeepsItsSpacesAndEndsAtACarriageReturn)
@@ -256,6 +281,15 @@ TEST_F(EnrichmentTest, serverTextJoinsTheMetadataAndLeavesTheFramework)
     const PortInfo record = enrich();
     EXPECT_EQ(record.metadata.value(framework), QStringLiteral("Next.js"));
     EXPECT_EQ(record.metadata.value(probeResult), QStringLiteral("Vite"));
+}
+
+TEST_F(EnrichmentTest, serverTextReplacesAnEarlierOne)
+{
+    missing = {commandQuery};
+    httpOutcome = answering(200, "Server: new");
+    PortInfo record(1, QStringLiteral("812"), QStringLiteral("x"), {}, {});
+    record.metadata.insert(probeResult, QStringLiteral("old"));
+    EXPECT_EQ(enrich(record).metadata.value(probeResult), QStringLiteral("new"));
 }
 
 TEST_F(EnrichmentTest, silentListenerOverwritesWhatTheRecordSaid)

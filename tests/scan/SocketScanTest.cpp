@@ -1,4 +1,5 @@
 #include "scan/SocketScan.h"
+#include "scan/ToolText.h"
 #include "tests/support/RecordingHttpClient.h"
 #include "tests/support/RecordingToolRunner.h"
 #include "tests/support/TestText.h"
@@ -128,6 +129,12 @@ TEST(ParsePortInfo, lineOfEightColumnsIsDropped)
     EXPECT_TRUE(parse("header\nnode 812 alice 23u IPv4 0x1a2b 0t0 *:3000\n").isEmpty());
 }
 
+TEST(ParsePortInfo, lineOfNineColumnsIsKept)
+{
+    EXPECT_EQ(ports(parse("header\nnode 812 alice 23u IPv4 0x1a2b 0t0 TCP *:3000\n")),
+              QList<qint64>({3000}));
+}
+
 TEST(ParsePortInfo, runsOfSpacesAreOneSeparator)
 {
     EXPECT_EQ(
@@ -194,6 +201,7 @@ INSTANTIATE_TEST_SUITE_P(
         NameRow{"noColon", "3000", std::nullopt}, NameRow{"emptyPort", "*:", std::nullopt},
         NameRow{"emptyBracketedPort", "[::1]:", std::nullopt},
         NameRow{"twoBracketedPieces", "[::1]:[::1]:3000", std::nullopt},
+        NameRow{"threeBracketedPieces", "[::1]:80]:x", std::nullopt},
         NameRow{"serviceName", "*:http", std::nullopt}, NameRow{"starPort", "*:*", std::nullopt},
         NameRow{"hexadecimal", "*:0x50", std::nullopt},
         NameRow{"digitsThenText", "*:3000a", std::nullopt}, NameRow{"plus", "*:+3000", 3000},
@@ -239,6 +247,19 @@ TEST(ParsePortInfo, survivesRandomText)
     }
 }
 
+TEST(ParsePortInfo, survivesRandomBytes)
+{
+    std::mt19937 random(20261121); // NOLINT(cert-msc51-cpp): the same bytes in every run
+    for (int round = 0; round < 2000; ++round) {
+        QByteArray bytes = "header\n";
+        for (int i = 0; i < 300; ++i)
+            bytes += static_cast<char>(random());
+        decodeUtf8(bytes);
+        for (const PortInfo &record : parsePortInfo(QString::fromUtf8(bytes)))
+            EXPECT_EQ(record.address(), QStringLiteral("localhost"));
+    }
+}
+
 struct CommandRow
 {
     const char *name;
@@ -270,6 +291,8 @@ INSTANTIATE_TEST_SUITE_P(
         CommandRow{"mongod", "mongod", true}, CommandRow{"mongosHoldsGo", "mongos", true},
         CommandRow{"redisServer", "redis-server", true},
         CommandRow{"redisServerCut", "redis-ser", false},
+        CommandRow{"redisServerWhole", "redis-server-x", false},
+        CommandRow{"rubyInside", "ruby3.1", true}, CommandRow{"dotnetInside", "dotnet-watch", true},
         CommandRow{"docker", "com.docker.backend", true},
         CommandRow{"dockerProxy", "docker-proxy", true}, CommandRow{"deno", "deno", true},
         CommandRow{"denoWhole", "deno2", false}, CommandRow{"bun", "bun", true},

@@ -10,6 +10,7 @@
 
 #include <cerrno>
 #include <csignal>
+#include <sys/resource.h>
 #include <system_error>
 #include <thread>
 
@@ -111,6 +112,16 @@ TEST(ToolRunner, carriesMegabytesOnBothPipesWithoutLosingAByte)
     const ToolResult result = runFaultyTool({QStringLiteral("flood")});
     EXPECT_EQ(result.exitStatus, 0);
     EXPECT_TRUE(result.standardOutput == QByteArray(2500000, 'a') + QByteArray(2500000, 'b'));
+}
+
+TEST(ToolRunner, keepsNothingOfStandardError)
+{
+    rusage before{};
+    getrusage(RUSAGE_SELF, &before);
+    EXPECT_EQ(runFaultyTool({QStringLiteral("complain")}).exitStatus, 0); // 200 MB
+    rusage after{};
+    getrusage(RUSAGE_SELF, &after);
+    EXPECT_LT(after.ru_maxrss - before.ru_maxrss, 20 * 1024); // kilobytes
 }
 
 TEST(ToolRunner, keepsWhatACrashingToolPrinted)

@@ -73,7 +73,6 @@ public:
         return ending();
     }
 
-private:
     using Ending = std::function<ToolResult()>;
 
     void end(int run, Ending ending)
@@ -83,6 +82,7 @@ private:
         m_changed.notify_all();
     }
 
+private:
     mutable std::mutex m_mutex;
     std::condition_variable_any m_changed;
     std::map<int, Ending> m_endings;
@@ -252,6 +252,33 @@ TEST_F(AppStateTest, overlappingRefreshesBothRunAndTheLastToEndIsPublished)
     lsof.finish(1, {1000, 1001});
     ASSERT_TRUE(waitUntil([&] { return store->runningPorts().size() == 2; }));
     EXPECT_EQ(ports(store->runningPorts()), QList<qint64>({1000, 1001}));
+}
+
+TEST_F(AppStateTest, refreshesStartedCloseTogetherAllRun)
+{
+    store->refreshPorts();
+    store->refreshPorts(); // with the one of the construction, three, in a pool of four
+    ASSERT_TRUE(waitForStart(3));
+    EXPECT_FALSE(waitUntil([&] { return lsof.started() > 3; }, 100));
+}
+
+TEST_F(AppStateTest, destructionBeforeACallFromAnotherThreadArrivesIsSafe)
+{
+    publish({3000});
+    QThread *other = QThread::create([this] { store->loadRunningPorts(); });
+    other->start();
+    other->wait(); // its call now waits for the main thread
+    delete other;
+    store.reset();
+    EXPECT_FALSE(waitUntil([&] { return lsof.started() > 1; }, 100));
+}
+
+TEST_F(AppStateTest, anyOtherFailureIsAnErrorToo)
+{
+    lsof.end(1, []() -> ToolResult { throw std::runtime_error("out of everything"); });
+    ASSERT_TRUE(waitForStart(1));
+    ASSERT_TRUE(waitForEnd());
+    EXPECT_EQ(store->lastError(), QStringLiteral("out of everything"));
 }
 
 TEST_F(AppStateTest, fullPoolKeepsOneScanWaitingForAllRequests)

@@ -7,8 +7,10 @@
 
 static void fill(FILE *stream, char byte, long count)
 {
-    while (count-- > 0)
-        fputc(byte, stream);
+    char block[4096];
+    memset(block, byte, sizeof block);
+    for (; count > 0; count -= (long)sizeof block)
+        fwrite(block, 1, count < (long)sizeof block ? (size_t)count : sizeof block, stream);
     fflush(stream);
 }
 
@@ -22,6 +24,8 @@ int main(int argc, char **argv)
         fill(stdout, 'a', 2500000);
         fill(stderr, 'e', 1000000);
         fill(stdout, 'b', 2500000);
+    } else if (strcmp(what, "complain") == 0) { // 200 MB on standard error
+        fill(stderr, 'e', 200000000);
     } else if (strcmp(what, "exit") == 0) {
         return atoi(argv[2]);
     } else if (strcmp(what, "crash") == 0) {
