@@ -1,11 +1,10 @@
 #include "app/AppDelegate.h"
 
+#include "views/Symbol.h"
+
 #include <QCoreApplication>
 #include <QImage>
 #include <QPainter>
-#include <QSvgRenderer>
-
-#include <algorithm>
 
 namespace tidewick
 {
@@ -19,13 +18,11 @@ const QString productName = QStringLiteral("Tidewick");
 /// The fallback icon; a program built without it is broken beyond repair.
 QImage networkSymbol()
 {
-    QSvgRenderer symbol(QStringLiteral(":/network.svg"));
-    if (!symbol.isValid())
-        qFatal("tidewick: the symbol \"network\" is missing");
     QImage image(iconPoints * 8, QImage::Format_ARGB32_Premultiplied);
     image.fill(Qt::transparent);
     QPainter painter(&image);
-    symbol.render(&painter);
+    if (!drawSymbol(painter, QStringLiteral("network"), image.rect(), statusInk))
+        qFatal("tidewick: the symbol \"network\" is missing");
     return image;
 }
 
@@ -105,8 +102,7 @@ QString statusSummary(const QList<PortInfo> &runningPorts)
 {
     if (runningPorts.isEmpty())
         return QStringLiteral("No active services");
-    const auto live = std::count_if(runningPorts.begin(), runningPorts.end(),
-                                    [](const PortInfo &record) { return record.isHttpAccessible; });
+    const auto live = liveCount(runningPorts);
     const QString running = QStringLiteral("%1 running").arg(runningPorts.size());
     return live == 0 ? running : QStringLiteral("%1, %2 live").arg(running).arg(live);
 }

@@ -1,28 +1,16 @@
 #include "model/PortInfo.h"
 
-#include <QDir>
+#include "model/Paths.h"
+
 #include <QStringList>
 
+#include <algorithm>
 #include <utility>
 
 namespace tidewick
 {
 namespace
 {
-
-/// The components of `path` below the root; a relative path starts in the current directory.
-QStringList components(const QString &path)
-{
-    const QString absolute =
-        path.startsWith(QLatin1Char('/')) ? path : QDir::currentPath() + QLatin1Char('/') + path;
-    return absolute.split(QLatin1Char('/'), Qt::SkipEmptyParts);
-}
-
-/// The last component, or "/" where the path is the root itself.
-QString lastComponent(const QStringList &components)
-{
-    return components.isEmpty() ? QStringLiteral("/") : components.last();
-}
 
 /// Without the text from the last "." on; a name that only starts with a dot keeps it.
 QString withoutExtension(const QString &name)
@@ -47,15 +35,21 @@ QString PortInfo::projectName() const
     static const QStringList buildFolders{QStringLiteral("src"), QStringLiteral("dist"),
                                           QStringLiteral("build"), QStringLiteral("server")};
     if (!workingDirectory.isEmpty()) {
-        QStringList folders = components(workingDirectory);
+        QStringList folders = pathComponents(workingDirectory);
         if (buildFolders.contains(lastComponent(folders)))
             folders.removeLast();
         return lastComponent(folders);
     }
     const auto script = metadata.constFind(QStringLiteral("script"));
     if (script != metadata.constEnd())
-        return withoutExtension(lastComponent(components(*script)));
+        return withoutExtension(lastComponent(pathComponents(*script)));
     return QStringLiteral("Node App");
+}
+
+qsizetype liveCount(const QList<PortInfo> &records)
+{
+    return std::count_if(records.begin(), records.end(),
+                         [](const PortInfo &record) { return record.isHttpAccessible; });
 }
 
 } // namespace tidewick

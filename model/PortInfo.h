@@ -3,6 +3,7 @@
 #include "model/ServiceType.h"
 
 #include <QDateTime>
+#include <QList>
 #include <QMap>
 #include <QString>
 #include <QUuid>
@@ -62,5 +63,8 @@ private:
     QString m_user;
     QString m_address;
 };
+
+/// How many of `records` answer HTTP.
+qsizetype liveCount(const QList<PortInfo> &records);
 
 } // namespace tidewick

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QColor>
 #include <QFont>
 #include <QImage>
 #include <QList>
@@ -10,6 +11,10 @@
 
 namespace tidewick
 {
+
+/// The colour of the icon and its number, legible on light and on dark bars: its contrast is at
+/// least 3.9 against white and #1e1e1e.
+inline constexpr QColor statusInk(0x1f, 0x8a, 0x9e);
 
 /// The text beside the icon: digits of equal width, sizes in points, the baseline raised by
 /// `baselineOffset` points. An empty text shows no title.

@@ -15,9 +15,6 @@ namespace
 constexpr qreal barHeight = 22; // points: the height that hosts give to a status icon
 constexpr qreal titleGap = 4;   // points between icon and title
 
-/// Legible on light and on dark bars: its contrast is at least 3.9 against white and #1e1e1e.
-constexpr QColor ink(0x1f, 0x8a, 0x9e);
-
 QImage emptyImage(int width, int height)
 {
     QImage image(width, height, QImage::Format_ARGB32_Premultiplied);
@@ -61,7 +58,7 @@ void drawBadge(QPainter &painter, const QString &text, int side)
     painter.setBrush(Qt::black);
     painter.drawRoundedRect(badge.adjusted(-rim, -rim, rim, rim), radius + rim, radius + rim);
     painter.setCompositionMode(QPainter::CompositionMode_SourceOver);
-    painter.setBrush(ink);
+    painter.setBrush(statusInk);
     painter.drawRoundedRect(badge, radius, radius);
 
     painter.setFont(font);
@@ -103,7 +100,7 @@ QImage wideStatusImage(const QImage &icon, QSize points, const StatusTitle &titl
     painter.setRenderHint(QPainter::Antialiasing);
     drawIcon(painter, icon, iconSize, 0, height);
     painter.setFont(font);
-    painter.setPen(ink);
+    painter.setPen(statusInk);
     const qreal baseline = (height + metrics.ascent() - metrics.descent()) / 2;
     painter.drawText(QPointF(textLeft, baseline - title.baselineOffset * scale), title.text);
     return image;

@@ -1,5 +1,6 @@
 #include "views/CardFacts.h"
 
+#include "model/Paths.h"
 #include "views/Formats.h"
 #include "views/PortListModel.h"
 
@@ -8,11 +9,10 @@ namespace tidewick
 namespace
 {
 
-/// The last component of a path, a trailing "/" left aside; "/" for the root.
-QString lastComponent(const QString &path)
+/// As a label: nothing for nothing.
+QString lastComponentOf(const QString &path)
 {
-    const auto components = path.split(QLatin1Char('/'), Qt::SkipEmptyParts);
-    return components.isEmpty() ? path.left(1) : components.last();
+    return path.isEmpty() ? QString() : lastComponent(pathComponents(path));
 }
 
 CardFacts::Level level(double value, double raised, double high)
@@ -76,12 +76,12 @@ QString CardFacts::uptime() const
 
 QString CardFacts::script() const
 {
-    return lastComponent(m_record.metadata.value(QStringLiteral("script")));
+    return lastComponentOf(m_record.metadata.value(QStringLiteral("script")));
 }
 
 QString CardFacts::folder() const
 {
-    return lastComponent(m_record.workingDirectory);
+    return lastComponentOf(m_record.workingDirectory);
 }
 
 QString CardFacts::sentence() const

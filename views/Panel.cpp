@@ -4,7 +4,6 @@
 
 #include <QPointer>
 
-#include <algorithm>
 #include <chrono>
 
 namespace tidewick
@@ -23,10 +22,7 @@ Panel::Panel(AppState &state, QObject *parent) : QObject(parent), m_state(state)
 
 int Panel::liveCount() const
 {
-    const auto &records = m_state.runningPorts();
-    return static_cast<int>(
-        std::count_if(records.begin(), records.end(),
-                      [](const PortInfo &record) { return record.isHttpAccessible; }));
+    return static_cast<int>(tidewick::liveCount(m_state.runningPorts()));
 }
 
 void Panel::refresh()

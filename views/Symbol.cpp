@@ -22,13 +22,19 @@ void Symbol::setSize(qreal size)
 
 void Symbol::paint(QPainter *painter)
 {
-    QSvgRenderer symbol(QStringLiteral(":/qt/qml/Tidewick/symbols/%1.svg").arg(m_name));
+    drawSymbol(*painter, m_name, boundingRect(), m_color);
+}
+
+bool drawSymbol(QPainter &painter, const QString &name, const QRectF &place, const QColor &color)
+{
+    QSvgRenderer symbol(QStringLiteral(":/qt/qml/Tidewick/symbols/%1.svg").arg(name));
     if (!symbol.isValid())
-        return;
-    symbol.render(painter, boundingRect());
+        return false;
+    symbol.render(&painter, place);
     // The pictures are white: what they cover takes the colour, opacity included.
-    painter->setCompositionMode(QPainter::CompositionMode_SourceIn);
-    painter->fillRect(boundingRect(), m_color);
+    painter.setCompositionMode(QPainter::CompositionMode_SourceIn);
+    painter.fillRect(place, color);
+    return true;
 }
 
 } // namespace tidewick

@@ -8,6 +8,9 @@
 namespace tidewick
 {
 
+/// Draws the symbol `name` into `place` of an otherwise empty picture; false where there is none.
+bool drawSymbol(QPainter &painter, const QString &name, const QRectF &place, const QColor &color);
+
 /// One of our own symbols, drawn in `color` and as sharp as the screen allows. A name that does not
 /// exist draws nothing.
 class Symbol : public QQuickPaintedItem

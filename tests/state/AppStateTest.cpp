@@ -491,6 +491,7 @@ TEST_F(AppStateTest, killThatSucceedsIsTrueAndStartsNoScanByItself)
 
 TEST_F(AppStateTest, killRunsTheToolWithSignalNineAndThePidAsItIs)
 {
+    publish({});
     startKill(QStringLiteral("4711"));
     ASSERT_TRUE(waitForKill(1));
     const RecordingToolRunner::Call call = tools->calls().back();
