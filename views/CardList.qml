@@ -36,6 +36,7 @@ ListView {
     T.ScrollBar.vertical: T.ScrollBar {
         width: 8
         minimumSize: 0.1
+        visible: size < 1
 
         contentItem: Rectangle {
             radius: 3

@@ -313,11 +313,8 @@ FocusScope {
                                 radius: 10
                                 color: colors.faded(colors.red, 0.9)
                             }
-                            contentItem: PlainText {
-                                text: card.isBeingKilled ? "…" : "Kill port"
-                                font.pixelSize: 11
-                                font.weight: Font.Medium
-                                Accessible.ignored: true
+                            contentItem: KillLabel {
+                                isBusy: card.isBeingKilled
                             }
                         }
                     }

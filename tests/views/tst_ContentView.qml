@@ -222,10 +222,12 @@ TestCase {
 
     function test_failedKillBringsTheCardBack() {
         show([shop]);
-        machine.setKill(1, 50);
+        machine.setKill(1, 300);
         press(0, "stop");
         press(0, "confirm");
         compare(machine.panel.killingPid, "812");
+        verify(!findChild(card(0), "confirm").enabled);
+        verify(findChild(card(0), "killing").visible);
         tryCompare(machine, "log", ["kill 812"]);
         tryCompare(machine.panel, "killingPid", "");
         tryCompare(machine.panel, "runningCount", 1);

@@ -1,0 +1,29 @@
+import QtQuick
+import Tidewick
+
+// The face of the confirming button: what it does, or that it is being done.
+Item {
+    id: face
+
+    property bool isBusy
+
+    implicitWidth: isBusy ? 60 : label.implicitWidth
+    implicitHeight: isBusy ? 20 : label.implicitHeight
+
+    PlainText {
+        id: label
+
+        visible: !face.isBusy
+        text: "Kill port"
+        font.pixelSize: 11
+        font.weight: Font.Medium
+        Accessible.ignored: true
+    }
+
+    Spinner {
+        objectName: "killing"
+        anchors.centerIn: parent
+        scale: 0.5
+        visible: face.isBusy
+    }
+}
