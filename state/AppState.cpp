@@ -49,7 +49,7 @@ auto startUrgently(QThreadPool &pool, Work work)
         const auto shrink = qScopeGuard([&pool] { pool.reserveThread(); });
         return work();
     };
-    const auto ending =
+    auto ending =
         QtConcurrent::task(std::move(workThenShrink)).onThreadPool(pool).withPriority(1).spawn();
     pool.releaseThread(); // widens the pool by one thread, for the first in its queue
     return ending;

@@ -86,6 +86,7 @@ Refresh refresh()
 int main()
 {
     std::vector<Refresh> refreshes;
+    refreshes.reserve(runs);
     for (int run = 0; run < runs; ++run)
         refreshes.push_back(refresh());
     std::sort(refreshes.begin(), refreshes.end(),

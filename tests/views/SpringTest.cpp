@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cmath>
 #include <numbers>
 
@@ -22,7 +23,8 @@ TEST(Spring, solvesTheEquationOfTheDampedOscillator)
     const double h = 1e-5;
     for (const double damping : {0.7, 0.825, 1.0}) {
         const double w = 2 * std::numbers::pi / 0.35;
-        for (double t = 0.01; t < 0.5; t += 0.01) {
+        for (int hundredths = 1; hundredths < 50; ++hundredths) {
+            const double t = hundredths / 100.0;
             const double before = springPosition(t - h, 0.35, damping);
             const double x = springPosition(t, 0.35, damping);
             const double after = springPosition(t + h, 0.35, damping);
@@ -36,11 +38,11 @@ TEST(Spring, solvesTheEquationOfTheDampedOscillator)
 TEST(Spring, overshootsOnlyWhereItIsUnderdamped)
 {
     double highest = 0;
-    for (double t = 0; t < 1; t += 0.001)
-        highest = std::max(highest, springPosition(t, 0.3, 0.7));
+    for (int thousandths = 0; thousandths < 1000; ++thousandths)
+        highest = std::max(highest, springPosition(thousandths / 1000.0, 0.3, 0.7));
     EXPECT_NEAR(highest, 1 + std::exp(-0.7 * std::numbers::pi / std::sqrt(1 - 0.49)), 1e-4);
-    for (double t = 0; t < 1; t += 0.001)
-        EXPECT_LE(springPosition(t, 0.3, 1), 1);
+    for (int thousandths = 0; thousandths < 1000; ++thousandths)
+        EXPECT_LE(springPosition(thousandths / 1000.0, 0.3, 1), 1);
 }
 
 TEST(Spring, easingFollowsTheClosedForm)
@@ -51,7 +53,8 @@ TEST(Spring, easingFollowsTheClosedForm)
         spring.setProperty("dampingFraction", damping);
         const QEasingCurve easing = spring.easing();
         const double seconds = spring.duration() / 1000.0;
-        for (double part = 0; part <= 1; part += 0.01) {
+        for (int percent = 0; percent <= 100; ++percent) {
+            const double part = percent / 100.0;
             EXPECT_NEAR(easing.valueForProgress(part), springPosition(part * seconds, 0.3, damping),
                         0.005)
                 << damping << " at " << part;
