@@ -40,6 +40,12 @@ TestCase {
     }
 
     Component {
+        id: labelComponent
+
+        KillLabel {}
+    }
+
+    Component {
         id: viewComponent
 
         ContentView {
@@ -226,11 +232,20 @@ TestCase {
         press(0, "stop");
         press(0, "confirm");
         compare(machine.panel.killingPid, "812");
-        verify(!findChild(card(0), "confirm").enabled);
-        verify(findChild(card(0), "killing").visible);
         tryCompare(machine, "log", ["kill 812"]);
         tryCompare(machine.panel, "killingPid", "");
         tryCompare(machine.panel, "runningCount", 1);
+    }
+
+    function test_labelOfABusyKillIsASpinner() {
+        show([]);
+        const label = labelComponent.createObject(view, {
+            isBusy: true
+        });
+        compare(label.implicitWidth, 60);
+        verify(findChild(label, "killing").visible);
+        label.isBusy = false;
+        verify(!findChild(label, "killing").visible);
     }
 
     function test_everyControlHasARoleAndAName() {
