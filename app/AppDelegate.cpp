@@ -13,7 +13,13 @@ namespace
 
 constexpr QSize iconPoints(18, 18);
 constexpr QSize panelPoints(480, 540);
+constexpr QSize settingsPoints(320, 150);
 const QString productName = QStringLiteral("Tidewick");
+
+QUrl viewUrl(const char *name)
+{
+    return QUrl(QStringLiteral("qrc:/qt/qml/Tidewick/%1.qml").arg(QLatin1String(name)));
+}
 
 /// The fallback icon; a program built without it is broken beyond repair.
 QImage networkSymbol()
@@ -29,7 +35,10 @@ QImage networkSymbol()
 } // namespace
 
 AppDelegate::AppDelegate(SystemInterfaces system, QThreadPool &pool, Desktop desktop)
-    : m_system(std::move(system)), m_pool(pool), m_desktop(std::move(desktop))
+    : m_system(std::move(system)),
+      m_pool(pool),
+      m_desktop(std::move(desktop)),
+      m_updaterController(m_desktop.makeUpdater(true))
 {
 }
 
@@ -40,12 +49,11 @@ void AppDelegate::applicationDidFinishLaunching()
     m_statusItem = m_desktop.makeStatusItem();
     updateStatusIcon(0);
     m_statusItem->setAction([this] { togglePopover(); });
-    m_statusItem->setMenu({{QStringLiteral("Quit Tidewick"), QStringLiteral("q"), [this] {
-                                quitApp();
-                            }}});
+    m_statusItem->setMenu({});
 
     m_popover = m_desktop.makePopover();
     m_popover->setContentSize(panelPoints);
+    m_popover->setBehavior(PopoverBehavior::transient);
 
     m_appState = std::make_unique<AppState>(m_system, m_pool);
     m_appState->stream(&AppState::runningPorts, &AppState::runningPortsChanged, this,
@@ -53,10 +61,10 @@ void AppDelegate::applicationDidFinishLaunching()
                            updateStatusIcon(runningPorts.size());
                            m_statusItem->setToolTip(productName, statusSummary(runningPorts));
                        });
-    showPanel();
+    hostPanel();
 }
 
-void AppDelegate::showPanel()
+void AppDelegate::hostPanel()
 {
     m_workspace = m_desktop.makeWorkspace();
     m_panel = std::make_unique<Panel>(*m_appState);
@@ -65,13 +73,71 @@ void AppDelegate::showPanel()
             [this](const QUrl &url) { m_workspace->openUrl(url); });
     connect(m_panel.get(), &Panel::revealRequested, this,
             [this](const QString &path) { m_workspace->revealFolder(path); });
-    m_popover->setContentView(QUrl(QStringLiteral("qrc:/qt/qml/Tidewick/ContentView.qml")),
+    m_popover->setContentView(viewUrl("ContentView"),
                               {{QStringLiteral("panel"), QVariant::fromValue(m_panel.get())}});
 }
 
 void AppDelegate::togglePopover()
 {
-    m_popover->toggle();
+    const auto event = m_statusItem ? m_statusItem->currentEvent() : std::nullopt;
+    if (!event)
+        return;
+    if (event->type == ClickType::rightMouseUp) {
+        openContextMenu();
+    } else if (m_popover->isShown()) {
+        m_popover->performClose();
+    } else {
+        m_popover->show(event);
+        m_popover->becomeKey();
+    }
+}
+
+void AppDelegate::openContextMenu()
+{
+    m_statusItem->setMenu({{QStringLiteral("Check for Updates..."),
+                            {},
+                            [this] { checkForUpdates(); },
+                            m_updaterController->canCheckForUpdates()},
+                           {QStringLiteral("Settings..."), QStringLiteral(","),
+                            [this] {
+                                showSettings();
+                            }},
+                           {},
+                           {QStringLiteral("Quit Tidewick"), QStringLiteral("q"), [this] {
+                                quitApp();
+                            }}});
+    m_statusItem->performClick();
+    m_statusItem->setMenu({});
+}
+
+void AppDelegate::showSettings()
+{
+    if (!m_settingsWindow)
+        m_settingsWindow = makeSettingsWindow();
+    m_settingsWindow->makeKeyAndOrderFront();
+    m_settingsWindow->activateIgnoringOtherApps();
+}
+
+std::unique_ptr<SettingsWindow> AppDelegate::makeSettingsWindow()
+{
+    m_loginItem = m_desktop.makeLoginItem();
+    const bool isEnabled = m_loginItem->status() == LoginItemStatus::enabled;
+    m_settings = std::make_unique<Settings>([this] { return m_loginItem->registerItem(); },
+                                            [this] { return m_loginItem->unregisterItem(); });
+    auto window = m_desktop.makeWindow();
+    window->setContentView(viewUrl("SettingsView"),
+                           {{QStringLiteral("settings"), QVariant::fromValue(m_settings.get())},
+                            {QStringLiteral("launchAtLogin"), isEnabled}});
+    window->setTitle(QStringLiteral("Tidewick Settings"));
+    window->setStyleMask(WindowStyle::titledAndClosable);
+    window->setContentSize(settingsPoints);
+    window->center();
+    return window;
+}
+
+void AppDelegate::checkForUpdates()
+{
+    m_updaterController->checkForUpdates();
 }
 
 void AppDelegate::updateStatusIcon(qint64 count)

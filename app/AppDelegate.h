@@ -1,10 +1,14 @@
 #pragma once
 
+#include "platform/LoginItem.h"
 #include "platform/Popover.h"
+#include "platform/SettingsWindow.h"
 #include "platform/StatusItem.h"
+#include "platform/Updater.h"
 #include "platform/Workspace.h"
 #include "state/AppState.h"
 #include "views/Panel.h"
+#include "views/Settings.h"
 
 #include <QList>
 #include <QObject>
@@ -17,12 +21,17 @@ class QThreadPool;
 namespace tidewick
 {
 
-/// What the delegate needs of the desktop, made when launching has finished.
+/// What the delegate needs of the desktop: the updater from the start, the windows when they are
+/// first used, the rest when launching has finished.
 struct Desktop
 {
+    /// `isStarting` begins the updater's own schedule at once.
+    std::function<std::unique_ptr<Updater>(bool isStarting)> makeUpdater;
     std::function<std::unique_ptr<StatusItem>()> makeStatusItem;
     std::function<std::unique_ptr<Popover>()> makePopover;
     std::function<std::unique_ptr<Workspace>()> makeWorkspace;
+    std::function<std::unique_ptr<LoginItem>()> makeLoginItem;
+    std::function<std::unique_ptr<SettingsWindow>()> makeWindow;
 };
 
 /// The application's delegate: creates the status item, the popover with the panel, and the store
@@ -33,7 +42,7 @@ class AppDelegate : public QObject
     Q_OBJECT
 
 public:
-    /// Creates nothing yet. `pool` must outlive the delegate.
+    /// Creates the updater, and nothing else yet. `pool` must outlive the delegate.
     AppDelegate(SystemInterfaces system, QThreadPool &pool, Desktop desktop);
     ~AppDelegate() override;
     Q_DISABLE_COPY_MOVE(AppDelegate)
@@ -45,14 +54,22 @@ public:
     /// Draws the icon with `count` beside it, or the icon alone at 0.
     void updateStatusIcon(qint64 count);
 
-    /// Opens or closes the panel. Opening it starts no refresh.
+    /// Answers a click on the status item: a right one opens the menu, any other opens or closes
+    /// the panel. Without a click it does nothing. Opening the panel starts no refresh.
     void togglePopover();
+
+    /// Shows the settings window, which is created once, and with it the toggle's state.
+    void showSettings();
+
+    void checkForUpdates();
 
     /// Ends the application; nothing is saved or asked.
     void quitApp();
 
 private:
-    void showPanel();
+    void hostPanel();
+    void openContextMenu();
+    std::unique_ptr<SettingsWindow> makeSettingsWindow();
 
     SystemInterfaces m_system;
     QThreadPool &m_pool;
@@ -63,6 +80,10 @@ private:
     std::unique_ptr<AppState> m_appState;
     std::unique_ptr<Panel> m_panel;
     std::unique_ptr<Popover> m_popover; // goes before the panel that its content shows
+    std::unique_ptr<LoginItem> m_loginItem;
+    std::unique_ptr<Settings> m_settings;
+    std::unique_ptr<SettingsWindow> m_settingsWindow; // goes before the settings that it shows
+    std::unique_ptr<Updater> m_updaterController;
 };
 
 /// The picture in `iconFile`, else the symbol "network". Throws nothing: without the symbol the

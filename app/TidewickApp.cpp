@@ -1,6 +1,8 @@
 #include "app/TidewickApp.h"
 
 #include "app/AppDelegate.h"
+#include "platform/AutostartEntry.h"
+#include "platform/DesktopWindow.h"
 #include "platform/PopoverWindow.h"
 #include "platform/SingleInstance.h"
 #include "platform/StatusNotifierItem.h"
@@ -33,13 +35,24 @@ SystemInterfaces realSystem()
             std::make_shared<CurlHttpClient>()};
 }
 
+/// Until updates are checked for.
+class NoUpdater : public Updater
+{
+    void checkForUpdates() override {}
+    bool canCheckForUpdates() const override { return false; }
+};
+
 Desktop realDesktop()
 {
-    return {[] { return std::make_unique<StatusNotifierItem>(); },
-            [] { return std::make_unique<PopoverWindow>(); },
-            [] {
-                return std::make_unique<DesktopWorkspace>();
-            }};
+    return {
+        [](bool) { return std::make_unique<NoUpdater>(); },
+        [] { return std::make_unique<StatusNotifierItem>(); },
+        [] { return std::make_unique<PopoverWindow>(); },
+        [] { return std::make_unique<DesktopWorkspace>(); },
+        [] { return std::make_unique<AutostartEntry>(QCoreApplication::applicationFilePath()); },
+        [] {
+            return std::make_unique<DesktopWindow>();
+        }};
 }
 
 /// The panel is drawn without OpenGL, which costs less memory and time here, unless the user's

@@ -2,6 +2,8 @@
 
 #include <QDBusMetaType>
 
+#include <algorithm>
+
 namespace tidewick
 {
 namespace
@@ -36,7 +38,14 @@ QVariantMap itemProperties(const MenuItem &item)
         const QList<QStringList> keys{{QStringLiteral("Control"), item.keyEquivalent}};
         properties.insert(QStringLiteral("shortcut"), QVariant::fromValue(keys));
     }
+    if (!item.isEnabled)
+        properties.insert(QStringLiteral("enabled"), false);
     return properties;
+}
+
+bool looksLike(const MenuItem &item, const MenuItem &other)
+{
+    return itemProperties(item) == itemProperties(other);
 }
 
 } // namespace
@@ -49,8 +58,11 @@ DBusMenu::DBusMenu(QObject *parent) : QDBusAbstractAdaptor(parent)
 
 void DBusMenu::setItems(const QList<MenuItem> &items)
 {
+    const bool looksTheSame =
+        std::equal(items.begin(), items.end(), m_items.begin(), m_items.end(), looksLike);
     m_items = items;
-    Q_EMIT LayoutUpdated(++m_revision, 0);
+    if (!looksTheSame)
+        Q_EMIT LayoutUpdated(++m_revision, 0);
 }
 
 QVariantMap DBusMenu::properties(int id, const QStringList &names) const
@@ -62,8 +74,10 @@ QVariantMap DBusMenu::properties(int id, const QStringList &names) const
 }
 
 uint DBusMenu::GetLayout(int parentId, int recursionDepth, const QStringList &propertyNames,
-                         DBusMenuLayout &layout) const
+                         DBusMenuLayout &layout)
 {
+    if (m_items.isEmpty() && m_wanted)
+        m_wanted();
     if (!has(parentId))
         return m_revision;
     layout = {parentId, properties(parentId, propertyNames), {}};
@@ -96,7 +110,8 @@ void DBusMenu::Event(int id, const QString &type, const QDBusVariant & /*data*/,
 {
     if (type != QLatin1String("clicked") || id < 1 || !has(id))
         return;
-    if (const auto action = m_items.at(id - 1).action)
+    const MenuItem &item = m_items.at(id - 1);
+    if (const auto action = item.action; action && item.isEnabled)
         QMetaObject::invokeMethod(this, action, Qt::QueuedConnection);
 }
 
@@ -111,18 +126,24 @@ QList<int> DBusMenu::EventGroup(const QList<DBusMenuEvent> &events)
     return unknownIds;
 }
 
-bool DBusMenu::AboutToShow(int /*id*/) const
+bool DBusMenu::AboutToShow(int id)
 {
-    return false;
+    const uint before = m_revision;
+    if (id == 0 && m_wanted)
+        m_wanted();
+    return m_revision != before;
 }
 
-QList<int> DBusMenu::AboutToShowGroup(const QList<int> &ids, QList<int> &unknownIds) const
+QList<int> DBusMenu::AboutToShowGroup(const QList<int> &ids, QList<int> &unknownIds)
 {
+    QList<int> changedIds;
     for (const int id : ids) {
         if (!has(id))
             unknownIds.append(id);
+        else if (AboutToShow(id))
+            changedIds.append(id);
     }
-    return {};
+    return changedIds;
 }
 
 } // namespace tidewick

@@ -82,6 +82,7 @@ struct DBusMenuEvent
 
 /// A flat menu exported as com.canonical.dbusmenu (version 3 of the protocol): id 0 is the root,
 /// the entries follow from 1 in order. A chosen entry's action runs after the call was answered.
+/// Its owner hears when a tray is about to show it, or asks for it before it was ever filled.
 class DBusMenu : public QDBusAbstractAdaptor
 {
     Q_OBJECT
@@ -95,7 +96,9 @@ public:
     /// `parent` is the object that will be registered on the bus.
     explicit DBusMenu(QObject *parent);
 
+    /// Announces a new layout where the entries look otherwise than before.
     void setItems(const QList<MenuItem> &items);
+    void setWanted(const std::function<void()> &wanted) { m_wanted = wanted; }
 
     uint version() const { return 3; }
     QString textDirection() const { return QStringLiteral("ltr"); }
@@ -105,14 +108,15 @@ public:
 public Q_SLOTS:
     // NOLINTBEGIN(readability-identifier-naming): the names are the protocol's.
     uint GetLayout(int parentId, int recursionDepth, const QStringList &propertyNames,
-                   tidewick::DBusMenuLayout &layout) const;
+                   tidewick::DBusMenuLayout &layout);
     QList<tidewick::DBusMenuProperties> GetGroupProperties(const QList<int> &ids,
                                                            const QStringList &propertyNames) const;
     QDBusVariant GetProperty(int id, const QString &name) const;
     void Event(int id, const QString &type, const QDBusVariant &data, uint timestamp);
     QList<int> EventGroup(const QList<tidewick::DBusMenuEvent> &events);
-    bool AboutToShow(int id) const;
-    QList<int> AboutToShowGroup(const QList<int> &ids, QList<int> &unknownIds) const;
+    /// True where the layout has changed and must be read again.
+    bool AboutToShow(int id);
+    QList<int> AboutToShowGroup(const QList<int> &ids, QList<int> &unknownIds);
 
 Q_SIGNALS:
     void ItemsPropertiesUpdated(const QList<tidewick::DBusMenuProperties> &updated,
@@ -124,6 +128,7 @@ private:
     bool has(int id) const { return id >= 0 && id <= m_items.size(); }
     QVariantMap properties(int id, const QStringList &names) const;
 
+    std::function<void()> m_wanted;
     QList<MenuItem> m_items;
     uint m_revision = 1;
 };

@@ -48,23 +48,19 @@ void PopoverWindow::setContentView(const QUrl &view, const QVariantMap &properti
     setSource(view);
 }
 
-void PopoverWindow::toggle()
+void PopoverWindow::setBehavior(PopoverBehavior behavior)
 {
-    if (isVisible())
-        hide();
-    else
-        drop();
+    m_behavior = behavior;
 }
 
-void PopoverWindow::drop()
+void PopoverWindow::show(const std::optional<ClickEvent> & /*event*/)
 {
     const QPoint pointer = QCursor::pos();
     QScreen *const under = QGuiApplication::screenAt(pointer);
     const QScreen *const target = under != nullptr ? under : QGuiApplication::primaryScreen();
     setPosition(placeNear(pointer, size(), target->availableGeometry()));
-    show();
+    QQuickView::show();
     raise();
-    requestActivate();
 }
 
 void PopoverWindow::keyPressEvent(QKeyEvent *event)
@@ -77,7 +73,8 @@ void PopoverWindow::keyPressEvent(QKeyEvent *event)
 void PopoverWindow::focusOutEvent(QFocusEvent *event)
 {
     QQuickView::focusOutEvent(event);
-    hide();
+    if (m_behavior == PopoverBehavior::transient)
+        hide();
 }
 
 } // namespace tidewick

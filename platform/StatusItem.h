@@ -4,10 +4,12 @@
 #include <QFont>
 #include <QImage>
 #include <QList>
+#include <QPoint>
 #include <QSize>
 #include <QString>
 
 #include <functional>
+#include <optional>
 
 namespace tidewick
 {
@@ -38,10 +40,22 @@ struct MenuItem
     QString title;
     QString keyEquivalent;
     std::function<void()> action;
+    bool isEnabled = true;
 };
 
-/// The program's place in the desktop's status bar: an icon, a text beside it, a menu on a right
-/// click. Main thread only.
+/// What the user did to the item.
+enum class ClickType { leftMouseUp, rightMouseUp };
+
+/// A click, and where it was as far as the tray tells; what trays mean by it differs (the
+/// desktop's coordinates, the bar's own, or nothing of use).
+struct ClickEvent
+{
+    ClickType type = ClickType::leftMouseUp;
+    std::optional<QPoint> position;
+};
+
+/// The program's place in the desktop's status bar: an icon, a text beside it, and one action for
+/// every click, which opens a menu by attaching it and clicking itself. Main thread only.
 class StatusItem
 {
 public:
@@ -52,9 +66,13 @@ public:
     virtual void setAttributedTitle(const StatusTitle &title) = 0;
     virtual void setImagePosition(ImagePosition position) = 0;
     virtual void setToolTip(const QString &title, const QString &text) = 0;
-    virtual void setMenu(const QList<MenuItem> &items) = 0;
-    /// What a left click does.
+    /// What a click of either kind does; `currentEvent` tells it which.
     virtual void setAction(const std::function<void()> &action) = 0;
+    /// The click that the action is answering; nothing outside the action.
+    virtual std::optional<ClickEvent> currentEvent() const = 0;
+    /// Attaches the menu that `performClick` opens; an empty one detaches.
+    virtual void setMenu(const QList<MenuItem> &items) = 0;
+    virtual void performClick() = 0;
 };
 
 } // namespace tidewick

@@ -55,6 +55,8 @@ StatusNotifierItem::StatusNotifierItem()
       m_menuObject(std::make_unique<QObject>()),
       m_menu(new DBusMenu(m_menuObject.get()))
 {
+    m_item->setClicked([this](QPoint position) { send({ClickType::leftMouseUp, position}); });
+    m_menu->setWanted([this] { send({ClickType::rightMouseUp, {}}); });
     m_bus.registerObject(itemPath, this, QDBusConnection::ExportAdaptors);
     m_bus.registerObject(menuPath, m_menuObject.get(), QDBusConnection::ExportAdaptors);
     auto *watcher = new QDBusServiceWatcher(watcherName, m_bus,
@@ -135,14 +137,28 @@ void StatusNotifierItem::setToolTip(const QString &title, const QString &text)
     m_item->setToolTip(title, text);
 }
 
-void StatusNotifierItem::setMenu(const QList<MenuItem> &items)
-{
-    m_menu->setItems(items);
-}
-
 void StatusNotifierItem::setAction(const std::function<void()> &action)
 {
-    m_item->setAction(action);
+    m_action = action;
+}
+
+void StatusNotifierItem::send(const ClickEvent &event)
+{
+    if (!m_action)
+        return;
+    m_event = event;
+    m_action();
+    m_event.reset();
+}
+
+void StatusNotifierItem::setMenu(const QList<MenuItem> &items)
+{
+    m_attachedMenu = items;
+}
+
+void StatusNotifierItem::performClick()
+{
+    m_menu->setItems(m_attachedMenu);
 }
 
 void StatusNotifierItem::redraw()

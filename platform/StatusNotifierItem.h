@@ -37,8 +37,11 @@ public:
     void setAttributedTitle(const StatusTitle &title) override;
     void setImagePosition(ImagePosition position) override;
     void setToolTip(const QString &title, const QString &text) override;
-    void setMenu(const QList<MenuItem> &items) override;
     void setAction(const std::function<void()> &action) override;
+    std::optional<ClickEvent> currentEvent() const override { return m_event; }
+    void setMenu(const QList<MenuItem> &items) override;
+    /// The tray draws the menu: it is published, and stays so when it is detached.
+    void performClick() override;
 
 private Q_SLOTS:
     void registerWithWatcher();
@@ -46,6 +49,7 @@ private Q_SLOTS:
 private:
     void learnHost();
     void redraw();
+    void send(const ClickEvent &event);
 
     QDBusConnection m_bus;
     StatusNotifierItemAdaptor *m_item;
@@ -56,6 +60,9 @@ private:
     QImage m_image;
     QSize m_points;
     StatusTitle m_title;
+    std::function<void()> m_action;
+    std::optional<ClickEvent> m_event;
+    QList<MenuItem> m_attachedMenu;
     bool m_reportedMissingTray = false;
 };
 

@@ -51,10 +51,15 @@ void StatusNotifierItemAdaptor::setLabel(const QString &label)
     Q_EMIT XAyatanaNewLabel(label, label);
 }
 
-void StatusNotifierItemAdaptor::activate()
+void StatusNotifierItemAdaptor::activate(int x, int y)
 {
-    if (m_action)
-        QMetaObject::invokeMethod(this, m_action, Qt::QueuedConnection);
+    if (m_clicked)
+        QMetaObject::invokeMethod(
+            this,
+            [this, x, y] {
+                m_clicked({x, y});
+            },
+            Qt::QueuedConnection);
 }
 
 void StatusNotifierItemAdaptor::setToolTip(const QString &title, const QString &text)

@@ -7,6 +7,7 @@
 #include <QDBusObjectPath>
 #include <QImage>
 #include <QList>
+#include <QPoint>
 #include <QString>
 
 #include <functional>
@@ -83,8 +84,8 @@ public:
     void setIcon(const QList<DBusPixmap> &icon);
     void setLabel(const QString &label);
     void setToolTip(const QString &title, const QString &text);
-    /// What a click does, after the host has had its answer.
-    void setAction(const std::function<void()> &action) { m_action = action; }
+    /// What is told of a click, with the tray's coordinates, after the tray has had its answer.
+    void setClicked(const std::function<void(QPoint)> &clicked) { m_clicked = clicked; }
 
     QString category() const { return QStringLiteral("ApplicationStatus"); }
     QString id() const { return QStringLiteral("tidewick"); }
@@ -103,8 +104,8 @@ public:
 public Q_SLOTS:
     // NOLINTBEGIN(readability-identifier-naming): the names are the protocol's.
     // A host that would have us draw the menu finds it at `Menu`; the wheel does nothing.
-    void Activate(int, int) { activate(); }
-    void SecondaryActivate(int, int) { activate(); }
+    void Activate(int x, int y) { activate(x, y); }
+    void SecondaryActivate(int x, int y) { activate(x, y); }
     void ContextMenu(int, int) {}
     void Scroll(int, const QString &) {}
 
@@ -115,9 +116,9 @@ Q_SIGNALS:
     // NOLINTEND(readability-identifier-naming)
 
 private:
-    void activate();
+    void activate(int x, int y);
 
-    std::function<void()> m_action;
+    std::function<void(QPoint)> m_clicked;
     QDBusObjectPath m_menu;
     QList<DBusPixmap> m_icon;
     QString m_label;
