@@ -11,6 +11,7 @@
 #include "scan/CurlHttpClient.h"
 #include "scan/ProcessToolRunner.h"
 
+#include <QIcon>
 #include <QThreadPool>
 
 #include <cstdio>
@@ -74,8 +75,8 @@ TidewickApp::TidewickApp(int &argc, char **argv)
     : m_application(preferSoftwareRendering(argc), argv)
 {
     QGuiApplication::setApplicationName(QStringLiteral("tidewick"));
-    QGuiApplication::setApplicationDisplayName(QStringLiteral("Tidewick"));
     QGuiApplication::setDesktopFileName(QStringLiteral("org.tidewick.Tidewick"));
+    QGuiApplication::setWindowIcon(QIcon(QStringLiteral(":/menubar_icon.png")));
     QGuiApplication::setQuitOnLastWindowClosed(false);
 }
 

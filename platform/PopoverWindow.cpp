@@ -32,7 +32,7 @@ QPoint placeNear(QPoint pointer, QSize size, QRect available)
 PopoverWindow::PopoverWindow()
 {
     setFlags(Qt::Tool | Qt::FramelessWindowHint | Qt::WindowStaysOnTopHint);
-    setTitle(QGuiApplication::applicationDisplayName());
+    setTitle(QStringLiteral("Tidewick"));
     setResizeMode(QQuickView::SizeRootObjectToView);
     engine()->addImportPath(QStringLiteral("qrc:/qt/qml"));
 }

@@ -1,5 +1,4 @@
 import QtQuick
-import QtQuick.Controls.Basic
 import QtQuick.Layouts
 import Tidewick
 
@@ -32,25 +31,11 @@ Rectangle {
             font.weight: Font.Bold
         }
 
-        CheckBox {
-            id: toggle
-
+        SettingsToggle {
             objectName: "toggle"
             text: "Launch at Login"
-            font.pixelSize: 13
-            padding: 0
-            spacing: 6
             focus: true
             checked: view.launchAtLogin
-            palette.windowText: system.windowText
-            palette.base: system.base
-            palette.mid: system.mid
-            palette.text: system.text
-            palette.highlight: system.highlight
-            Accessible.onPressAction: toggle.click()
-            Accessible.onToggleAction: toggle.click()
-            Keys.onReturnPressed: toggle.click()
-            Keys.onEnterPressed: toggle.click()
             onToggled: {
                 view.launchAtLogin = checked;
                 view.settings.setLaunchAtLogin(checked);

@@ -14,97 +14,185 @@ using namespace tidewick;
 namespace
 {
 
-/// Shows nothing: writes down what it is told, one line a call.
+/// What each part of the desktop was told, in order, one line a call, and what the test plays back.
+struct Record
+{
+    void log(const QString &line) { lines.append(line); }
+
+    QStringList lines;
+    QImage image;
+    StatusTitle title;
+    QList<MenuItem> menu; // the last one attached
+    std::function<void()> action;
+    std::optional<ClickEvent> event;
+    bool isPopoverShown = false;
+    Panel *panel = nullptr;
+    Settings *settings = nullptr;
+    LoginItemStatus loginItemStatus = LoginItemStatus::notRegistered;
+    std::optional<QString> loginItemError;
+    bool canCheckForUpdates = true;
+};
+
 class RecordingStatusItem : public StatusItem
 {
 public:
-    struct Record
-    {
-        QStringList log;
-        QImage image;
-        StatusTitle title;
-        QList<MenuItem> menu;
-        std::function<void()> action;
-        Panel *panel = nullptr;
-    };
-
     explicit RecordingStatusItem(Record &record) : m_record(record) {}
 
     void setImage(const QImage &image, QSize points) override
     {
         m_record.image = image;
-        log(QStringLiteral("image %1x%2").arg(points.width()).arg(points.height()));
+        m_record.log(QStringLiteral("image %1x%2").arg(points.width()).arg(points.height()));
     }
     void setAttributedTitle(const StatusTitle &title) override
     {
         m_record.title = title;
-        log(QStringLiteral("title '%1'").arg(title.text));
+        m_record.log(QStringLiteral("title '%1'").arg(title.text));
     }
     void setImagePosition(ImagePosition position) override
     {
         EXPECT_EQ(position, ImagePosition::leading);
-        log(QStringLiteral("image leading"));
+        m_record.log(QStringLiteral("image leading"));
     }
     void setToolTip(const QString &title, const QString &text) override
     {
-        log(QStringLiteral("tooltip '%1' '%2'").arg(title, text));
+        m_record.log(QStringLiteral("tooltip '%1' '%2'").arg(title, text));
     }
-    void setMenu(const QList<MenuItem> &items) override
-    {
-        m_record.menu = items;
-        log(QStringLiteral("menu"));
-    }
-
     void setAction(const std::function<void()> &action) override
     {
         m_record.action = action;
-        log(QStringLiteral("action"));
+        m_record.log(QStringLiteral("action"));
     }
+    std::optional<ClickEvent> currentEvent() const override { return m_record.event; }
+    void setMenu(const QList<MenuItem> &items) override
+    {
+        if (!items.isEmpty())
+            m_record.menu = items;
+        m_record.log(QStringLiteral("menu of %1").arg(items.size()));
+    }
+    void performClick() override { m_record.log(QStringLiteral("click")); }
 
 private:
-    void log(const QString &line) { m_record.log.append(line); }
-
     Record &m_record;
 };
 
 class RecordingPopover : public Popover
 {
 public:
-    explicit RecordingPopover(RecordingStatusItem::Record &record) : m_record(record) {}
+    explicit RecordingPopover(Record &record) : m_record(record) {}
 
     void setContentSize(QSize points) override
     {
-        log(QStringLiteral("popover %1x%2").arg(points.width()).arg(points.height()));
+        m_record.log(QStringLiteral("popover %1x%2").arg(points.width()).arg(points.height()));
+    }
+    void setBehavior(PopoverBehavior behavior) override
+    {
+        EXPECT_EQ(static_cast<int>(behavior), 1);
+        m_record.log(QStringLiteral("transient"));
     }
     void setContentView(const QUrl &view, const QVariantMap &properties) override
     {
         m_record.panel = properties.value(QStringLiteral("panel")).value<Panel *>();
-        log(QStringLiteral("view ") + view.fileName());
+        m_record.log(QStringLiteral("view ") + view.fileName());
     }
-    void toggle() override { log(QStringLiteral("toggle")); }
+    bool isShown() const override { return m_record.isPopoverShown; }
+    void show(const std::optional<ClickEvent> &event) override
+    {
+        const QPoint at = event ? event->position.value_or(QPoint()) : QPoint();
+        m_record.log(QStringLiteral("show at %1,%2").arg(at.x()).arg(at.y()));
+    }
+    void performClose() override { m_record.log(QStringLiteral("close")); }
+    void becomeKey() override { m_record.log(QStringLiteral("key")); }
 
 private:
-    void log(const QString &line) { m_record.log.append(line); }
-
-    RecordingStatusItem::Record &m_record;
+    Record &m_record;
 };
 
 class RecordingWorkspace : public Workspace
 {
 public:
-    explicit RecordingWorkspace(RecordingStatusItem::Record &record) : m_record(record) {}
+    explicit RecordingWorkspace(Record &record) : m_record(record) {}
 
     void openUrl(const QUrl &url) override
     {
-        m_record.log.append(QStringLiteral("open ") + url.toString());
+        m_record.log(QStringLiteral("open ") + url.toString());
     }
     void revealFolder(const QString &path) override
     {
-        m_record.log.append(QStringLiteral("reveal ") + path);
+        m_record.log(QStringLiteral("reveal ") + path);
     }
 
 private:
-    RecordingStatusItem::Record &m_record;
+    Record &m_record;
+};
+
+class RecordingLoginItem : public LoginItem
+{
+public:
+    explicit RecordingLoginItem(Record &record) : m_record(record) {}
+
+    LoginItemStatus status() const override
+    {
+        m_record.log(QStringLiteral("login item?"));
+        return m_record.loginItemStatus;
+    }
+    std::optional<QString> registerItem() override
+    {
+        m_record.log(QStringLiteral("register"));
+        return m_record.loginItemError;
+    }
+    std::optional<QString> unregisterItem() override
+    {
+        m_record.log(QStringLiteral("unregister"));
+        return m_record.loginItemError;
+    }
+
+private:
+    Record &m_record;
+};
+
+class RecordingSettingsWindow : public SettingsWindow
+{
+public:
+    explicit RecordingSettingsWindow(Record &record) : m_record(record) {}
+
+    void setContentView(const QUrl &view, const QVariantMap &properties) override
+    {
+        m_record.settings = properties.value(QStringLiteral("settings")).value<Settings *>();
+        const bool isOn = properties.value(QStringLiteral("launchAtLogin")).toBool();
+        m_record.log(
+            QStringLiteral("view %1 %2")
+                .arg(view.fileName(), isOn ? QStringLiteral("on") : QStringLiteral("off")));
+    }
+    void setTitle(const QString &title) override
+    {
+        m_record.log(QStringLiteral("called ") + title);
+    }
+    void setStyleMask(WindowStyle style) override
+    {
+        m_record.log(QStringLiteral("style %1").arg(static_cast<int>(style)));
+    }
+    void setContentSize(QSize points) override
+    {
+        m_record.log(QStringLiteral("window %1x%2").arg(points.width()).arg(points.height()));
+    }
+    void center() override { m_record.log(QStringLiteral("center")); }
+    void makeKeyAndOrderFront() override { m_record.log(QStringLiteral("front")); }
+    void activateIgnoringOtherApps() override { m_record.log(QStringLiteral("activate")); }
+
+private:
+    Record &m_record;
+};
+
+class RecordingUpdater : public Updater
+{
+public:
+    explicit RecordingUpdater(Record &record) : m_record(record) {}
+
+    void checkForUpdates() override { m_record.log(QStringLiteral("check for updates")); }
+    bool canCheckForUpdates() const override { return m_record.canCheckForUpdates; }
+
+private:
+    Record &m_record;
 };
 
 class AppDelegateTest : public testing::Test
@@ -117,10 +205,35 @@ protected:
         QCoreApplication::processEvents();
     }
 
-    RecordingStatusItem::Record item; // what each part of the desktop was told, in order
+    /// What the status item does on a click of the user's.
+    void click(ClickType type)
+    {
+        record.event = ClickEvent{type, QPoint(7, 8)};
+        record.action();
+        record.event.reset();
+    }
+
+    /// What is logged from now on, until the end of `act`.
+    template <class Act>
+    QStringList logOf(Act act)
+    {
+        record.lines.clear();
+        act();
+        return record.lines;
+    }
+
+    Record record;
     QByteArray lsofOutput = "header\n";
 
 private:
+    template <class Part>
+    std::function<std::unique_ptr<Part>()> make()
+    {
+        return [this] {
+            return std::make_unique<Part>(record);
+        };
+    }
+
     SystemInterfaces m_system{
         std::make_shared<RecordingToolRunner>([this](const auto &, const auto &) {
             return ToolResult{lsofOutput, 0};
@@ -131,12 +244,20 @@ private:
 protected:
     std::unique_ptr<AppDelegate> delegate = std::make_unique<AppDelegate>(
         m_system, m_pool,
-        Desktop{[this] { return std::make_unique<RecordingStatusItem>(item); },
-                [this] { return std::make_unique<RecordingPopover>(item); },
-                [this] {
-                    return std::make_unique<RecordingWorkspace>(item);
-                }});
+        Desktop{[this](bool isStarting) {
+                    record.log(isStarting ? QStringLiteral("updater starting")
+                                          : QStringLiteral("updater"));
+                    return std::make_unique<RecordingUpdater>(record);
+                },
+                make<RecordingStatusItem>(), make<RecordingPopover>(), make<RecordingWorkspace>(),
+                make<RecordingLoginItem>(), make<RecordingSettingsWindow>()});
 };
+
+/// The log's lines from one text.
+QStringList lines(const char *text)
+{
+    return QString::fromUtf8(text).split(QStringLiteral("; "));
+}
 
 const QByteArray threeListeners = "header\n"
                                   "node 1 a 3u IPv4 0x1 0t0 TCP *:3000 (LISTEN)\n"
@@ -145,81 +266,178 @@ const QByteArray threeListeners = "header\n"
 
 } // namespace
 
-TEST_F(AppDelegateTest, buildsNothingBeforeLaunchHasFinished)
+TEST_F(AppDelegateTest, startsTheUpdaterAndBuildsNothingElseBeforeLaunchHasFinished)
 {
     delegate->updateStatusIcon(3);
-    EXPECT_TRUE(item.log.isEmpty());
+    delegate->togglePopover();
+    EXPECT_EQ(record.lines, lines("updater starting"));
 }
 
 TEST_F(AppDelegateTest, showsTheIconAloneAtLaunch)
 {
-    delegate->applicationDidFinishLaunching();
-    EXPECT_EQ(item.log, QStringList({QStringLiteral("image 18x18"), QStringLiteral("title ''"),
-                                     QStringLiteral("action"), QStringLiteral("menu"),
-                                     QStringLiteral("popover 480x540"),
-                                     QStringLiteral("image 18x18"), QStringLiteral("title ''"),
-                                     QStringLiteral("tooltip 'Tidewick' 'No active services'"),
-                                     QStringLiteral("view ContentView.qml")}));
-    EXPECT_FALSE(item.image.isNull());
+    EXPECT_EQ(logOf([this] { delegate->applicationDidFinishLaunching(); }),
+              lines("image 18x18; title ''; action; menu of 0; popover 480x540; transient; "
+                    "image 18x18; title ''; tooltip 'Tidewick' 'No active services'; "
+                    "view ContentView.qml"));
+    EXPECT_FALSE(record.image.isNull());
 }
 
 TEST_F(AppDelegateTest, showsTheNumberOfListenersOnceTheyAreKnown)
 {
     lsofOutput = threeListeners;
     delegate->applicationDidFinishLaunching();
-    item.log.clear();
-    ASSERT_TRUE(waitUntil([this] { return !item.log.isEmpty(); }));
-    EXPECT_EQ(item.log, QStringList({QStringLiteral("image 18x18"), QStringLiteral("title '3'"),
-                                     QStringLiteral("image leading"),
-                                     QStringLiteral("tooltip 'Tidewick' '3 running, 2 live'")}));
+    record.lines.clear();
+    ASSERT_TRUE(waitUntil([this] { return !record.lines.isEmpty(); }));
+    EXPECT_EQ(record.lines, lines("image 18x18; title '3'; image leading; "
+                                  "tooltip 'Tidewick' '3 running, 2 live'"));
 }
 
 TEST_F(AppDelegateTest, titleIsPlainDecimalInItsFont)
 {
     delegate->applicationDidFinishLaunching();
     delegate->updateStatusIcon(12345);
-    EXPECT_EQ(item.title, (StatusTitle{QStringLiteral("12345"), 14, QFont::Medium, 1}));
+    EXPECT_EQ(record.title, (StatusTitle{QStringLiteral("12345"), 14, QFont::Medium, 1}));
 }
 
 TEST_F(AppDelegateTest, zeroEmptiesTheTitleAndLeavesTheImageWhereItWas)
 {
     delegate->applicationDidFinishLaunching();
     delegate->updateStatusIcon(3);
-    item.log.clear();
-    delegate->updateStatusIcon(0);
-    EXPECT_EQ(item.log, QStringList({QStringLiteral("image 18x18"), QStringLiteral("title ''")}));
+    EXPECT_EQ(logOf([this] { delegate->updateStatusIcon(0); }), lines("image 18x18; title ''"));
+}
+
+TEST_F(AppDelegateTest, toggleWithoutAClickDoesNothing)
+{
+    delegate->applicationDidFinishLaunching();
+    EXPECT_TRUE(logOf([this] { delegate->togglePopover(); }).isEmpty());
+}
+
+TEST_F(AppDelegateTest, leftClickShowsThePanelWithTheKeyboardAndStartsNoRefresh)
+{
+    delegate->applicationDidFinishLaunching();
+    ASSERT_TRUE(waitUntil([this] { return !record.panel->isLoading(); }));
+    EXPECT_EQ(logOf([this] { click(ClickType::leftMouseUp); }), lines("show at 7,8; key"));
+    QCoreApplication::processEvents();
+    EXPECT_FALSE(record.panel->isLoading());
+}
+
+TEST_F(AppDelegateTest, leftClickClosesAShownPanel)
+{
+    delegate->applicationDidFinishLaunching();
+    record.isPopoverShown = true;
+    EXPECT_EQ(logOf([this] { click(ClickType::leftMouseUp); }), lines("close"));
+}
+
+TEST_F(AppDelegateTest, rightClickOpensTheMenuAndDetachesItAgain)
+{
+    delegate->applicationDidFinishLaunching();
+    for (const bool isShown : {false, true}) {
+        record.isPopoverShown = isShown;
+        EXPECT_EQ(logOf([this] { click(ClickType::rightMouseUp); }),
+                  lines("menu of 4; click; menu of 0"));
+    }
+    record.isPopoverShown = false;
+    EXPECT_EQ(logOf([this] { click(ClickType::leftMouseUp); }), lines("show at 7,8; key"));
+}
+
+TEST_F(AppDelegateTest, menuHoldsItsFourEntries)
+{
+    delegate->applicationDidFinishLaunching();
+    click(ClickType::rightMouseUp);
+    QStringList entries;
+    for (const MenuItem &item : record.menu)
+        entries.append(item.title + QLatin1Char('|') + item.keyEquivalent);
+    EXPECT_EQ(entries, lines("Check for Updates...|; Settings...|,; |; Quit Tidewick|q"));
+}
+
+TEST_F(AppDelegateTest, menuChecksForUpdatesUnlessACheckRuns)
+{
+    delegate->applicationDidFinishLaunching();
+    click(ClickType::rightMouseUp);
+    EXPECT_TRUE(record.menu[0].isEnabled);
+    EXPECT_EQ(logOf(record.menu[0].action), lines("check for updates"));
+    record.canCheckForUpdates = false;
+    click(ClickType::rightMouseUp);
+    EXPECT_FALSE(record.menu[0].isEnabled);
 }
 
 TEST_F(AppDelegateTest, menuQuitsTheApplication)
 {
     delegate->applicationDidFinishLaunching();
-    ASSERT_EQ(item.menu.size(), 1);
-    EXPECT_EQ(item.menu[0].title, QStringLiteral("Quit Tidewick"));
-    EXPECT_EQ(item.menu[0].keyEquivalent, QStringLiteral("q"));
-    QTimer::singleShot(0, item.menu[0].action);
+    click(ClickType::rightMouseUp);
+    QTimer::singleShot(0, record.menu[3].action);
     QTimer::singleShot(5000, [] { QCoreApplication::exit(1); });
     EXPECT_EQ(QCoreApplication::exec(), 0);
 }
 
-TEST_F(AppDelegateTest, leftClickTogglesThePanelAndStartsNoRefresh)
+TEST_F(AppDelegateTest, settingsAreMadeOnceAndShownAgain)
 {
     delegate->applicationDidFinishLaunching();
-    item.log.clear();
-    item.action();
-    EXPECT_EQ(item.log, QStringList(QStringLiteral("toggle")));
+    click(ClickType::rightMouseUp);
+    const auto showSettings = record.menu[1].action;
+    EXPECT_EQ(logOf(showSettings),
+              lines("login item?; view SettingsView.qml off; called Tidewick Settings; style 3; "
+                    "window 320x150; center; front; activate"));
+    record.loginItemStatus = LoginItemStatus::enabled;
+    EXPECT_EQ(logOf(showSettings), lines("front; activate"));
+}
+
+struct ToggleRow
+{
+    const char *name;
+    LoginItemStatus status;
+    const char *view;
+};
+
+class SettingsToggle : public AppDelegateTest, public testing::WithParamInterface<ToggleRow>
+{
+};
+
+TEST_P(SettingsToggle, isOnExactlyWhereTheLoginItemIsEnabled)
+{
+    record.loginItemStatus = GetParam().status;
+    EXPECT_EQ(logOf([this] { delegate->showSettings(); })[1], QString::fromUtf8(GetParam().view));
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Rows, SettingsToggle,
+    testing::Values(ToggleRow{"notRegistered", LoginItemStatus::notRegistered,
+                              "view SettingsView.qml off"},
+                    ToggleRow{"enabled", LoginItemStatus::enabled, "view SettingsView.qml on"},
+                    ToggleRow{"requiresApproval", LoginItemStatus::requiresApproval,
+                              "view SettingsView.qml off"},
+                    ToggleRow{"notFound", LoginItemStatus::notFound, "view SettingsView.qml off"}),
+    rowName);
+
+TEST_F(AppDelegateTest, settingsRegisterAndUnregisterTheLoginItem)
+{
+    delegate->showSettings();
+    EXPECT_EQ(logOf([this] { record.settings->setLaunchAtLogin(true); }), lines("register"));
+    EXPECT_EQ(logOf([this] { record.settings->setLaunchAtLogin(false); }), lines("unregister"));
+}
+
+TEST_F(AppDelegateTest, failedRegistrationIsOneLine)
+{
+    delegate->showSettings();
+    record.loginItemError = QStringLiteral("Read-only file system");
+    testing::internal::CaptureStdout();
+    record.settings->setLaunchAtLogin(true);
+    record.settings->setLaunchAtLogin(false);
+    EXPECT_EQ(testing::internal::GetCapturedStdout(),
+              "Failed to enable launch at login: Read-only file system\n"
+              "Failed to disable launch at login: Read-only file system\n");
 }
 
 TEST_F(AppDelegateTest, panelOpensRevealsAndQuits)
 {
     delegate->applicationDidFinishLaunching();
-    ASSERT_NE(item.panel, nullptr);
-    item.log.clear();
-    item.panel->openPort(QStringLiteral("3000"));
-    item.panel->openPort(QStringLiteral("99999999"));
-    item.panel->revealFolder(QStringLiteral("/srv/shop"));
-    EXPECT_EQ(item.log, QStringList({QStringLiteral("open http://localhost:3000"),
-                                     QStringLiteral("reveal /srv/shop")}));
-    QTimer::singleShot(0, item.panel, &Panel::quit);
+    ASSERT_NE(record.panel, nullptr);
+    record.lines.clear();
+    record.panel->openPort(QStringLiteral("3000"));
+    record.panel->openPort(QStringLiteral("99999999"));
+    record.panel->revealFolder(QStringLiteral("/srv/shop"));
+    EXPECT_EQ(record.lines, lines("open http://localhost:3000; reveal /srv/shop"));
+    QTimer::singleShot(0, record.panel, &Panel::quit);
     QTimer::singleShot(5000, [] { QCoreApplication::exit(1); });
     EXPECT_EQ(QCoreApplication::exec(), 0);
 }

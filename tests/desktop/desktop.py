@@ -139,7 +139,7 @@ class StatusItem:
         layout = call(self.name, self.menu_path(), "com.canonical.dbusmenu.GetLayout",
                       "0", "-1", "[]")
         return {title: int(number)
-                for number, title in re.findall(r"<\((\d+), {'label': <'([^']*)'>", layout)}
+                for number, title in re.findall(r"<\((\d+), {[^}]*'label': <'([^']*)'>", layout)}
 
     def choose(self, entry):
         """Chooses a menu entry as a tray does, without a pointer."""

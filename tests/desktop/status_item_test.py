@@ -64,7 +64,8 @@ class StatusItemTest(unittest.TestCase):
     def test_menu_quits(self):
         program = self.launch()
         item = desktop.StatusItem()
-        self.assertEqual(list(item.menu_labels()), ["Quit Tidewick"])
+        self.assertEqual(list(item.menu_labels()),
+                         ["Check for Updates...", "Settings...", "Quit Tidewick"])
         item.choose(item.menu_labels()["Quit Tidewick"])
         self.assertEqual(program.wait(timeout=2), 0)
 
@@ -74,7 +75,7 @@ class StatusItemTest(unittest.TestCase):
         subprocess.run(["xdotool", "mousemove", str(x), str(y), "click", "3"], check=True)
         time.sleep(0.5)  # the menu grabs the keyboard a moment after it is drawn
         desktop.screenshot("menu")
-        subprocess.run(["xdotool", "key", "Down", "Return"], check=True)
+        subprocess.run(["xdotool", "key", "Up", "Return"], check=True)
         self.assertEqual(program.wait(timeout=3), 0)
 
     def visible_panels(self):

@@ -114,12 +114,45 @@ TEST_F(DBusMenuTest, eventGroupTellsWhichEntriesItDoesNotKnow)
     EXPECT_TRUE(waitUntil([this] { return chosen == 1; }));
 }
 
-TEST_F(DBusMenuTest, aboutToShowNeedsNoUpdate)
+TEST_F(DBusMenuTest, disabledEntryCannotBeChosen)
 {
-    QList<int> unknown;
+    menu->setItems({{QStringLiteral("Check"), {}, [this] { chosen = 1; }, false}});
+    EXPECT_EQ(menu->GetProperty(1, QStringLiteral("enabled")).variant(), false);
+    click(1);
+    EXPECT_FALSE(waitUntil([this] { return chosen != 0; }, 50));
+}
+
+TEST_F(DBusMenuTest, isMadeAnewWhenATrayIsAboutToShowIt)
+{
+    QString title = QStringLiteral("One");
+    menu->setWanted([&] { menu->setItems({{title, {}, {}}}); });
+    EXPECT_TRUE(menu->AboutToShow(0));
     EXPECT_FALSE(menu->AboutToShow(0));
-    EXPECT_TRUE(menu->AboutToShowGroup({0, 9}, unknown).isEmpty());
+    title = QStringLiteral("Two");
+    QList<int> unknown;
+    EXPECT_EQ(menu->AboutToShowGroup({0, 1, 9}, unknown), QList<int>({0}));
     EXPECT_EQ(unknown, QList<int>({9}));
+    EXPECT_EQ(menu->GetProperty(1, label).variant(), title);
+}
+
+TEST_F(DBusMenuTest, isMadeForATrayThatReadsItBeforeItsFirstShow)
+{
+    menu->setItems({});
+    menu->setWanted([&] { menu->setItems({{QStringLiteral("Quit"), {}, {}}}); });
+    EXPECT_EQ(layout(0, -1).children.size(), 1);
+}
+
+TEST_F(DBusMenuTest, sameLookIsNoNewLayout)
+{
+    menu->setItems({{QStringLiteral("Quit"), {}, {}}});
+    DBusMenuLayout unused;
+    const uint before = menu->GetLayout(0, 0, {}, unused);
+    menu->setItems({{QStringLiteral("Quit"), {}, [this] {
+                         chosen = 1;
+                     }}});
+    EXPECT_EQ(menu->GetLayout(0, 0, {}, unused), before);
+    click(1);
+    EXPECT_TRUE(waitUntil([this] { return chosen == 1; }));
 }
 
 TEST_F(DBusMenuTest, newItemsAreANewRevision)

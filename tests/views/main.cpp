@@ -2,6 +2,7 @@
 #include "tests/support/RecordingHttpClient.h"
 #include "tests/support/RecordingToolRunner.h"
 #include "views/Panel.h"
+#include "views/Settings.h"
 
 #include <QJSValue>
 #include <QQmlEngine>
@@ -18,6 +19,7 @@ class Machine : public QObject
 {
     Q_OBJECT
     Q_PROPERTY(tidewick::Panel *panel READ panel CONSTANT)
+    Q_PROPERTY(tidewick::Settings *settings READ settings CONSTANT)
     Q_PROPERTY(QStringList log READ log NOTIFY logChanged)
 
 public:
@@ -31,6 +33,7 @@ public:
     }
 
     Panel *panel() { return &m_panel; }
+    Settings *settings() { return &m_settings; }
     QStringList log() const { return m_log; }
 
     /// Lets the next scans find these listeners, each with port, pid and what ps and lsof print:
@@ -49,6 +52,8 @@ public:
     }
     /// Holds back every scan, or lets them go on.
     Q_INVOKABLE void setSlow(bool isSlow) { m_isSlow = isSlow; }
+    /// Fails each registration as a login item from now on, with `error`; none when it is empty.
+    Q_INVOKABLE void failRegistration(const QString &error) { m_registrationError = error; }
     Q_INVOKABLE void clearLog() { m_log.clear(); }
 
 Q_SIGNALS:
@@ -59,6 +64,12 @@ private:
     {
         m_log.append(line);
         Q_EMIT logChanged();
+    }
+
+    std::optional<QString> registration(const QString &line)
+    {
+        write(line);
+        return m_registrationError.isEmpty() ? std::nullopt : std::optional(m_registrationError);
     }
 
     ToolResult run(const RecordingToolRunner::Call &call, const std::stop_token &stop)
@@ -135,6 +146,11 @@ private:
                           [this](const auto &request) { return answerHttp(request); })},
                      m_pool};
     Panel m_panel{m_state};
+    QString m_registrationError;
+    Settings m_settings{[this] { return registration(QStringLiteral("register")); },
+                        [this] {
+                            return registration(QStringLiteral("unregister"));
+                        }};
 };
 
 class Setup : public QObject

@@ -1,0 +1,91 @@
+import QtQuick
+import QtTest
+import Tidewick
+import TidewickTest
+
+TestCase {
+    id: test
+
+    name: "SettingsView"
+    width: 320
+    height: 150
+    visible: true
+    when: windowShown
+
+    Machine {
+        id: machine
+    }
+
+    Component {
+        id: settings
+
+        SettingsView {
+            settings: machine.settings
+        }
+    }
+
+    function init() {
+        machine.clearLog();
+    }
+
+    function make(launchAtLogin) {
+        return createTemporaryObject(settings, test, { launchAtLogin: launchAtLogin });
+    }
+
+    function test_isThreeHundredTwentyByOneHundredFifty() {
+        const view = make(false);
+        compare(view.implicitWidth, 320);
+        compare(view.implicitHeight, 150);
+    }
+
+    function test_texts() {
+        const view = make(false);
+        const headline = findChild(view, "headline");
+        const version = findChild(view, "version");
+        compare(headline.text, "General");
+        compare(findChild(view, "toggle").text, "Launch at Login");
+        compare(version.text, "Tidewick v1.0");
+        compare(headline.mapToItem(view, 0, 0), Qt.point(20, 20));
+        fuzzyCompare(version.mapToItem(view, version.width / 2, 0).x, 160, 1);
+        fuzzyCompare(version.mapToItem(view, 0, version.height).y, 130, 1);
+    }
+
+    function test_showsTheInitialValueAndAsksForNothing_data() {
+        return [{ tag: "on", value: true }, { tag: "off", value: false }];
+    }
+
+    function test_showsTheInitialValueAndAsksForNothing(data) {
+        compare(findChild(make(data.value), "toggle").checked, data.value);
+        compare(machine.log, []);
+    }
+
+    function test_turningItOnRegistersOnceAndOffUnregistersOnce() {
+        const toggle = findChild(make(false), "toggle");
+        mouseClick(toggle);
+        compare(machine.log, ["register"]);
+        mouseClick(toggle);
+        compare(machine.log, ["register", "unregister"]);
+    }
+
+    function test_keyboardToggles_data() {
+        return [{ tag: "space", key: Qt.Key_Space }, { tag: "return", key: Qt.Key_Return },
+                { tag: "enter", key: Qt.Key_Enter }];
+    }
+
+    function test_keyboardToggles(data) {
+        const toggle = findChild(make(false), "toggle");
+        toggle.forceActiveFocus();
+        keyClick(data.key);
+        verify(toggle.checked);
+        compare(machine.log, ["register"]);
+    }
+
+    function test_failureLeavesTheToggleOn() {
+        machine.failRegistration("Read-only file system");
+        const view = make(false);
+        mouseClick(findChild(view, "toggle"));
+        verify(findChild(view, "toggle").checked);
+        verify(view.launchAtLogin);
+        machine.failRegistration("");
+    }
+}

@@ -1,0 +1,57 @@
+import QtQuick
+import QtQuick.Templates as T
+import Tidewick
+
+// A check box in the desktop's own colours. Pointer, Space, Enter and the accessibility bus
+// toggle it; `toggled` tells only of those.
+T.CheckBox {
+    id: box
+
+    function press(): void {
+        toggle();
+        toggled();
+    }
+
+    implicitWidth: contentItem.implicitWidth + leftPadding
+    implicitHeight: contentItem.implicitHeight
+    leftPadding: 22
+    font.pixelSize: 13
+    focusPolicy: Qt.StrongFocus
+    Accessible.role: Accessible.CheckBox
+    Accessible.name: text
+    Accessible.checkable: true
+    Accessible.checked: checked
+    Accessible.onPressAction: press()
+    Accessible.onToggleAction: press()
+    Keys.onReturnPressed: press()
+    Keys.onEnterPressed: press()
+
+    SystemPalette {
+        id: system
+    }
+
+    indicator: Rectangle {
+        anchors.verticalCenter: parent?.verticalCenter
+        width: 14
+        height: 14
+        radius: 3
+        color: box.checked ? system.highlight : system.base
+        border.color: box.visualFocus ? system.highlight : system.mid
+        border.width: box.visualFocus ? 2 : 1
+
+        Symbol {
+            anchors.centerIn: parent
+            visible: box.checked
+            name: "checkmark"
+            size: 10
+            color: system.highlightedText
+        }
+    }
+
+    contentItem: PlainText {
+        text: box.text
+        color: system.windowText
+        font: box.font
+        Accessible.ignored: true
+    }
+}
