@@ -2,6 +2,8 @@
 
 #include "app/AppDelegate.h"
 #include "platform/AutostartEntry.h"
+#include "platform/BackdropBlur.h"
+#include "platform/DesktopAppearance.h"
 #include "platform/DesktopWindow.h"
 #include "platform/PopoverWindow.h"
 #include "platform/SingleInstance.h"
@@ -48,11 +50,16 @@ Desktop realDesktop()
     return {
         [](bool) { return std::make_unique<NoUpdater>(); },
         [] { return std::make_unique<StatusNotifierItem>(); },
-        [] { return std::make_unique<PopoverWindow>(); },
+        [] {
+            auto popover = std::make_unique<PopoverWindow>();
+            new BackdropBlur(*popover);
+            return popover;
+        },
         [] { return std::make_unique<DesktopWorkspace>(); },
         [] { return std::make_unique<AutostartEntry>(QCoreApplication::applicationFilePath()); },
+        [] { return std::make_unique<DesktopWindow>(); },
         [] {
-            return std::make_unique<DesktopWindow>();
+            return std::make_unique<DesktopAppearance>();
         }};
 }
 

@@ -83,7 +83,9 @@ TestCase {
 
     function press(row, name) {
         const button = findChild(card(row), name);
-        verify(button.visible, name);
+        tryVerify(() => button.visible, 5000, name);
+        if (name === "cancel" || name === "confirm")
+            tryCompare(findChild(card(row), "confirmation"), "scale", 1);
         mouseClick(button);
     }
 
@@ -181,11 +183,14 @@ TestCase {
     function test_singlePressKillsNothingAndIsWithdrawnAfterThreeSeconds() {
         show([shop]);
         press(0, "stop");
-        verify(findChild(card(0), "confirmation").visible);
+        const pressed = Date.now();
+        verify(card(0).showKillConfirmation);
+        tryVerify(() => findChild(card(0), "confirmation").visible);
         verify(!findChild(card(0), "open").visible);
-        wait(2500);
-        verify(findChild(card(0), "confirmation").visible);
-        tryVerify(() => !findChild(card(0), "confirmation").visible, 1500);
+        tryCompare(card(0), "showKillConfirmation", false, 10000);
+        verify(Date.now() - pressed > 2800, "withdrawn after " + (Date.now() - pressed) + " ms");
+        tryVerify(() => !findChild(card(0), "confirmation").visible);
+        verify(findChild(card(0), "open").visible);
         compare(machine.log, []);
     }
 
@@ -205,7 +210,8 @@ TestCase {
         show([shop]);
         press(0, "stop");
         press(0, "cancel");
-        verify(!findChild(card(0), "confirmation").visible);
+        verify(!card(0).showKillConfirmation);
+        tryVerify(() => !findChild(card(0), "confirmation").visible);
         compare(machine.log, []);
     }
 
@@ -270,7 +276,9 @@ TestCase {
         findChild(card(0), "stop").forceActiveFocus(Qt.TabFocusReason);
         keyClick(Qt.Key_Space);
         verify(card(0).showKillConfirmation);
-        verify(findChild(card(0), "confirm").activeFocus);
+        verify(findChild(card(0), "cancel").activeFocus, "the harmless answer first");
+        keyClick(Qt.Key_Tab);
+        verify(findChild(card(0), "confirm").visualFocus);
         keyClick(Qt.Key_Return);
         tryCompare(machine, "log", ["kill 812"]);
     }
