@@ -43,13 +43,17 @@ public:
     }
 
     /// The processes directly in it. None for the root, which holds what belongs to no service.
-    std::vector<int> processes(uint64_t id)
+    const std::set<int> &processes(uint64_t id)
     {
-        std::vector<int> pids;
+        const auto [entry, isNew] = m_processes.try_emplace(id);
+        std::set<int> &pids = entry->second;
+        if (!isNew)
+            return pids;
         if (m_root.empty() || id == 0)
             return pids;
-        if (m_paths.empty())
+        if (!m_isCollected)
             collect(m_root, 0);
+        m_isCollected = true;
         const auto path = m_paths.find(id);
         std::string text;
         if (path == m_paths.end() ||
@@ -58,7 +62,7 @@ public:
         std::string_view rest = text;
         while (!rest.empty()) {
             const size_t end = std::min(rest.find('\n'), rest.size());
-            pids.push_back(int(parseNumber(rest.substr(0, end)).value_or(0)));
+            pids.insert(int(parseNumber(rest.substr(0, end)).value_or(0)));
             rest.remove_prefix(std::min(end + 1, rest.size()));
         }
         return pids;
@@ -83,7 +87,9 @@ private:
     }
 
     std::string m_root;
+    bool m_isCollected = false;
     std::map<uint64_t, std::string> m_paths;
+    std::map<uint64_t, std::set<int>> m_processes;
 };
 
 class Attribution
@@ -146,8 +152,7 @@ private:
         for (const int pid : proxies()) {
             if (!mayShareCgroup(pid, socket))
                 continue;
-            const std::string text = commandLine(pid);
-            const ProxyMatch match = matchDockerProxy(splitArguments(text), socket);
+            const ProxyMatch match = matchDockerProxy(splitArguments(commandLine(pid)), socket);
             if (match == ProxyMatch::exact)
                 exact.push_back(pid);
             else if (match == ProxyMatch::wildcard)
@@ -178,15 +183,14 @@ private:
     /// False where the socket was made in a cgroup that the process is not in.
     bool mayShareCgroup(int pid, const ListeningSocket &socket)
     {
-        const std::vector<int> members = m_cgroups.processes(socket.cgroup);
-        return members.empty() || std::find(members.begin(), members.end(), pid) != members.end();
+        const std::set<int> &members = m_cgroups.processes(socket.cgroup);
+        return members.empty() || members.contains(pid);
     }
 
     std::vector<int> inCgroup(const ListeningSocket &socket)
     {
         std::vector<int> pids;
-        const std::vector<int> members = m_cgroups.processes(socket.cgroup);
-        const std::set<int> inside(members.begin(), members.end());
+        const std::set<int> &inside = m_cgroups.processes(socket.cgroup);
         if (inside.empty())
             return pids;
         for (const DeniedProcess &process : m_scan.denied) {
@@ -223,13 +227,11 @@ private:
         int root = nobody;
         const std::set<int> all(pids.begin(), pids.end());
         for (const int pid : pids) {
-            const bool isRoot = std::none_of(pids.begin(), pids.end(), [&](int other) {
-                return other != pid && m_tree.isBelow(pid, other);
-            });
-            if (isRoot && root != nobody)
+            if (m_tree.isBelow(pid, all))
+                continue;
+            if (root != nobody)
                 return nobody;
-            if (isRoot)
-                root = pid;
+            root = pid;
         }
         const ProcessTree::Node *const node = root == nobody ? nullptr : m_tree.node(root);
         if (node == nullptr)
@@ -241,25 +243,24 @@ private:
         return isOneProgram ? root : nobody;
     }
 
-    static std::string commandLine(int pid)
+    const std::string &commandLine(int pid)
     {
         constexpr size_t limit = 1U << 17U;
-        std::string text;
-        readFile(AT_FDCWD, procPath(pid, "cmdline").c_str(), text, limit);
-        return text;
+        const auto [line, isNew] = m_commandLines.try_emplace(pid);
+        if (isNew)
+            readFile(AT_FDCWD, procPath(pid, "cmdline").c_str(), line->second, limit);
+        return line->second;
     }
 
     void add(int pid, size_t socket)
     {
-        const Descriptor folder(openFolder(AT_FDCWD, procPath(pid, "").c_str()));
-        const ProcessTree::Node *const node = m_tree.node(pid);
-        struct stat status;
-        if (!folder.isOpen() || node == nullptr || fstat(folder.value(), &status) != 0)
-            return;
         if (!m_added.contains(pid)) {
+            const Descriptor folder(openFolder(AT_FDCWD, procPath(pid, "").c_str()));
+            struct stat status;
+            if (!folder.isOpen() || fstat(folder.value(), &status) != 0)
+                return;
             m_added[pid] = m_scan.processes.size();
-            m_scan.processes.push_back(
-                {pid, status.st_uid, node->parent, node->startTime, commandOf(folder.value())});
+            m_scan.processes.push_back({pid, status.st_uid, commandOf(folder.value(), "")});
         }
         m_scan.holders.push_back({m_added[pid], socket, -1});
     }
@@ -271,6 +272,7 @@ private:
     ProcessTree m_tree;
     std::map<uint32_t, std::vector<int>> m_ofUser;
     std::optional<std::vector<int>> m_proxies;
+    std::map<int, std::string> m_commandLines;
     std::map<int, size_t> m_added;
 };
 

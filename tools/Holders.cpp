@@ -44,8 +44,8 @@ private:
     std::vector<std::pair<uint64_t, size_t>> m_entries;
 };
 
-/// Calls `take` with the name of each entry that is a number. The C library's reader would allocate
-/// 32 KiB for each folder. Returns how many there were.
+/// Calls `take` with the name of each entry that is a number, until it returns false. The C
+/// library's reader would allocate 32 KiB for each folder. Returns how many there were.
 template <class Take>
 int eachNumber(int folder, Take take)
 {
@@ -64,7 +64,8 @@ int eachNumber(int folder, Take take)
             if (name[0] < '0' || name[0] > '9')
                 continue;
             ++count;
-            take(name);
+            if (!take(name))
+                return count;
         }
     }
 }
@@ -78,30 +79,35 @@ public:
     {
         const Descriptor proc(openFolder(AT_FDCWD, "/proc"));
         if (proc.isOpen())
-            eachNumber(proc.value(), [&](const char *pid) { visit(proc.value(), pid); });
+            eachNumber(proc.value(), [&](const char *pid) {
+                visit(proc.value(), pid);
+                return true;
+            });
         return std::move(m_scan);
     }
 
 private:
-    enum class Visit { empty, read, denied, gone };
+    enum class Visit { read, empty, folderShut, linkShut, gone };
 
     void visit(int proc, const char *pid)
     {
-        std::string path(pid);
+        const std::string path(pid);
         m_process = npos;
         Visit result = readFolder(proc, path, pid);
-        if (result == Visit::empty || result == Visit::denied) {
-            struct stat status;
-            if (fstatat(proc, pid, &status, 0) != 0)
-                return;
-            // Where the main thread has ended, its folder is empty, or is root's and so shut to its
-            // own user: the other threads have the descriptors.
-            if ((result == Visit::empty || status.st_uid == m_ownUser) &&
-                hasThreads(proc, path + "/task"))
-                result = readThread(proc, path + "/task", pid, result);
-            if (result == Visit::denied && m_process == npos)
-                m_scan.denied.push_back({number(pid), status.st_uid});
-        }
+        struct stat status
+        {
+        };
+        if ((result == Visit::folderShut || result == Visit::linkShut) &&
+            fstatat(proc, pid, &status, 0) != 0)
+            return;
+        // Where the main thread has ended, its folder is empty, or is root's and so shut to its own
+        // user: the other threads have the descriptors.
+        if ((result == Visit::empty ||
+             (result == Visit::folderShut && status.st_uid == m_ownUser)) &&
+            hasThreads(proc, path + "/task") && readThread(proc, path + "/task", pid))
+            return;
+        if (result == Visit::folderShut || result == Visit::linkShut)
+            m_scan.denied.push_back({number(pid), status.st_uid});
     }
 
     static int number(const char *digits) { return int(parseNumber(digits).value_or(0)); }
@@ -113,20 +119,18 @@ private:
         return fstatat(proc, path.c_str(), &status, 0) == 0 && status.st_nlink > 3;
     }
 
-    Visit readThread(int proc, const std::string &path, const char *pid, Visit otherwise)
+    /// Reads the descriptors through the first thread that shows them.
+    bool readThread(int proc, const std::string &path, const char *pid)
     {
         const Descriptor tasks(openFolder(proc, path.c_str()));
-        if (!tasks.isOpen())
-            return otherwise;
-        Visit result = otherwise;
-        eachNumber(tasks.value(), [&](const char *thread) {
-            if (result == Visit::read || strcmp(thread, pid) == 0)
-                return;
-            const Visit visit = readFolder(tasks.value(), thread, pid);
-            if (visit == Visit::read || visit == Visit::denied)
-                result = visit;
-        });
-        return result;
+        bool isRead = false;
+        if (tasks.isOpen()) {
+            eachNumber(tasks.value(), [&](const char *thread) {
+                isRead = readFolder(tasks.value(), thread, pid) == Visit::read;
+                return !isRead;
+            });
+        }
+        return isRead;
     }
 
     /// Reads the descriptors of a process, or of a thread, in the folder `path`.
@@ -134,23 +138,24 @@ private:
     {
         const Descriptor folder(openFolder(parent, (path + "/fd").c_str()));
         if (!folder.isOpen())
-            return wasRefused() ? Visit::denied : Visit::gone;
+            return wasRefused() ? Visit::folderShut : Visit::gone;
         bool refused = false;
         const int count = eachNumber(folder.value(), [&](const char *descriptor) {
             char link[32];
             const ssize_t size = readlinkat(folder.value(), descriptor, link, sizeof link);
             if (size < 0) {
-                refused = refused || wasRefused();
-                return;
+                refused = wasRefused();
+                return !refused;
             }
             if (link[0] != 's')
-                return;
+                return true;
             const ssize_t socket = m_index.find(socketInode({link, size_t(size)}));
             if (socket >= 0 && isKnown(folder.value(), pid))
                 m_scan.holders.push_back({m_process, size_t(socket), number(descriptor)});
+            return true;
         });
         if (refused)
-            return Visit::denied;
+            return Visit::linkShut;
         return count == 0 ? Visit::empty : Visit::read;
     }
 
@@ -160,18 +165,11 @@ private:
     {
         if (m_process != npos)
             return true;
-        const Descriptor folder(openFolder(descriptors, ".."));
         struct stat status;
-        std::string text;
-        if (!folder.isOpen() || fstat(folder.value(), &status) != 0 ||
-            !readFile(folder.value(), "stat", text))
-            return false;
-        const auto stat = parseStat(text);
-        if (!stat)
+        if (fstatat(descriptors, "..", &status, 0) != 0)
             return false;
         m_process = m_scan.processes.size();
-        m_scan.processes.push_back(
-            {number(pid), status.st_uid, stat->parent, stat->startTime, commandOf(folder.value())});
+        m_scan.processes.push_back({number(pid), status.st_uid, commandOf(descriptors, "../")});
         return true;
     }
 
@@ -189,38 +187,42 @@ Scan findHolders(const std::vector<ListeningSocket> &sockets)
     return sockets.empty() ? Scan() : Walk(sockets).run();
 }
 
-std::string commandOf(int folder)
+std::string commandOf(int folder, std::string_view prefix)
 {
+    const std::string exe = std::string(prefix) + "exe";
+    std::string executable;
+    const bool isReadable = readLink(folder, exe.c_str(), executable);
+    if (isReadable && !executable.ends_with(')')) {
+        // Nearly always: what it was started with adds nothing.
+        std::string name = programName(executable, true, {});
+        if (isKnownName(name))
+            return name;
+    }
+
     std::string commandLine;
     std::string comm;
-    std::string executable;
-    readFile(folder, "cmdline", commandLine, commandLineLimit);
-    readFile(folder, "comm", comm);
+    readFile(folder, (std::string(prefix) + "cmdline").c_str(), commandLine, commandLineLimit);
+    readFile(folder, (std::string(prefix) + "comm").c_str(), comm);
     if (comm.ends_with('\n'))
         comm.pop_back();
     const auto arguments = splitArguments(commandLine);
     std::string name;
-    if (!readLink(folder, "exe", executable)) {
+    if (!isReadable) {
         name = hiddenProgramName(arguments, comm);
     } else {
         std::string_view path = executable;
         const bool isReallyThere =
-            stripDeleted(path) && isSameFile(folder, "exe", AT_FDCWD, executable.c_str());
+            stripDeleted(path) && isSameFile(folder, exe.c_str(), AT_FDCWD, executable.c_str());
         name = programName(executable, isReallyThere, arguments);
         // One file may have several names, and Debian's redis-server is a link to another one. A
         // name is believed only beside the executable, and only for the very same file.
-        const size_t slash = executable.rfind('/');
-        if (!isKnownName(name) && slash != std::string::npos) {
-            const std::string_view first = arguments.empty() ? std::string_view() : arguments[0];
-            for (const std::string_view other : {first, firstWord(first), std::string_view(comm)}) {
-                const std::string alias = foldName(baseName(other));
-                const std::string place =
-                    executable.substr(0, slash + 1) + std::string(baseName(other));
-                if (isKnownName(alias) && isSameFile(folder, "exe", AT_FDCWD, place.c_str())) {
-                    name = alias;
-                    break;
-                }
-            }
+        const std::string_view first = arguments.empty() ? std::string_view() : arguments[0];
+        for (const std::string_view other : {first, firstWord(first), std::string_view(comm)}) {
+            const std::string alias(baseName(other));
+            const std::string place = executable.substr(0, executable.rfind('/') + 1) + alias;
+            if (!isKnownName(name) && isKnownName(foldName(alias)) &&
+                isSameFile(folder, exe.c_str(), AT_FDCWD, place.c_str()))
+                name = foldName(alias);
         }
     }
     if (name.empty())
@@ -254,12 +256,12 @@ int ProcessTree::depth(int pid)
     return depth;
 }
 
-bool ProcessTree::isBelow(int pid, int ancestor)
+bool ProcessTree::isBelow(int pid, const std::set<int> &ancestors)
 {
     constexpr int longest = 10'000;
     const Node *at = node(pid);
     for (int steps = 0; at != nullptr && at->parent > 0 && steps < longest; ++steps) {
-        if (at->parent == ancestor)
+        if (ancestors.contains(at->parent))
             return true;
         at = node(at->parent);
     }
@@ -268,13 +270,19 @@ bool ProcessTree::isBelow(int pid, int ancestor)
 
 void sortByAncestry(Scan &scan, const std::vector<ListeningSocket> &sockets)
 {
-    // Start times are told in hundredths of a second: a parent and its child may share one.
-    ProcessTree tree;
+    struct Age
+    {
+        uint64_t startTime = 0;
+        int depth =
+            0; ///< a parent and its child may have started in the same hundredth of a second
+    };
+    std::vector<Age> ages(scan.processes.size());
     std::map<uint16_t, size_t> firstOfPort;
-    std::vector<int> depths(scan.processes.size(), -1);
+    ProcessTree tree;
     const auto measure = [&](size_t process) {
-        if (depths[process] < 0)
-            depths[process] = tree.depth(scan.processes[process].pid);
+        const int pid = scan.processes[process].pid;
+        if (const ProcessTree::Node *const node = tree.node(pid))
+            ages[process] = {node->startTime, tree.depth(pid)};
     };
     for (const Holder &holder : scan.holders) {
         const auto [first, isNew] =
@@ -285,9 +293,9 @@ void sortByAncestry(Scan &scan, const std::vector<ListeningSocket> &sockets)
         }
     }
     const auto key = [&](const Holder &holder) {
-        const Process &process = scan.processes[holder.process];
+        const Age &age = ages[holder.process];
         const ListeningSocket &socket = sockets[holder.socket];
-        return std::tuple(socket.port, process.startTime, depths[holder.process], process.pid,
+        return std::tuple(socket.port, age.startTime, age.depth, scan.processes[holder.process].pid,
                           holder.descriptor, socket.inode);
     };
     std::sort(scan.holders.begin(), scan.holders.end(),

@@ -3,6 +3,7 @@
 #include "tools/ProcText.h"
 
 #include <map>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -14,8 +15,6 @@ struct Process
 {
     int pid = 0;
     uint32_t user = 0;
-    int parent = 0;
-    uint64_t startTime = 0;
     std::string command;
 };
 
@@ -44,9 +43,9 @@ struct Scan
 /// Walks /proc once for the processes that hold one of `sockets`.
 Scan findHolders(const std::vector<ListeningSocket> &sockets);
 
-/// What the COMMAND column shows of a process: the program that the kernel was asked to run.
-/// `folder` is its folder in /proc, or that of one of its threads.
-std::string commandOf(int folder);
+/// What the COMMAND column shows of a process: the program that the kernel was asked to run. Its
+/// files in /proc, or those of one of its threads, are at `prefix`, "" or "../", from `folder`.
+std::string commandOf(int folder, std::string_view prefix);
 
 /// The parents and start times of processes, each read at most once.
 class ProcessTree
@@ -62,7 +61,8 @@ public:
     const Node *node(int pid);
     /// How many ancestors it has.
     int depth(int pid);
-    bool isBelow(int pid, int ancestor);
+    /// Whether one of its ancestors is among them.
+    bool isBelow(int pid, const std::set<int> &ancestors);
 
 private:
     std::map<int, Node> m_nodes;
