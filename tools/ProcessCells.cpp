@@ -134,6 +134,7 @@ std::string joinArguments(std::string_view commandLine)
         return "?";
     std::string text(commandLine.substr(0, last + 1));
     std::replace(text.begin(), text.end(), '\0', ' ');
+    std::replace(text.begin(), text.end(), '\n', ' ');
     return text;
 }
 

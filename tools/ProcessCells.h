@@ -14,7 +14,8 @@ std::string memoryAndCpuCells(int pid);
 /// The line of `-o etime=`: [[DD-]hh:]mm:ss.
 std::string elapsedCell(int pid);
 
-/// The arguments of /proc/PID/cmdline with blanks between them, without the NULs at the end.
+/// The arguments of /proc/PID/cmdline with blanks between them and for line breaks, without the
+/// NULs at the end.
 std::string joinArguments(std::string_view commandLine);
 /// A text as ps prints it: what this locale cannot print is '?' or '.'.
 std::string escapeText(std::string_view text);

@@ -6,6 +6,7 @@
 #include <array>
 #include <cerrno>
 #include <csignal>
+#include <filesystem>
 
 #include <fcntl.h>
 #include <grp.h>
@@ -177,6 +178,13 @@ SharedFolder::SharedFolder() : m_folder(QStringLiteral("/tmp/tidewick-tools-XXXX
     chmod(QFile::encodeName(m_folder.path()).constData(), 0777);
 }
 
+SharedFolder::~SharedFolder()
+{
+    // Qt does not remove files with names that are no text.
+    std::error_code ignored;
+    std::filesystem::remove_all(m_folder.path().toStdString(), ignored);
+}
+
 std::string SharedFolder::path(const std::string &name) const
 {
     return m_folder.path().toStdString() + '/' + name;
@@ -185,7 +193,7 @@ std::string SharedFolder::path(const std::string &name) const
 std::string SharedFolder::copy(const std::string &program, const std::string &name) const
 {
     const std::string place = path(name);
-    QFile::copy(QString::fromStdString(program), QString::fromStdString(place));
+    std::filesystem::copy_file(program, place, std::filesystem::copy_options::skip_existing);
     chmod(place.c_str(), 0755);
     return place;
 }

@@ -71,6 +71,9 @@ class SharedFolder
 {
 public:
     SharedFolder();
+    ~SharedFolder();
+    SharedFolder(const SharedFolder &) = delete;
+    SharedFolder &operator=(const SharedFolder &) = delete;
     std::string path(const std::string &name) const;
     /// The path of a copy of `program` called `name`.
     std::string copy(const std::string &program, const std::string &name) const;

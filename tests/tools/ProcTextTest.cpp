@@ -328,7 +328,7 @@ TEST(ProcText, textsAsPsPrintsThem)
     EXPECT_EQ(escapeText("\xc3 \xc3\xa9\xe4"), "? \xc3\xa9?");
     EXPECT_EQ(escapeText("\xe1\xc3\x80\xc2\x85"), "?\xc3\x80?");
     setlocale(LC_CTYPE, "C");
-    EXPECT_EQ(joinArguments("a\0\0b\0\0"sv), "a  b");
+    EXPECT_EQ(joinArguments("a\0\0b\nc\0\0"sv), "a  b c");
     EXPECT_EQ(joinArguments("\0\0"sv), "?");
 }
 

@@ -3,6 +3,7 @@
  *   port N          what is listened on next, if not a free one
  *   reuseport       let the sockets after this share their port
  *   fork N          N children, which inherit everything and wait
+ *   servers N       N children, each with a listener of its own
  *   comm NAME       the name that prctl(PR_SET_NAME) gives
  *   argv TEXT       overwrites the arguments' memory with TEXT and NULs
  *   shut            not dumpable: its descriptors are for root alone
@@ -110,6 +111,7 @@ static void usage(const char *command)
 int main(int argc, char *argv[])
 {
     char *const start = argv[0];
+    prctl(PR_SET_PDEATHSIG, SIGKILL);
     const size_t space = (size_t)(argv[argc - 1] + strlen(argv[argc - 1]) + 1 - start);
     char *rest = strdup(getenv("ODD") ? getenv("ODD") : "");
     for (char *step; (step = strsep(&rest, "|")) != NULL;) {
@@ -126,6 +128,14 @@ int main(int argc, char *argv[])
             for (int i = 0; i < atoi(value); ++i) {
                 if (child() == 0)
                     waitForEver(NULL);
+            }
+        } else if (!strcmp(verb, "servers")) {
+            for (int i = 0; i < atoi(value); ++i) {
+                if (child() == 0) {
+                    port = 0;
+                    listenOn("127.0.0.1");
+                    waitForEver(NULL);
+                }
             }
         } else if (!strcmp(verb, "idle")) {
             for (int i = 0; i < atoi(value); ++i) {
