@@ -25,12 +25,12 @@ struct Row
     std::string name;
 };
 
+/// The name of the account; empty where there is none.
 std::string userName(uint32_t user)
 {
     // NOLINTNEXTLINE(concurrency-mt-unsafe): this program has one thread
     const passwd *const entry = getpwuid(user);
-    const std::string name = entry == nullptr ? "" : escapeWord(entry->pw_name);
-    return name.empty() ? std::to_string(user) : name;
+    return entry == nullptr ? std::string() : escapeWord(entry->pw_name);
 }
 
 std::string padLeft(std::string_view text, size_t width)
@@ -59,6 +59,11 @@ std::string socketTable(const Scan &scan, const std::vector<ListeningSocket> &so
         std::string &user = users[process.user];
         if (user.empty())
             user = userName(process.user);
+        if (user.empty()) {
+            // lsof gives numbers of users eight columns.
+            user = std::to_string(process.user);
+            userWidth = std::max<size_t>(userWidth, 8);
+        }
         // lsof's word for descriptors that it may not read.
         const std::string descriptor =
             holder.descriptor < 0 ? " NOFD " : padLeft(std::to_string(holder.descriptor), 4) + "u ";

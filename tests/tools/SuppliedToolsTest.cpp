@@ -646,7 +646,7 @@ TEST_P(SuppliedTools, theCellsOfPs)
             // A second or a tenth of a percent may pass between the two.
             Output stock;
             Output supplied;
-            for (int attempt = 0; attempt < 10; ++attempt) {
+            for (int attempt = 0; attempt < 100; ++attempt) {
                 stock = runProgram("/bin/ps", {"-p", pid, "-o", format}, asViewer(), locale);
                 supplied = runProgram(ps(), {"-p", pid, "-o", format}, asViewer(), locale);
                 if (stock.text == supplied.text)
