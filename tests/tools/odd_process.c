@@ -8,7 +8,7 @@
  *   argv TEXT       overwrites the arguments' memory with TEXT and NULs
  *   shut            not dumpable: its descriptors are for root alone
  *   fds N           N more descriptors
- *   idle N          N children that hold nothing
+ *   idle N          N children with no socket
  *   exit-main       the main thread ends, another goes on
  *   remove          removes its own executable
  *   busy            uses up processor time
@@ -140,7 +140,7 @@ int main(int argc, char *argv[])
         } else if (!strcmp(verb, "idle")) {
             for (int i = 0; i < atoi(value); ++i) {
                 if (child() == 0) {
-                    close_range(0, ~0U, 0);
+                    close_range(3, ~0U, 0);
                     waitForEver(NULL);
                 }
             }
