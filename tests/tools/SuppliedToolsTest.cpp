@@ -338,6 +338,8 @@ TEST_P(SuppliedTools, processesThatEndMidScan)
             execl(ODD_PROCESS, "x", nullptr);
             _exit(1);
         }
+        // As a target of a kill a -1 would be every process there is.
+        ASSERT_GT(pid, 0);
         pids.push_back(pid);
     }
     const auto take = [&] {
@@ -679,6 +681,8 @@ TEST_P(SuppliedTools, theCellsOfPs)
 TEST_P(SuppliedTools, aProcessThatHasEnded)
 {
     OddProcess process({"comm a)\n b", {"x"}, "", asViewer()});
+    ASSERT_TRUE(process.isUp());
+    ASSERT_GT(process.pid(), 0);
     kill(process.pid(), SIGKILL);
     const std::string pid = std::to_string(process.pid());
     for (int attempt = 0; attempt < 500; ++attempt) {
