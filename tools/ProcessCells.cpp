@@ -45,6 +45,7 @@ void appendPrintable(std::string &escaped, std::string_view text)
     while (!text.empty()) {
         mbstate_t state{};
         wchar_t character = 0;
+        // NOLINTNEXTLINE(concurrency-mt-unsafe): the state is its own
         const size_t length = mbrtowc(&character, text.data(), text.size(), &state);
         if (length == 0 || length > text.size()) {
             escaped += '?';
@@ -143,6 +144,7 @@ std::string escapeText(std::string_view text)
     std::string escaped;
     // ps takes a sequence by the length that its first byte tells. At a byte that begins none it
     // gives the characters up and goes on by bytes, to the end of the text.
+    // NOLINTNEXTLINE(concurrency-mt-unsafe): this program has one thread
     bool byCharacter = strcmp(nl_langinfo(CODESET), "UTF-8") == 0;
     while (!text.empty()) {
         const auto byte = static_cast<unsigned char>(text[0]);

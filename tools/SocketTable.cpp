@@ -109,6 +109,7 @@ std::string escapePath(std::string_view path)
         if (byte >= 0x80) {
             mbstate_t state{};
             wchar_t character = 0;
+            // NOLINTNEXTLINE(concurrency-mt-unsafe): the state is its own
             const size_t length = mbrtowc(&character, path.data(), path.size(), &state);
             if (length <= path.size() && iswprint(wint_t(character)) != 0) {
                 escaped += path.substr(0, length);

@@ -95,7 +95,8 @@ int main(int argc, char *argv[])
     std::printf("user %u, ms, medians of %d runs in turns\n%-34s %-10s %9s %9s %9s %9s %9s\n",
                 getuid(), runs, "beside 160 listeners", "", "supplied", "stock", "ratio", "ss",
                 "ratio");
-    const OddProcess servers({"servers 160", {"node"}});
+    const SharedFolder folder;
+    const OddProcess servers({"servers 160", {"node"}, folder.copy(ODD_PROCESS, "node")});
     compare("no more", argv[1]);
     for (int i = 2; i < argc; ++i) {
         const OddProcess crowd({std::string("idle ") + argv[i], {"crowd"}});

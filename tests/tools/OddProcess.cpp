@@ -28,6 +28,7 @@ constexpr int patienceMs = 30'000;
 std::vector<char *> pointers(std::vector<std::string> &texts)
 {
     std::vector<char *> list;
+    list.reserve(texts.size() + 1);
     for (std::string &text : texts)
         list.push_back(text.data());
     list.push_back(nullptr);
@@ -192,7 +193,7 @@ std::string SharedFolder::path(const std::string &name) const
 
 std::string SharedFolder::copy(const std::string &program, const std::string &name) const
 {
-    const std::string place = path(name);
+    std::string place = path(name);
     std::filesystem::copy_file(program, place, std::filesystem::copy_options::skip_existing);
     chmod(place.c_str(), 0755);
     return place;
