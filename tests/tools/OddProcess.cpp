@@ -96,12 +96,13 @@ Output runProgram(const std::string &program, const std::vector<std::string> &ar
     Output result;
     result.text = readAll(output[0]);
     close(output[0]);
-    int status = 0;
-    waitpid(pid, &status, 0);
-    if (WIFEXITED(status))
+    int status = -1;
+    if (pid < 0)
+        result.errors = "no process can be started";
+    else if (waitpid(pid, &status, 0) == pid && WIFEXITED(status))
         result.status = WEXITSTATUS(status);
     rewind(errors);
-    result.errors = readAll(fileno(errors));
+    result.errors += readAll(fileno(errors));
     if (fclose(errors) != 0)
         result.status = -1;
     return result;

@@ -139,7 +139,10 @@ int main(int argc, char *argv[])
             }
         } else if (!strcmp(verb, "idle")) {
             for (int i = 0; i < atoi(value); ++i) {
-                if (child() == 0) {
+                const int pid = child();
+                if (pid < 0)
+                    exit(5);
+                if (pid == 0) {
                     close_range(3, ~0U, 0);
                     waitForEver(NULL);
                 }
