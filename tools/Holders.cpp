@@ -238,10 +238,10 @@ const ProcessTree::Node *ProcessTree::node(int pid)
     std::string text;
     if (!readFile(AT_FDCWD, ("/proc/" + std::to_string(pid) + "/stat").c_str(), text))
         return nullptr;
-    auto stat = parseStat(text);
+    const auto stat = parseStat(text);
     if (!stat)
         return nullptr;
-    return &m_nodes.insert({pid, {stat->parent, stat->startTime, std::move(stat->comm)}})
+    return &m_nodes.insert({pid, {stat->parent, stat->startTime, std::string(stat->comm)}})
                 .first->second;
 }
 

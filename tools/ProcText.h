@@ -14,10 +14,10 @@ namespace tidewick::tools
 /// A decimal number and nothing else: no sign, no blank, no overflow.
 std::optional<uint64_t> parseNumber(std::string_view digits);
 
-/// What /proc/PID/stat tells (proc(5)); times in clock ticks.
+/// What /proc/PID/stat tells (proc(5)); times in clock ticks. The name is a part of the text read.
 struct ProcessStat
 {
-    std::string comm;
+    std::string_view comm;
     char state = '?';
     int parent = 0;
     uint64_t userTime = 0;

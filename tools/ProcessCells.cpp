@@ -4,8 +4,6 @@
 #include "tools/ProcText.h"
 
 #include <algorithm>
-#include <cmath>
-#include <cstdio>
 #include <cstring>
 #include <cwchar>
 #include <cwctype>
@@ -64,12 +62,12 @@ void appendPrintable(std::string &escaped, std::string_view text)
 struct OpenProcess
 {
     Descriptor folder;
-    std::optional<ProcessStat> stat;
+    std::string text;
+    std::optional<ProcessStat> stat; ///< of that text
 
     explicit OpenProcess(int pid)
         : folder(openFolder(AT_FDCWD, ("/proc/" + std::to_string(pid)).c_str()))
     {
-        std::string text;
         if (folder.isOpen() && readFile(folder.value(), "stat", text))
             stat = parseStat(text);
     }
@@ -83,11 +81,9 @@ double ticksPerSecond()
 /// Seconds since the process was started.
 double lifeTime(const ProcessStat &stat)
 {
-    std::string text;
-    double uptime = 0;
-    if (readFile(AT_FDCWD, "/proc/uptime", text))
-        uptime = strtod(text.c_str(), nullptr);
-    return std::max(0.0, uptime - double(stat.startTime) / ticksPerSecond());
+    std::string uptime;
+    readFile(AT_FDCWD, "/proc/uptime", uptime);
+    return lifeTime(stat, uptime, ticksPerSecond());
 }
 
 } // namespace
@@ -100,7 +96,7 @@ std::string commandCell(int pid)
     std::string text;
     if (readFile(process.folder.value(), "cmdline", text, commandLineLimit) && !text.empty())
         return escapeText(joinArguments(text)) + '\n';
-    return escapeText('[' + process.stat->comm + ']') +
+    return escapeText('[' + std::string(process.stat->comm) + ']') +
            (process.stat->state == 'Z' ? " <defunct>\n" : "\n");
 }
 
@@ -109,23 +105,16 @@ std::string memoryAndCpuCells(int pid)
     const OpenProcess process(pid);
     if (!process.stat)
         return {};
-    std::string text;
-    uint64_t resident = 0;
-    // The counters in stat are rough ones; those here are summed up.
-    if (readFile(process.folder.value(), "status", text)) {
-        const auto value = statusValue(text, "VmRSS");
-        resident = value ? parseNumber(firstWord(*value)).value_or(0) : 0;
-    }
-    const double ticks = double(process.stat->userTime) + double(process.stat->systemTime);
-    char cell[32];
-    snprintf(cell, sizeof cell, "%5llu ", static_cast<unsigned long long>(resident));
-    return cell + percentage(ticks, lifeTime(*process.stat), ticksPerSecond()) + '\n';
+    std::string status;
+    readFile(process.folder.value(), "status", status);
+    return residentCell(status) + ' ' +
+           percentage(*process.stat, lifeTime(*process.stat), ticksPerSecond()) + '\n';
 }
 
 std::string elapsedCell(int pid)
 {
     const OpenProcess process(pid);
-    return process.stat ? elapsedText(long(lifeTime(*process.stat))) + '\n' : std::string();
+    return process.stat ? elapsedText(uint64_t(lifeTime(*process.stat))) + '\n' : std::string();
 }
 
 std::string joinArguments(std::string_view commandLine)
@@ -164,33 +153,58 @@ std::string escapeText(std::string_view text)
     return escaped;
 }
 
-std::string percentage(double ticks, double seconds, double ticksPerSecond)
+double lifeTime(const ProcessStat &stat, std::string_view uptime, double ticksPerSecond)
 {
-    const double tenths = seconds > 0 ? ticks * 1000 / ticksPerSecond / seconds : 0;
-    const auto whole = static_cast<unsigned long>(std::min(tenths, 1e9));
-    char cell[32];
-    if (whole > 999)
-        snprintf(cell, sizeof cell, "%4lu", whole / 10);
-    else
-        snprintf(cell, sizeof cell, "%2lu.%lu", whole / 10, whole % 10);
-    return cell;
+    // "12345.67 ...": hundredths of a second.
+    const size_t point = std::min(uptime.find('.'), uptime.size());
+    const uint64_t whole = parseNumber(uptime.substr(0, point)).value_or(0);
+    const std::string_view rest = uptime.substr(std::min(point + 1, uptime.size()), 2);
+    const double seconds = double(whole * 100 + parseNumber(rest).value_or(0)) / 100;
+    return std::max(0.0, seconds - double(stat.startTime) / ticksPerSecond);
 }
 
-std::string elapsedText(long seconds)
+std::string residentCell(std::string_view status)
 {
-    const long days = seconds / 86400;
-    const long hours = seconds / 3600 % 24;
-    const long minutes = seconds / 60 % 60;
-    char text[64];
+    // The counters in stat are rough ones; those here are summed up.
+    const auto value = statusValue(status, "VmRSS");
+    return paddedNumber(value ? parseNumber(firstWord(*value)).value_or(0) : 0, 5, ' ');
+}
+
+std::string percentage(const ProcessStat &stat, double seconds, double ticksPerSecond)
+{
+    const double ticks = double(stat.userTime) + double(stat.systemTime);
+    const double tenths = seconds > 0 ? ticks * 1000 / ticksPerSecond / seconds : 0;
+    const auto whole = static_cast<uint64_t>(std::min(tenths, 1e9));
+    if (whole > 999)
+        return paddedNumber(whole / 10, 4, ' ');
+    return paddedNumber(whole / 10, 2, ' ') + '.' + char('0' + whole % 10);
+}
+
+std::string elapsedText(uint64_t seconds)
+{
+    const uint64_t days = seconds / 86400;
+    const uint64_t hours = seconds / 3600 % 24;
+    std::string text;
     if (days > 0)
-        snprintf(text, sizeof text, "%ld-%02ld:%02ld:%02ld", days, hours, minutes, seconds % 60);
-    else if (hours > 0)
-        snprintf(text, sizeof text, "%02ld:%02ld:%02ld", hours, minutes, seconds % 60);
-    else
-        snprintf(text, sizeof text, "%02ld:%02ld", minutes, seconds % 60);
-    char cell[80];
-    snprintf(cell, sizeof cell, "%11s", text);
-    return cell;
+        text = paddedNumber(days, 1, '0') + '-';
+    if (days > 0 || hours > 0)
+        text += paddedNumber(hours, 2, '0') + ':';
+    text += paddedNumber(seconds / 60 % 60, 2, '0') + ':' + paddedNumber(seconds % 60, 2, '0');
+    constexpr size_t width = 11;
+    return std::string(width - std::min(width, text.size()), ' ') + text;
+}
+
+std::string paddedNumber(uint64_t value, size_t width, char fill)
+{
+    char digits[20];
+    size_t first = sizeof digits;
+    do {
+        digits[--first] = char('0' + value % 10);
+        value /= 10;
+    } while (value > 0);
+    while (sizeof digits - first < width)
+        digits[--first] = fill;
+    return {digits + first, sizeof digits - first};
 }
 
 } // namespace tidewick::tools

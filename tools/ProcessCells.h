@@ -1,7 +1,6 @@
 #pragma once
 
-#include <string>
-#include <string_view>
+#include "tools/ProcText.h"
 
 namespace tidewick::tools
 {
@@ -19,9 +18,19 @@ std::string elapsedCell(int pid);
 std::string joinArguments(std::string_view commandLine);
 /// A text as ps prints it: what this locale cannot print is '?' or '.'.
 std::string escapeText(std::string_view text);
-/// `ticks` of `seconds * ticksPerSecond` in percent, cut to a tenth, in ps's four columns.
-std::string percentage(double ticks, double seconds, double ticksPerSecond);
+
+/// What the numbers are made of. None takes memory, for values that a machine can have: the quick
+/// start uses them before there is any.
+///
+/// Seconds since the process was started, with the text of /proc/uptime.
+double lifeTime(const ProcessStat &stat, std::string_view uptime, double ticksPerSecond);
+/// Resident KiB, from the text of /proc/PID/status.
+std::string residentCell(std::string_view status);
+/// The processor time over the life time in percent, cut to a tenth, in ps's four columns.
+std::string percentage(const ProcessStat &stat, double seconds, double ticksPerSecond);
 /// Seconds as ps's elapsed time, in its eleven columns.
-std::string elapsedText(long seconds);
+std::string elapsedText(uint64_t seconds);
+/// At most 20 columns.
+std::string paddedNumber(uint64_t value, size_t width, char fill);
 
 } // namespace tidewick::tools

@@ -334,13 +334,26 @@ TEST(ProcText, textsAsPsPrintsThem)
 
 TEST(ProcText, cellsOfNumbers)
 {
-    EXPECT_EQ(percentage(0, 0, 100), " 0.0");
-    EXPECT_EQ(percentage(1259, 100, 100), "12.5");
-    EXPECT_EQ(percentage(9999, 100, 100), "99.9");
-    EXPECT_EQ(percentage(10000, 100, 100), " 100");
-    EXPECT_EQ(percentage(123456, 100, 100), "1234");
+    const auto percent = [](uint64_t ticks, double seconds) {
+        ProcessStat stat;
+        stat.userTime = ticks;
+        return percentage(stat, seconds, 100);
+    };
+    EXPECT_EQ(percent(0, 0), " 0.0");
+    EXPECT_EQ(percent(1259, 100), "12.5");
+    EXPECT_EQ(percent(9999, 100), "99.9");
+    EXPECT_EQ(percent(10000, 100), " 100");
+    EXPECT_EQ(percent(123456, 100), "1234");
+    EXPECT_EQ(residentCell("VmHWM:\t 9 kB\nVmRSS:\t     988 kB\n"), "  988");
+    EXPECT_EQ(residentCell("VmRSS:\t 1234567 kB\n"), "1234567");
+    EXPECT_EQ(residentCell(""), "    0");
+    ProcessStat stat;
+    stat.startTime = 5150;
+    EXPECT_EQ(lifeTime(stat, "1000.25 7.00\n", 100), 948.75);
+    EXPECT_EQ(lifeTime(stat, "", 100), 0);
+    EXPECT_EQ(paddedNumber(UINT64_MAX, 1, ' '), "18446744073709551615");
     EXPECT_EQ(elapsedText(5), "      00:05");
     EXPECT_EQ(elapsedText(7265), "   02:01:05");
     EXPECT_EQ(elapsedText(266465), " 3-02:01:05");
-    EXPECT_EQ(elapsedText(86400L * 1234), "1234-00:00:00");
+    EXPECT_EQ(elapsedText(86400UL * 1234), "1234-00:00:00");
 }

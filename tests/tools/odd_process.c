@@ -58,9 +58,13 @@ static int listenOn(const char *address)
 
 static int child(void)
 {
+    const int parent = getpid();
     const int pid = fork();
-    if (pid == 0)
+    if (pid == 0) {
         prctl(PR_SET_PDEATHSIG, SIGKILL);
+        if (getppid() != parent)
+            _exit(0);
+    }
     return pid;
 }
 
