@@ -114,7 +114,7 @@ public:
         path.add("/proc/");
         path.add(pid);
         path.add(name);
-        path.add({"", 1});
+        path.add({"\0", 1});
         const long file = systemCall(SYS_open, reinterpret_cast<long>(path.view().data()),
                                      O_RDONLY | O_CLOEXEC, 0);
         if (file < 0)
@@ -189,12 +189,12 @@ void answerNumbers(std::string_view pid, bool isElapsed)
 } // namespace
 
 /// `stack` is what the kernel leaves for a new program: the number of arguments, then those.
-extern "C" void quickStart(const long *stack)
+extern "C" void quickStart(const char *const *stack)
 {
-    if (*stack != 5)
+    if (reinterpret_cast<intptr_t>(stack[0]) != 5)
         return;
     const auto argument = [stack](int index) {
-        return std::string_view(reinterpret_cast<const char *>(stack[1 + index]));
+        return std::string_view(stack[1 + index]);
     };
     const std::string_view pid = argument(2);
     const auto number = parseNumber(pid);

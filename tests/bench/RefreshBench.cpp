@@ -67,6 +67,7 @@ struct Refresh
     double total = 0;
     double tools = 0;
     double probes = 0;
+    double own = 0;
     double processor = 0; ///< milliseconds of processor time, the children's included
     qsizetype listeners = 0;
 };
@@ -93,6 +94,7 @@ Refresh refresh(const ToolTable &toolTable)
         const Stopwatch stopwatch(result.total);
         result.listeners = fetchRunningPorts(system, {}).size();
     }
+    result.own = result.total - result.tools - result.probes;
     result.processor = processorTime() - before;
     return result;
 }
@@ -123,6 +125,7 @@ int main(int argc, char *argv[])
     std::printf("%14s %10s %10s %10s\n", "ms", "stock", "supplied", "ratio");
     for (const auto &[what, field] : {std::pair{"tools", &Refresh::tools},
                                       {"probes", &Refresh::probes},
+                                      {"our own", &Refresh::own},
                                       {"all", &Refresh::total},
                                       {"processor", &Refresh::processor}}) {
         const double before = median(stock, field);

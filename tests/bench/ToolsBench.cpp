@@ -17,7 +17,7 @@
 namespace
 {
 
-constexpr int runs = 21;
+constexpr int runs = 11;
 using Command = std::vector<std::string>;
 
 /// How long one run takes, in milliseconds.

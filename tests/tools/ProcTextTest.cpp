@@ -278,7 +278,7 @@ TEST(ProcText, programsByWhatTheyCallThemselves)
 
 TEST(ProcText, dockerProxies)
 {
-    const auto match = [](std::vector<std::string_view> arguments, const char *address) {
+    const auto match = [](const std::vector<std::string_view> &arguments, const char *address) {
         return matchDockerProxy(arguments, socketOn(address, 8080));
     };
     const std::vector<std::string_view> exact{"/usr/bin/docker-proxy",
@@ -317,6 +317,7 @@ TEST(ProcText, aPortIsAWholeNumber)
         EXPECT_FALSE(holdsPort(text, 8080)) << text;
 }
 
+// NOLINTBEGIN(concurrency-mt-unsafe): this program has one thread
 TEST(ProcText, textsAsPsPrintsThem)
 {
     ASSERT_NE(setlocale(LC_CTYPE, "C"), nullptr);
@@ -331,6 +332,7 @@ TEST(ProcText, textsAsPsPrintsThem)
     EXPECT_EQ(joinArguments("a\0\0b\nc\0\0"sv), "a  b c");
     EXPECT_EQ(joinArguments("\0\0"sv), "?");
 }
+// NOLINTEND(concurrency-mt-unsafe)
 
 TEST(ProcText, cellsOfNumbers)
 {

@@ -231,10 +231,10 @@ TEST_P(SuppliedTools, processesThatEndMidScan)
     for (int i = 0; i < 3; ++i) {
         const pid_t pid = fork();
         if (pid == 0) {
-            setenv("ODD", "churn", 1);
+            const char *const environment[] = {"ODD=churn", nullptr};
             if (dup2(ends[1], STDOUT_FILENO) < 0 || !asViewer()())
                 _exit(1);
-            execl(ODD_PROCESS, "x", nullptr);
+            execle(ODD_PROCESS, "x", nullptr, environment);
             _exit(1);
         }
         // As a target of a kill a -1 would be every process there is.
