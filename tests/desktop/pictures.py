@@ -1,0 +1,193 @@
+"""pictures.py FOLDER SCALE: takes docs/screenshots' pictures of the panel into FOLDER, from the program
+and real servers. Called by scripts/screenshots on a virtual desktop and in a network of its own."""
+
+import contextlib
+import os
+import subprocess
+import sys
+import tempfile
+
+import accessible
+import desktop
+import held_lister
+from panel_test import ANOTHER_USER, NO_RIGHT_TO_KILL
+
+FOLDER = sys.argv[1]
+SCALE = int(sys.argv[2])
+REST = (200, 700)  # where the pointer is on nothing, in points
+BADGES, HEADER = 75, 44  # what pulses or turns stands left of, or above this, in points
+
+
+def point(x, y):
+    desktop.move_pointer(x * SCALE, y * SCALE)
+
+
+class Panel:
+    """The program and its open panel."""
+
+    def __init__(self, program, wrapper=(), count=None):
+        point(*REST)
+        self._program = desktop.start_program(program, wrapper, QT_SCALE_FACTOR=str(SCALE),
+                                              **accessible.ENVIRONMENT)
+        item = desktop.StatusItem()
+        if count is not None:
+            desktop.wait_until(lambda: item.count() == count, 60, f"{count} listeners")
+        self.window, (_, _, self._width, self._height) = desktop.open_panel()
+        point(*REST)
+        self.root = accessible.panel()
+
+    def end(self):
+        desktop.end(self._program)
+
+    def card(self, text):
+        """The card that shows `text`."""
+        return accessible.wait_until(
+            lambda: next((one for one in accessible.cards(self.root) if text in one.texts()), None),
+            10, text)
+
+    def press(self, card, button):
+        accessible.find(self.card(card), "push button", button, 10).press()
+
+    def pixels(self):
+        """What the panel shows, without what pulses or turns."""
+        x, y = BADGES * SCALE, HEADER * SCALE
+        return subprocess.run(
+            ["import", "-silent", "-window", self.window, "-crop",
+             f"{self._width - x}x{self._height - y}+{x}+{y}", "-depth", "8", "rgb:-"],
+            capture_output=True, check=True).stdout
+
+    def wait_until_still(self):
+        last = []
+
+        def is_still():
+            last.append(self.pixels())
+            return len(last) > 2 and last[-1] == last[-2] == last[-3]
+        desktop.wait_until(is_still, 10, "the end of a movement")
+
+    def save(self, name):
+        scale = "" if SCALE == 1 else f"@{SCALE}x"
+        subprocess.run(
+            ["import", "-silent", "-window", self.window, "-strip", "-depth", "8",
+             "-define", "png:compression-level=9", "-define", "png:exclude-chunks=all",
+             os.path.join(FOLDER, f"{name}{scale}.png")], check=True)
+
+    def save_still(self, name):
+        self.wait_until_still()
+        self.save(name)
+
+
+@contextlib.contextmanager
+def shown(*arguments, **options):
+    panel = Panel(*arguments, **options)
+    try:
+        yield panel
+    finally:
+        panel.end()
+
+
+@contextlib.contextmanager
+def held():
+    """A copy of the program whose scans can be held."""
+    lister = held_lister.HeldLister()
+    try:
+        yield lister
+    finally:
+        lister.remove()
+
+
+@contextlib.contextmanager
+def demo():
+    """The demo's servers; how many they are."""
+    servers = subprocess.Popen(
+        [os.path.join(desktop.SCRIPTS, "demo"), "sh", "-c", "echo; exec sleep infinity"],
+        stdout=subprocess.PIPE, text=True)
+    try:
+        yield len(list(iter(servers.stdout.readline, "\n")))
+    finally:
+        servers.terminate()
+        servers.communicate()
+
+
+@contextlib.contextmanager
+def projects(names, wrapper=()):
+    """A server in a folder of each name."""
+    with tempfile.TemporaryDirectory() as parent, contextlib.ExitStack() as stack:
+        os.chmod(parent, 0o755)
+        for number, name in enumerate(names):
+            folder = os.path.join(parent, name)
+            os.mkdir(folder)
+            server = desktop.start_server(folder, 4000 + number, wrapper)
+            stack.callback(desktop.end, server)
+        yield
+
+
+def loading_and_empty():
+    with held() as lister:
+        lister.hold()
+        with shown(lister.program) as panel:
+            accessible.find(panel.root, "label", "Scanning for local services...")
+            panel.save("loading")
+            lister.let_go()
+            accessible.find(panel.root, "label", "No active services")
+            panel.save_still("empty")
+
+
+def list_and_cards():
+    with demo() as count, shown(desktop.PROGRAM, count=count) as panel:
+        # The work of starting up is behind them.
+        accessible.wait_until(
+            lambda: all("CPU" not in text or len(text) == len("5% CPU")
+                        for text in panel.root.texts()), 60, "idle servers")
+        panel.save_still("list")
+
+        x, y, width, height = panel.card("docs").box()
+        point(x + width // 2, y + height - 8)
+        panel.save_still("hover")
+        point(*REST)
+
+        panel.press("api", "Stop service")
+        panel.save_still("confirming")
+        panel.press("api", "Cancel")
+
+        panel.press("api", "Show details")
+        panel.save_still("expanded")
+
+
+def killing():
+    """A kill that is refused holds on until a scan has shown what still runs; meanwhile an older
+    one brings the card back."""
+    with projects(["forum"], ANOTHER_USER), demo() as count, held() as lister:
+        with shown(lister.program, NO_RIGHT_TO_KILL, count=count + 1) as panel:
+            lister.hold()
+            panel.card("forum")
+            desktop.wait_until(lambda: len(lister.held()) == 1, 10, "a scan")
+            panel.press("forum", "Stop service")
+            panel.press("forum", "Kill port")
+            desktop.wait_until(lambda: len(lister.held()) == 2, 10, "the scan after the failure")
+            os.remove(lister.held()[0])
+            if not panel.card("forum").find("push button", "Kill port"):
+                panel.press("forum", "Stop service")
+            accessible.wait_until_still(panel.card("forum"))
+            panel.save("killing")
+            lister.let_go()
+
+
+def forty_cards():
+    names = [f"service-{number:02}" for number in range(1, 41)]
+    with projects(names), shown(desktop.PROGRAM, count=40) as panel:
+        x, y, width, _ = panel.card("service-01").box()
+        point(x + width // 2, y + 10)
+        for _ in range(100):
+            if panel.root.find("label", "service-20"):
+                break
+            subprocess.run(["xdotool", "click", "5"], check=True)
+            panel.wait_until_still()
+        point(*REST)
+        panel.save_still("forty-cards-scrolled")
+
+
+os.makedirs(FOLDER, exist_ok=True)
+loading_and_empty()
+list_and_cards()
+killing()
+forty_cards()
