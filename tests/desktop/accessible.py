@@ -62,8 +62,12 @@ class Element:
                     None)
 
     def texts(self):
-        """All texts that it shows."""
-        return [one.name() for one in self.shown() if one.role() == "label"]
+        """All texts that it shows, but for those on its buttons."""
+        if self.role() == "label":
+            return [self.name()]
+        return [text for child in self.children()
+                if child.is_("showing") and child.role() != "push button"
+                for text in child.texts()]
 
     def press(self):
         """Presses it as a screen reader does: a button's first action is the press."""
@@ -96,7 +100,8 @@ def cards(window):
 
 
 def focused(window):
-    return next((one for one in window.shown() if one.is_("focused")), None)
+    """What has the keyboard; None for nothing. What it is in calls itself focused too."""
+    return next((one for one in reversed(window.shown()) if one.is_("focused")), None)
 
 
 def wait_until_still(element):

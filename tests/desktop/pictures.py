@@ -15,7 +15,7 @@ from panel_test import ANOTHER_USER, NO_RIGHT_TO_KILL
 FOLDER = sys.argv[1]
 SCALE = int(sys.argv[2])
 REST = (200, 700)  # where the pointer is on nothing, in points
-BADGES, HEADER = 75, 44  # what pulses or turns stands left of, or above this, in points
+BADGES = 75  # what pulses stands left of this, in points
 
 
 def point(x, y):
@@ -49,11 +49,11 @@ class Panel:
         accessible.find(self.card(card), "push button", button, 10).press()
 
     def pixels(self):
-        """What the panel shows, without what pulses or turns."""
-        x, y = BADGES * SCALE, HEADER * SCALE
+        """What the panel shows, without the pulsing badges."""
+        x = BADGES * SCALE
         return subprocess.run(
             ["import", "-silent", "-window", self.window, "-crop",
-             f"{self._width - x}x{self._height - y}+{x}+{y}", "-depth", "8", "rgb:-"],
+             f"{self._width - x}x{self._height}+{x}+0", "-depth", "8", "rgb:-"],
             capture_output=True, check=True).stdout
 
     def wait_until_still(self):
@@ -150,6 +150,7 @@ def list_and_cards():
         panel.press("api", "Cancel")
 
         panel.press("api", "Show details")
+        accessible.find(panel.card("api"), "push button", "Hide details")
         panel.save_still("expanded")
 
 
