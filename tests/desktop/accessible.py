@@ -1,8 +1,8 @@
 """The panel as a screen reader has it: read, searched and pressed through the accessibility bus.
 
-The program shows itself there when it was started with `ENVIRONMENT`. Nothing is remembered between
-two questions, and what has vanished in the meantime raises GLib.Error, which `wait_until` here takes
-for "not yet"."""
+The program shows itself there when it was started with `ENVIRONMENT`. Nothing is remembered
+between two questions, and what has vanished in the meantime raises GLib.Error, which `wait_until`
+here takes for "not yet"."""
 
 import gi
 
@@ -45,8 +45,9 @@ class Element:
         return box.x, box.y, box.width, box.height
 
     def children(self):
-        return [Element(self._it.get_child_at_index(index))
-                for index in range(self._it.get_child_count())]
+        found = [self._it.get_child_at_index(index)
+                 for index in range(self._it.get_child_count())]
+        return [Element(one) for one in found if one]  # none for what went meanwhile
 
     def shown(self):
         """All that it shows, parents before their children, else in reading order."""
@@ -57,7 +58,7 @@ class Element:
         return found
 
     def find(self, role, name):
-        """The first shown element of this role whose name holds `name`; None where there is none."""
+        """The first shown element of this role whose name holds `name`; None for none."""
         return next((one for one in self.shown() if one.role() == role and name in one.name()),
                     None)
 

@@ -15,6 +15,8 @@ import time
 PROGRAM = os.environ["TIDEWICK"]
 SCREENSHOTS = os.environ["SCREENSHOTS"]
 SCRIPTS = os.path.join(os.path.dirname(__file__), "..", "..", "scripts")
+ANOTHER_USER = ["setpriv", "--reuid=65534", "--regid=65534", "--clear-groups"]
+NO_RIGHT_TO_KILL = ["setpriv", "--bounding-set=-kill", "--inh-caps=-kill"]
 INK = bytes((0x1F, 0x8A, 0x9E))  # the colour of the icon and of the number's badge
 
 

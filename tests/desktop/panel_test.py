@@ -1,74 +1,17 @@
-"""The panel on a real desktop, with real servers: read and pressed through the accessibility bus, by
-the keyboard and with the pointer."""
+"""The panel on a real desktop, read and pressed through the accessibility bus."""
 
 import os
-import shutil
 import signal
 import subprocess
-import tempfile
 import unittest
 
 import accessible
 import desktop
 import held_lister
-
-ANOTHER_USER = ["setpriv", "--reuid=65534", "--regid=65534", "--clear-groups"]
-NO_RIGHT_TO_KILL = ["setpriv", "--bounding-set=-kill", "--inh-caps=-kill"]
+from panel_case import PanelCase
 
 
-class PanelTest(unittest.TestCase):
-    def setUp(self):
-        desktop.move_pointer(200, 700)
-
-    def folder(self, name):
-        """A new project folder of this name."""
-        parent = tempfile.mkdtemp()
-        self.addCleanup(shutil.rmtree, parent)
-        os.chmod(parent, 0o755)
-        path = os.path.join(parent, name)
-        os.mkdir(path)
-        return path
-
-    def serve(self, project, wrapper=()):
-        server = desktop.start_server(self.folder(project), wrapper=wrapper)
-        self.addCleanup(desktop.end, server)
-        return server
-
-    def launch(self, count, path=desktop.PROGRAM, wrapper=(), **environment):
-        """Starts the program and opens its panel once it knows of `count` listeners."""
-        self.program = desktop.start_program(path, wrapper, **accessible.ENVIRONMENT,
-                                             **environment)
-        self.addCleanup(desktop.end, self.program)
-        self.item = desktop.StatusItem()
-        desktop.wait_until(lambda: self.item.count() == count, 8, f"{count} listeners")
-        return self.open_panel()
-
-    def launch_held(self, count, wrapper=()):
-        """The same with scans that can be held."""
-        self.lister = held_lister.HeldLister()
-        self.addCleanup(self.lister.remove)
-        return self.launch(count, self.lister.program, wrapper)
-
-    def open_panel(self):
-        desktop.open_panel()
-        return accessible.panel()
-
-    def card(self, panel, server, seconds=3):
-        """The server's card."""
-        def with_port():
-            return next((one for one in accessible.cards(panel)
-                         if str(server.port) in one.texts()), None)
-        return accessible.wait_until(with_port, seconds, f"the card of port {server.port}")
-
-    def press(self, within, name):
-        accessible.find(within, "push button", name).press()
-
-    def wait_for_count(self, panel, count, seconds=3):
-        """Until the status item and the panel show the same, `count`."""
-        desktop.wait_until(lambda: self.item.count() == count, seconds, f"{count} on the icon")
-        accessible.wait_until(lambda: panel.find("label", f"{count} running"), 3, "the footer")
-        accessible.wait_until(lambda: len(accessible.cards(panel)) == count, 3, "the cards")
-
+class PanelTest(PanelCase):
     def test_cards_tell_what_runs(self):
         shop = self.serve("shop")
         docs = self.serve("docs")
@@ -182,93 +125,6 @@ class PanelTest(unittest.TestCase):
         accessible.find(panel, "push button", "Stop service")
         self.assertIsNone(shop.poll())
 
-    def tab(self, panel):
-        """Presses Tab; returns what has the focus then."""
-        def place():
-            focused = accessible.focused(panel)
-            return focused and (focused.role(), focused.name(), focused.box())
-        before = place()
-        desktop.press_key("Tab")
-        return accessible.wait_until(lambda: place() not in (None, before) and place(), 3,
-                                     f"the focus elsewhere than on {before}")
-
-    def tab_to(self, panel, name):
-        for _ in range(20):
-            if self.tab(panel)[1] == name:
-                return
-        self.fail(f"Tab doesn't reach {name}")
-
-    def test_tab_goes_through_all_buttons_as_they_read(self):
-        self.serve("shop")
-        panel = self.launch(1)
-        buttons = ["Refresh", "View in browser", "Show details", "Stop service", "Quit"]
-        self.assertEqual([one.name() for one in panel.shown() if one.role() == "push button"],
-                         buttons)
-
-        def round_trip():
-            self.tab_to(panel, "Quit")
-            names = [self.tab(panel)]
-            while names[-1][1] != "Quit":
-                names.append(self.tab(panel))
-            return [name for role, name, _ in names if role == "push button"]
-        # Refresh can't be reached while a scan is under way.
-        desktop.wait_until(lambda: round_trip() == buttons, 20, "the whole round")
-
-    def test_arrows_move_between_cards(self):
-        self.serve("shop")
-        self.serve("docs")
-        panel = self.launch(2)
-        boxes = [card.box() for card in accessible.cards(panel)]
-
-        def wait_for_focus_in(box):
-            def is_inside():
-                focused = accessible.focused(panel)
-                return focused and box[1] <= focused.box()[1] < box[1] + box[3]
-            accessible.wait_until(is_inside, 3, f"the focus in the card at {box}")
-
-        self.tab_to(panel, "Show details")
-        wait_for_focus_in(boxes[0])
-        desktop.press_key("Down")
-        wait_for_focus_in(boxes[1])
-        desktop.press_key("Up")
-        wait_for_focus_in(boxes[0])
-
-    def test_space_and_enter_press(self):
-        self.serve("shop")
-        panel = self.launch(1)
-        self.tab_to(panel, "Show details")
-        desktop.press_key("space")
-        accessible.find(panel, "label", "PID")
-        desktop.press_key("Return")
-        accessible.wait_until(lambda: not panel.find("label", "PID"), 3, "the collapse")
-
-    def test_keyboard_alone_kills(self):
-        shop = self.serve("shop")
-        panel = self.launch(1)
-        self.tab_to(panel, "Stop service")
-        desktop.press_key("Return")
-        accessible.find(panel, "push button", "Kill port")
-        self.assertIsNone(shop.poll())
-        if accessible.focused(panel).name() != "Kill port":
-            self.tab_to(panel, "Kill port")
-        desktop.press_key("Return")
-        self.assertEqual(shop.wait(timeout=3), -signal.SIGKILL)
-        self.wait_for_count(panel, 0)
-
-    def test_escape_withdraws_then_closes(self):
-        shop = self.serve("shop")
-        panel = self.launch(1)
-        self.tab_to(panel, "Stop service")
-        desktop.press_key("Return")
-        accessible.find(panel, "push button", "Kill port")
-        desktop.press_key("Escape")
-        accessible.wait_until(lambda: not panel.find("push button", "Kill port"), 2,
-                              "the withdrawal")
-        self.assertTrue(desktop.visible_panels())
-        desktop.press_key("Escape")
-        desktop.wait_for_no_panel()
-        self.assertIsNone(shop.poll())
-
     def test_confirmed_kill_ends_the_process_and_takes_all_its_rows(self):
         shop = self.serve("shop")
         doomed = desktop.start_two_port_server()
@@ -286,14 +142,15 @@ class PanelTest(unittest.TestCase):
         self.lister.let_go()
 
     def test_refused_kill_brings_the_row_back(self):
-        if subprocess.run([*NO_RIGHT_TO_KILL, *ANOTHER_USER, "true"], check=False,
+        if subprocess.run([*desktop.NO_RIGHT_TO_KILL, *desktop.ANOTHER_USER, "true"], check=False,
                           capture_output=True).returncode != 0:
             self.skipTest("needs root, to start a server as another user")
-        foreign = self.serve("foreign", ANOTHER_USER)
-        if subprocess.run([*NO_RIGHT_TO_KILL, "readlink", f"/proc/{foreign.pid}/cwd"], check=False,
+        foreign = self.serve("foreign", desktop.ANOTHER_USER)
+        look = ["readlink", f"/proc/{foreign.pid}/cwd"]
+        if subprocess.run([*desktop.NO_RIGHT_TO_KILL, *look], check=False,
                           capture_output=True).returncode != 0:
             self.skipTest("needs the right to look into another user's processes")
-        panel = self.launch_held(1, NO_RIGHT_TO_KILL)
+        panel = self.launch_held(1, desktop.NO_RIGHT_TO_KILL)
         card = self.card(panel, foreign)
         self.lister.hold()
         self.press(card, "Stop service")

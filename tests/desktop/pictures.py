@@ -1,5 +1,6 @@
-"""pictures.py FOLDER SCALE: takes docs/screenshots' pictures of the panel into FOLDER, from the program
-and real servers. Called by scripts/screenshots on a virtual desktop and in a network of its own."""
+"""pictures.py FOLDER SCALE: takes pictures of the panel in every state into FOLDER, from the
+program and real servers. Called by scripts/screenshots on a virtual desktop, in a network of its
+own."""
 
 import contextlib
 import os
@@ -10,12 +11,12 @@ import tempfile
 import accessible
 import desktop
 import held_lister
-from panel_test import ANOTHER_USER, NO_RIGHT_TO_KILL
 
 FOLDER = sys.argv[1]
 SCALE = int(sys.argv[2])
 REST = (200, 700)  # where the pointer is on nothing, in points
 BADGES = 75  # what pulses stands left of this, in points
+HEADER = 44  # what turns while a scan is under way stands above this, in points
 
 
 def point(x, y):
@@ -48,19 +49,19 @@ class Panel:
     def press(self, card, button):
         accessible.find(self.card(card), "push button", button, 10).press()
 
-    def pixels(self):
-        """What the panel shows, without the pulsing badges."""
-        x = BADGES * SCALE
+    def pixels(self, top):
+        """What the panel shows below `top`, without the pulsing badges."""
+        x, y = BADGES * SCALE, top * SCALE
         return subprocess.run(
             ["import", "-silent", "-window", self.window, "-crop",
-             f"{self._width - x}x{self._height}+{x}+0", "-depth", "8", "rgb:-"],
+             f"{self._width - x}x{self._height - y}+{x}+{y}", "-depth", "8", "rgb:-"],
             capture_output=True, check=True).stdout
 
-    def wait_until_still(self):
+    def wait_until_still(self, top=0):
         last = []
 
         def is_still():
-            last.append(self.pixels())
+            last.append(self.pixels(top))
             return len(last) > 2 and last[-1] == last[-2] == last[-3]
         desktop.wait_until(is_still, 10, "the end of a movement")
 
@@ -71,8 +72,8 @@ class Panel:
              "-define", "png:compression-level=9", "-define", "png:exclude-chunks=all",
              os.path.join(FOLDER, f"{name}{scale}.png")], check=True)
 
-    def save_still(self, name):
-        self.wait_until_still()
+    def save_still(self, name, top=0):
+        self.wait_until_still(top)
         self.save(name)
 
 
@@ -157,8 +158,8 @@ def list_and_cards():
 def killing():
     """A kill that is refused holds on until a scan has shown what still runs; meanwhile an older
     one brings the card back."""
-    with projects(["forum"], ANOTHER_USER), demo() as count, held() as lister:
-        with shown(lister.program, NO_RIGHT_TO_KILL, count=count + 1) as panel:
+    with projects(["forum"], desktop.ANOTHER_USER), demo() as count, held() as lister:
+        with shown(lister.program, desktop.NO_RIGHT_TO_KILL, count=count + 1) as panel:
             lister.hold()
             panel.card("forum")
             desktop.wait_until(lambda: len(lister.held()) == 1, 10, "a scan")
@@ -178,13 +179,15 @@ def forty_cards():
     with projects(names), shown(desktop.PROGRAM, count=40) as panel:
         x, y, width, _ = panel.card("service-01").box()
         point(x + width // 2, y + 10)
-        for _ in range(100):
-            if panel.root.find("label", "service-20"):
-                break
+
+        def scroll():
             subprocess.run(["xdotool", "click", "5"], check=True)
-            panel.wait_until_still()
+            panel.wait_until_still(HEADER)
+            return panel.root.find("label", "service-20")
+        accessible.wait_until(scroll, 60, "the middle of the list")
         point(*REST)
-        panel.save_still("forty-cards-scrolled")
+        # A scan of so many takes seconds: it is under way more often than not.
+        panel.save_still("forty-cards-scrolled", HEADER)
 
 
 os.makedirs(FOLDER, exist_ok=True)

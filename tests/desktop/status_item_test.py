@@ -30,12 +30,12 @@ class StatusItemTest(unittest.TestCase):
         item = desktop.StatusItem()
         before = item.count_after_a_scan()
         servers = [self.serve() for _ in range(3)]
-        desktop.wait_until(lambda: item.count() == before + 3, 6, "three more listeners")
+        desktop.wait_until(lambda: item.count() == before + 3, 10, "three more listeners")
         self.assertEqual(item.tool_tip()[0], "Tidewick")
         desktop.screenshot("three-servers")
         three = desktop.Picture().ink()
         desktop.end(servers[0])
-        desktop.wait_until(lambda: item.count() == before + 2, 6, "one listener less")
+        desktop.wait_until(lambda: item.count() == before + 2, 10, "one listener less")
         desktop.wait_until(lambda: desktop.Picture().ink() != three, 2, "another picture")
         desktop.screenshot("two-servers")
 
