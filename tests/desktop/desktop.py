@@ -100,6 +100,23 @@ def start_two_port_server():
     return server
 
 
+CLOSING_SERVER = """
+import socket
+listener = socket.create_server(("127.0.0.1", 0))
+print("listening", flush=True)
+while True:
+    listener.accept()[0].close()
+"""
+
+
+def start_closing_server(folder):
+    """A server that hangs up on whoever speaks HTTP, as databases do."""
+    server = subprocess.Popen([sys.executable, "-c", CLOSING_SERVER], cwd=folder,
+                              stdout=subprocess.PIPE, text=True)
+    assert server.stdout.readline() == "listening\n"
+    return server
+
+
 SILENT_SERVER = """
 import socket, sys, time
 listeners = [socket.create_server(("127.0.0.1", 0)) for _ in range(int(sys.argv[1]))]

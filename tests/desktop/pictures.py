@@ -98,12 +98,18 @@ def held():
 
 @contextlib.contextmanager
 def demo():
-    """The demo's servers; how many they are."""
+    """The demo's servers, and one that does not speak HTTP; how many they are."""
     servers = subprocess.Popen(
         [os.path.join(desktop.SCRIPTS, "demo"), "sh", "-c", "echo; exec sleep infinity"],
         stdout=subprocess.PIPE, text=True)
     try:
-        yield len(list(iter(servers.stdout.readline, "\n")))
+        count = len(list(iter(servers.stdout.readline, "\n")))
+        with tempfile.TemporaryDirectory() as parent:
+            folder = os.path.join(parent, "jobs")
+            os.mkdir(folder)
+            closing = desktop.start_closing_server(folder)
+            yield count + 1
+            desktop.end(closing)
     finally:
         servers.terminate()
         servers.communicate()
@@ -146,9 +152,14 @@ def list_and_cards():
         panel.save_still("hover")
         point(*REST)
 
-        panel.press("api", "Stop service")
-        panel.save_still("confirming")
-        panel.press("api", "Cancel")
+        def confirming():
+            panel.press("api", "Stop service")
+            accessible.find(panel.card("api"), "push button", "Kill port")
+            panel.save_still("confirming", HEADER)
+            return panel.card("api").find("push button", "Kill port")  # not withdrawn meanwhile
+        accessible.wait_until(confirming, 60, "a picture of the question")
+        accessible.wait_until(lambda: not panel.root.find("push button", "Kill port"), 10,
+                              "the withdrawal")
 
         panel.press("api", "Show details")
         accessible.find(panel.card("api"), "push button", "Hide details")
