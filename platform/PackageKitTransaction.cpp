@@ -140,7 +140,7 @@ void PackageKitTransaction::send(const QDBusMessage &message,
         }
         UpdateFailure failure = failureOfCall(reply->error());
         // The bus has one name for no answer in time and for no answer ever.
-        if (failure.error == UpdateError::timedOut && !early.hasExpired())
+        if (reply->error().type() == QDBusError::NoReply && !early.hasExpired())
             failure.error = UpdateError::vanished;
         deliver(failure);
     });
@@ -186,6 +186,11 @@ void PackageKitTransaction::onFinished(uint exit, uint /*runtime*/)
 void PackageKitTransaction::onDestroy()
 {
     deliver(m_result.failure.value_or(UpdateFailure{UpdateError::vanished, {}}));
+}
+
+void PackageKitTransaction::onDisconnected()
+{
+    deliver(UpdateFailure{UpdateError::noBus, {}});
 }
 
 void PackageKitTransaction::onPropertiesChanged(const QString &interface,

@@ -110,6 +110,7 @@ private Q_SLOTS:
     void onErrorCode(uint code, const QString &details);
     void onFinished(uint exit, uint runtime);
     void onDestroy();
+    void onDisconnected();
     void onPropertiesChanged(const QString &interface, const QVariantMap &changed,
                              const QStringList &invalidated);
 

@@ -230,8 +230,9 @@ QDBusConnection UpdaterController::connectedBus()
 
 void UpdaterController::noteUpdatesChanged()
 {
-    const bool isEcho = !canCheckForUpdates() || !m_sinceActivity.hasExpired(m_system.echo.count());
-    if (!isEcho)
+    const bool isOurs =
+        m_sinceActivity.isValid() && m_sinceActivity.elapsed() < m_system.echo.count();
+    if (canCheckForUpdates() && !isOurs)
         m_haveUpdatesChanged = true;
 }
 
