@@ -99,6 +99,9 @@ void PackageKitTransaction::listen()
     to(packagekit::transactionInterface, "Destroy", SLOT(onDestroy()));
     to(QStringLiteral("org.freedesktop.DBus.Properties"), "PropertiesChanged",
        SLOT(onPropertiesChanged(QString, QVariantMap, QStringList)));
+    m_bus.connect({}, QStringLiteral("/org/freedesktop/DBus/Local"),
+                  QStringLiteral("org.freedesktop.DBus.Local"), QStringLiteral("Disconnected"),
+                  this, SLOT(onDisconnected()));
     auto *watcher =
         new QDBusServiceWatcher(m_owner, m_bus, QDBusServiceWatcher::WatchForUnregistration, this);
     connect(watcher, &QDBusServiceWatcher::serviceUnregistered, this, [this] {

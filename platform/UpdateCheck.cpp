@@ -27,7 +27,6 @@ constexpr uint infoBlocked = 9;
 /// A refresh that the schedule asks for is skipped where the lists are younger.
 constexpr uint oldAgeSeconds = 23 * 60 * 60;
 
-constexpr std::chrono::minutes refreshPatience{5};
 constexpr std::chrono::minutes installationPatience{15};
 
 TransactionCall callOf(const UpdateRequest &request, const char *method, QVariantList arguments)
@@ -45,7 +44,7 @@ TransactionCall ownerOf(const UpdateRequest &request)
 TransactionCall refreshFor(const UpdateRequest &request)
 {
     TransactionCall call = callOf(request, "RefreshCache", {false});
-    call.patience = std::max<std::chrono::milliseconds>(request.patience, refreshPatience);
+    call.patience = request.refreshPatience;
     return call;
 }
 

@@ -18,7 +18,9 @@ struct UpdateRequest
     /// The user waits for it, and may be asked for a password.
     bool isInteractive = false;
     std::chrono::milliseconds callPatience = std::chrono::seconds(25);
+    /// How long the service may say nothing at all before it is given up.
     std::chrono::milliseconds patience = std::chrono::minutes(2);
+    std::chrono::milliseconds refreshPatience = std::chrono::minutes(5);
 };
 
 /// What a check found.
