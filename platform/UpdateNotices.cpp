@@ -37,7 +37,7 @@ QString activity(uint status)
     switch (status) {
     case 1:  // wait
     case 30: // waiting for a lock
-        return QStringLiteral("Waiting for other software to be installed…");
+        return QStringLiteral("Waiting for the package system…");
     case 31:
         return QStringLiteral("Waiting for your permission…");
     case 8:

@@ -237,14 +237,14 @@ TEST_P(InstallationStatus, isToldInWords)
     EXPECT_EQ(notice.text, QString::fromUtf8(GetParam().text));
 }
 
-INSTANTIATE_TEST_SUITE_P(
-    Rows, InstallationStatus,
-    testing::Values(StatusRow{"setUp", 2, "Preparing…"}, StatusRow{"download", 8, "Downloading…"},
-                    StatusRow{"install", 9, "Installing…"},
-                    StatusRow{"locked", 30, "Waiting for other software to be installed…"},
-                    StatusRow{"password", 31, "Waiting for your permission…"},
-                    StatusRow{"unheardOf", 4000, "Preparing…"}),
-    rowName);
+INSTANTIATE_TEST_SUITE_P(Rows, InstallationStatus,
+                         testing::Values(StatusRow{"setUp", 2, "Preparing…"},
+                                         StatusRow{"download", 8, "Downloading…"},
+                                         StatusRow{"install", 9, "Installing…"},
+                                         StatusRow{"locked", 30, "Waiting for the package system…"},
+                                         StatusRow{"password", 31, "Waiting for your permission…"},
+                                         StatusRow{"unheardOf", 4000, "Preparing…"}),
+                         rowName);
 
 struct OutcomeRow
 {
