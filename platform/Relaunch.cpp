@@ -32,7 +32,7 @@ constexpr int processDescriptor = 3;
     close(processDescriptor);
     sigset_t none;
     sigemptyset(&none);
-    sigprocmask(SIG_SETMASK, &none, nullptr);
+    pthread_sigmask(SIG_SETMASK, &none, nullptr);
     execl(path, path, nullptr);
     _exit(127);
 }

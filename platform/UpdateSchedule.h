@@ -11,7 +11,7 @@ namespace tidewick
 /// behind it, so that no clock set wrong puts the next check off for long.
 inline bool isCheckDue(const std::optional<QDateTime> &lastCheck, const QDateTime &now)
 {
-    constexpr qint64 daySeconds = 24 * 60 * 60;
+    constexpr qint64 daySeconds = 86400;
     return !lastCheck || now < *lastCheck || lastCheck->secsTo(now) >= daySeconds;
 }
 

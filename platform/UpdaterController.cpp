@@ -19,7 +19,7 @@ namespace
 QDBusConnection systemBus()
 {
     const QString name = QStringLiteral("tidewick-updates");
-    const QDBusConnection known(name);
+    QDBusConnection known(name);
     if (known.isConnected())
         return known;
     QDBusConnection::disconnectFromBus(name);

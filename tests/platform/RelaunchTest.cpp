@@ -36,6 +36,16 @@ protected:
         return old.readLine().trimmed();
     }
 
+    QByteArray takeTrace() const
+    {
+        QFile file(trace);
+        if (!file.open(QIODevice::ReadOnly))
+            return {};
+        const QByteArray text = file.readAll();
+        file.remove();
+        return text;
+    }
+
     QTemporaryDir folder;
     const QString program = folder.filePath(QStringLiteral("program"));
     const QString trace = folder.filePath(QStringLiteral("trace"));
@@ -50,7 +60,6 @@ TEST_F(RelaunchTest, startsTheProgramOnceTheOldProcessHasEnded)
     EXPECT_FALSE(waitUntil([this] { return QFile::exists(trace); }, 200));
     old.closeWriteChannel();
     ASSERT_TRUE(waitUntil([this] { return QFile::exists(trace); }));
-    EXPECT_NE(old.state(), QProcess::Starting);
 }
 
 TEST_F(RelaunchTest, startsItEvenWhereTheOldProcessIsKilled)
@@ -62,12 +71,13 @@ TEST_F(RelaunchTest, startsItEvenWhereTheOldProcessIsKilled)
 
 TEST_F(RelaunchTest, handsNoDescriptorOn)
 {
+    QProcess::execute(program);
+    const int asAnyProgram = takeTrace().trimmed().toInt();
+    ASSERT_GT(asAnyProgram, 0);
     ASSERT_EQ(ask(program), "yes");
     old.closeWriteChannel();
     ASSERT_TRUE(waitUntil([this] { return QFile::exists(trace); }));
-    QFile file(trace);
-    ASSERT_TRUE(file.open(QIODevice::ReadOnly));
-    EXPECT_EQ(file.readAll().trimmed().toInt(), 4) << "the three standard ones and the script";
+    EXPECT_LE(takeTrace().trimmed().toInt(), asAnyProgram);
 }
 
 TEST_F(RelaunchTest, refusesWhatIsNoProgram)
