@@ -41,7 +41,7 @@ protected:
         QFile file(trace);
         if (!file.open(QIODevice::ReadOnly))
             return {};
-        const QByteArray text = file.readAll();
+        QByteArray text = file.readAll();
         file.remove();
         return text;
     }
