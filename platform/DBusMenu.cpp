@@ -73,12 +73,19 @@ QVariantMap DBusMenu::properties(int id, const QStringList &names) const
     return all;
 }
 
+bool DBusMenu::knows(int id) const
+{
+    if (!has(id) && calledFromDBus())
+        sendErrorReply(QDBusError::InvalidArgs, QStringLiteral("There is no entry %1").arg(id));
+    return has(id);
+}
+
 uint DBusMenu::GetLayout(int parentId, int recursionDepth, const QStringList &propertyNames,
                          DBusMenuLayout &layout)
 {
     if (m_items.isEmpty() && m_wanted)
         m_wanted();
-    if (!has(parentId))
+    if (!knows(parentId))
         return m_revision;
     layout = {parentId, properties(parentId, propertyNames), {}};
     if (parentId == 0 && recursionDepth != 0) {
@@ -103,12 +110,12 @@ QList<DBusMenuProperties> DBusMenu::GetGroupProperties(const QList<int> &ids,
 QDBusVariant DBusMenu::GetProperty(int id, const QString &name) const
 {
     // A variant on the bus must hold something: an unknown property is an empty text.
-    return QDBusVariant(has(id) ? properties(id, {}).value(name, QString()) : QString());
+    return QDBusVariant(knows(id) ? properties(id, {}).value(name, QString()) : QString());
 }
 
 void DBusMenu::Event(int id, const QString &type, const QDBusVariant & /*data*/, uint /*timestamp*/)
 {
-    if (type != QLatin1String("clicked") || id < 1 || !has(id))
+    if (!knows(id) || id == 0 || type != QLatin1String("clicked"))
         return;
     const MenuItem &item = m_items.at(id - 1);
     if (const auto action = item.action; action && item.isEnabled)
@@ -119,8 +126,9 @@ QList<int> DBusMenu::EventGroup(const QList<DBusMenuEvent> &events)
 {
     QList<int> unknownIds;
     for (const DBusMenuEvent &event : events) {
-        Event(event.id, event.type, event.data, event.timestamp);
-        if (!has(event.id))
+        if (has(event.id))
+            Event(event.id, event.type, event.data, event.timestamp);
+        else
             unknownIds.append(event.id);
     }
     return unknownIds;
@@ -129,7 +137,7 @@ QList<int> DBusMenu::EventGroup(const QList<DBusMenuEvent> &events)
 bool DBusMenu::AboutToShow(int id)
 {
     const uint before = m_revision;
-    if (id == 0 && m_wanted)
+    if (knows(id) && id == 0 && m_wanted)
         m_wanted();
     return m_revision != before;
 }

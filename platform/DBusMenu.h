@@ -4,6 +4,7 @@
 #include "platform/StatusItem.h"
 
 #include <QDBusAbstractAdaptor>
+#include <QDBusContext>
 #include <QDBusVariant>
 #include <QMap>
 #include <QObject>
@@ -82,8 +83,9 @@ struct DBusMenuEvent
 
 /// A flat menu exported as com.canonical.dbusmenu (version 3 of the protocol): id 0 is the root,
 /// the entries follow from 1 in order. A chosen entry's action runs after the call was answered.
-/// Its owner hears when a tray is about to show it, or asks for it before it was ever filled.
-class DBusMenu : public QDBusAbstractAdaptor
+/// What names an unknown entry is answered with an error. Its owner hears when a tray is about to
+/// show it, or asks for it before it was ever filled.
+class DBusMenu : public QDBusAbstractAdaptor, protected QDBusContext
 {
     Q_OBJECT
     Q_CLASSINFO("D-Bus Interface", "com.canonical.dbusmenu")
@@ -125,6 +127,8 @@ Q_SIGNALS:
     // NOLINTEND(readability-identifier-naming)
 
 private:
+    /// Answers the call that is being served with an error where there is no such entry.
+    bool knows(int id) const;
     bool has(int id) const { return id >= 0 && id <= m_items.size(); }
     QVariantMap properties(int id, const QStringList &names) const;
 

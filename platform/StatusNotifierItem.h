@@ -8,6 +8,9 @@
 
 #include <memory>
 
+class QDBusMessage;
+class QDBusPendingCall;
+
 namespace tidewick
 {
 
@@ -43,16 +46,30 @@ public:
     /// The tray draws the menu: it is published, and stays so when it is detached.
     void performClick() override;
 
+    /// Whether something keeps the session's list of items (true until that is known), and whether
+    /// a bar shows them.
+    bool hasWatcher() const { return m_hasWatcher; }
+    bool hasHost() const { return m_hasHost; }
+
+Q_SIGNALS:
+    void hostChanged();
+
 private Q_SLOTS:
     void registerWithWatcher();
 
 private:
-    void learnHost();
+    void askForHost();
+    void exportItem();
+    void setStyle(NumberStyle style);
+    void registerInStyle();
+    void whenAnswered(const QDBusPendingCall &call, std::function<void(const QDBusMessage &)> use);
+    void setHost(bool hasWatcher, bool hasHost);
     void redraw();
     void send(const ClickEvent &event);
 
     QDBusConnection m_bus;
-    StatusNotifierItemAdaptor *m_item;
+    std::unique_ptr<QObject> m_itemObject;
+    StatusNotifierItemAdaptor *m_item = nullptr;
     std::unique_ptr<QObject> m_menuObject;
     DBusMenu *m_menu;
 
@@ -60,10 +77,13 @@ private:
     QImage m_image;
     QSize m_points;
     StatusTitle m_title;
+    QString m_toolTipTitle;
+    QString m_toolTipText;
     std::function<void()> m_action;
     std::optional<ClickEvent> m_event;
     QList<MenuItem> m_attachedMenu;
-    bool m_reportedMissingTray = false;
+    bool m_hasWatcher = true; // until it is known
+    bool m_hasHost = false;
 };
 
 } // namespace tidewick

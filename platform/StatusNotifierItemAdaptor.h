@@ -75,8 +75,6 @@ class StatusNotifierItemAdaptor : public QDBusAbstractAdaptor
     Q_PROPERTY(tidewick::DBusToolTip ToolTip READ toolTip)
     Q_PROPERTY(bool ItemIsMenu READ itemIsMenu CONSTANT)
     Q_PROPERTY(QDBusObjectPath Menu READ menu CONSTANT)
-    Q_PROPERTY(QString XAyatanaLabel READ label)
-    Q_PROPERTY(QString XAyatanaLabelGuide READ label)
 
 public:
     StatusNotifierItemAdaptor(QObject *parent, QDBusObjectPath menu);
@@ -108,6 +106,11 @@ public Q_SLOTS:
     void SecondaryActivate(int x, int y) { activate(x, y); }
     void ContextMenu(int, int) {}
     void Scroll(int, const QString &) {}
+    /// The right to take the focus, under Wayland; comes before the click that needs it.
+    void ProvideXdgActivationToken(const QString &token)
+    {
+        qputenv("XDG_ACTIVATION_TOKEN", token.toUtf8());
+    }
 
 Q_SIGNALS:
     void NewIcon();
@@ -123,6 +126,19 @@ private:
     QList<DBusPixmap> m_icon;
     QString m_label;
     DBusToolTip m_toolTip;
+};
+
+/// The same for hosts that show a label beside the icon. Others never see the properties: to some a
+/// label, even an empty one, stands in place of the icon.
+class LabelledItemAdaptor : public StatusNotifierItemAdaptor
+{
+    Q_OBJECT
+    Q_CLASSINFO("D-Bus Interface", "org.kde.StatusNotifierItem")
+    Q_PROPERTY(QString XAyatanaLabel READ label)
+    Q_PROPERTY(QString XAyatanaLabelGuide READ label)
+
+public:
+    using StatusNotifierItemAdaptor::StatusNotifierItemAdaptor;
 };
 
 } // namespace tidewick

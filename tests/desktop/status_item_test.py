@@ -50,7 +50,7 @@ class StatusItemTest(unittest.TestCase):
         item = desktop.StatusItem()
         self.assertEqual(item.icon_sizes(), [22, 24, 32, 48, 64])
         self.assertEqual(item.property("IconName"), "(<''>,)")
-        self.assertEqual(item.property("XAyatanaLabel"), "(<''>,)")
+        self.assertIsNone(item.property("XAyatanaLabel"))
         self.assertEqual(item.property("ItemIsMenu"), "(<false>,)")
         self.assertEqual(item.property("Id"), "(<'tidewick'>,)")
         self.assertEqual(item.path, "/StatusNotifierItem")
