@@ -5,6 +5,7 @@
 #include <QByteArray>
 #include <QDBusAbstractAdaptor>
 #include <QDBusObjectPath>
+#include <QElapsedTimer>
 #include <QImage>
 #include <QList>
 #include <QPoint>
@@ -82,7 +83,8 @@ public:
     void setIcon(const QList<DBusPixmap> &icon);
     void setLabel(const QString &label);
     void setToolTip(const QString &title, const QString &text);
-    /// What is told of a click, with the tray's coordinates, after the tray has had its answer.
+    /// What is told of a click, with the tray's coordinates, after the tray has had its answer. A
+    /// click that the tray tells twice, as some do when it follows another soon, counts once.
     void setClicked(const std::function<void(QPoint)> &clicked) { m_clicked = clicked; }
 
     QString category() const { return QStringLiteral("ApplicationStatus"); }
@@ -122,6 +124,7 @@ private:
     void activate(int x, int y);
 
     std::function<void(QPoint)> m_clicked;
+    QElapsedTimer m_sinceClick;
     QDBusObjectPath m_menu;
     QList<DBusPixmap> m_icon;
     QString m_label;
