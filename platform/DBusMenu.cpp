@@ -50,7 +50,7 @@ bool looksLike(const MenuItem &item, const MenuItem &other)
 
 } // namespace
 
-DBusMenu::DBusMenu(QObject *parent) : QDBusAbstractAdaptor(parent)
+DBusMenu::DBusMenu(DBusObject *object) : QDBusAbstractAdaptor(object), m_object(object)
 {
     static const bool registered = (registerTypes(), true);
     Q_UNUSED(registered)
@@ -75,8 +75,9 @@ QVariantMap DBusMenu::properties(int id, const QStringList &names) const
 
 bool DBusMenu::knows(int id) const
 {
-    if (!has(id) && calledFromDBus())
-        sendErrorReply(QDBusError::InvalidArgs, QStringLiteral("There is no entry %1").arg(id));
+    if (!has(id) && m_object->calledFromDBus())
+        m_object->sendErrorReply(QDBusError::InvalidArgs,
+                                 QStringLiteral("There is no entry %1").arg(id));
     return has(id);
 }
 

@@ -81,11 +81,18 @@ struct DBusMenuEvent
     }
 };
 
+/// An object to register on the bus: it, and not what is exported with it, knows of the call that is
+/// being served.
+class DBusObject : public QObject, public QDBusContext
+{
+    Q_OBJECT
+};
+
 /// A flat menu exported as com.canonical.dbusmenu (version 3 of the protocol): id 0 is the root,
 /// the entries follow from 1 in order. A chosen entry's action runs after the call was answered.
 /// What names an unknown entry is answered with an error. Its owner hears when a tray is about to
 /// show it, or asks for it before it was ever filled.
-class DBusMenu : public QDBusAbstractAdaptor, protected QDBusContext
+class DBusMenu : public QDBusAbstractAdaptor
 {
     Q_OBJECT
     Q_CLASSINFO("D-Bus Interface", "com.canonical.dbusmenu")
@@ -95,8 +102,8 @@ class DBusMenu : public QDBusAbstractAdaptor, protected QDBusContext
     Q_PROPERTY(QStringList IconThemePath READ iconThemePath CONSTANT)
 
 public:
-    /// `parent` is the object that will be registered on the bus.
-    explicit DBusMenu(QObject *parent);
+    /// `object` is what will be registered on the bus, and owns the menu.
+    explicit DBusMenu(DBusObject *object);
 
     /// Announces a new layout where the entries look otherwise than before.
     void setItems(const QList<MenuItem> &items);
@@ -132,6 +139,7 @@ private:
     bool has(int id) const { return id >= 0 && id <= m_items.size(); }
     QVariantMap properties(int id, const QStringList &names) const;
 
+    DBusObject *m_object;
     std::function<void()> m_wanted;
     QList<MenuItem> m_items;
     uint m_revision = 1;

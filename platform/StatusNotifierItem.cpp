@@ -49,7 +49,7 @@ NumberStyle numberStyle(const QString &processName)
 
 StatusNotifierItem::StatusNotifierItem()
     : m_bus(QDBusConnection::connectToBus(QDBusConnection::SessionBus, connectionName)),
-      m_menuObject(std::make_unique<QObject>()),
+      m_menuObject(std::make_unique<DBusObject>()),
       m_menu(new DBusMenu(m_menuObject.get()))
 {
     m_menu->setWanted([this] { send({ClickType::rightMouseUp, {}}); });

@@ -15,6 +15,7 @@ namespace tidewick
 {
 
 class DBusMenu;
+class DBusObject;
 class StatusNotifierItemAdaptor;
 
 /// How a host shows a number: its own label beside the icon, a picture that may be wider than
@@ -70,7 +71,7 @@ private:
     QDBusConnection m_bus;
     std::unique_ptr<QObject> m_itemObject;
     StatusNotifierItemAdaptor *m_item = nullptr;
-    std::unique_ptr<QObject> m_menuObject;
+    std::unique_ptr<DBusObject> m_menuObject;
     DBusMenu *m_menu;
 
     NumberStyle m_style = NumberStyle::square;

@@ -69,6 +69,16 @@ class StatusItemTest(unittest.TestCase):
         item.choose(item.menu_labels()["Quit Tidewick"])
         self.assertEqual(program.wait(timeout=2), 0)
 
+    def test_menu_answers_with_an_error_where_it_has_no_such_entry(self):
+        self.launch()
+        item = desktop.StatusItem()
+        item.menu_labels()
+        for method, *arguments in (("GetProperty", "99", "label"), ("AboutToShow", "99"),
+                                   ("GetLayout", "99", "-1", "[]"),
+                                   ("Event", "99", "clicked", "<0>", "0")):
+            self.assertIsNone(desktop.call(item.name, item.menu_path(),
+                                           f"com.canonical.dbusmenu.{method}", *arguments), method)
+
     def test_right_click_offers_quit(self):
         program = self.launch()
         x, y = self.place_of_icon()

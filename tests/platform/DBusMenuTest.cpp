@@ -37,7 +37,7 @@ protected:
     void click(int id) { menu->Event(id, QStringLiteral("clicked"), {}, 0); }
 
     int chosen = 0;
-    QObject object;
+    DBusObject object;
     DBusMenu *menu = new DBusMenu(&object);
 };
 
