@@ -27,7 +27,12 @@ QVariantMap rootProperties()
     return {{QStringLiteral("children-display"), QStringLiteral("submenu")}};
 }
 
-QVariantMap itemProperties(const MenuItem &item)
+QString keyName(const QString &key, KeyNames names)
+{
+    return names == KeyNames::keysym && key == QLatin1String(",") ? QStringLiteral("comma") : key;
+}
+
+QVariantMap itemProperties(const MenuItem &item, KeyNames names)
 {
     if (item.title.isEmpty())
         return {{QStringLiteral("type"), QStringLiteral("separator")}};
@@ -35,7 +40,8 @@ QVariantMap itemProperties(const MenuItem &item)
     QVariantMap properties{{QStringLiteral("label"),
                             QString(item.title).replace(QLatin1Char('_'), QLatin1String("__"))}};
     if (!item.keyEquivalent.isEmpty()) {
-        const QList<QStringList> keys{{QStringLiteral("Control"), item.keyEquivalent}};
+        const QList<QStringList> keys{
+            {QStringLiteral("Control"), keyName(item.keyEquivalent, names)}};
         properties.insert(QStringLiteral("shortcut"), QVariant::fromValue(keys));
     }
     if (!item.isEnabled)
@@ -45,7 +51,7 @@ QVariantMap itemProperties(const MenuItem &item)
 
 bool looksLike(const MenuItem &item, const MenuItem &other)
 {
-    return itemProperties(item) == itemProperties(other);
+    return itemProperties(item, KeyNames::qt) == itemProperties(other, KeyNames::qt);
 }
 
 } // namespace
@@ -67,7 +73,7 @@ void DBusMenu::setItems(const QList<MenuItem> &items)
 
 QVariantMap DBusMenu::properties(int id, const QStringList &names) const
 {
-    QVariantMap all = id == 0 ? rootProperties() : itemProperties(m_items.at(id - 1));
+    QVariantMap all = id == 0 ? rootProperties() : itemProperties(m_items.at(id - 1), m_keyNames);
     if (!names.isEmpty())
         all.removeIf([&names](const auto &entry) { return !names.contains(entry.key()); });
     return all;

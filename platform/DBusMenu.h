@@ -81,8 +81,12 @@ struct DBusMenuEvent
     }
 };
 
-/// An object to register on the bus: it, and not what is exported with it, knows of the call that is
-/// being served.
+/// How a tray wants a key of a shortcut named: as Qt does ("Ctrl+,") or by its X11 keysym
+/// ("comma"). Letters and digits are the same in both.
+enum class KeyNames { qt, keysym };
+
+/// An object to register on the bus: it, and not what is exported with it, knows of the call that
+/// is being served.
 class DBusObject : public QObject, public QDBusContext
 {
     Q_OBJECT
@@ -107,6 +111,7 @@ public:
 
     /// Announces a new layout where the entries look otherwise than before.
     void setItems(const QList<MenuItem> &items);
+    void setKeyNames(KeyNames names) { m_keyNames = names; }
     void setWanted(const std::function<void()> &wanted) { m_wanted = wanted; }
 
     uint version() const { return 3; }
@@ -142,6 +147,7 @@ private:
     DBusObject *m_object;
     std::function<void()> m_wanted;
     QList<MenuItem> m_items;
+    KeyNames m_keyNames = KeyNames::keysym;
     uint m_revision = 1;
 };
 

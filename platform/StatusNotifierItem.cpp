@@ -1,6 +1,5 @@
 #include "platform/StatusNotifierItem.h"
 
-#include "platform/DBusMenu.h"
 #include "platform/StatusItemImage.h"
 #include "platform/StatusNotifierItemAdaptor.h"
 
@@ -47,6 +46,14 @@ NumberStyle numberStyle(const QString &processName)
     return NumberStyle::square;
 }
 
+KeyNames keyNames(const QString &processName)
+{
+    const bool isQt = processName == QLatin1String("lxqt-panel") ||
+                      processName == QLatin1String("plasmashell") ||
+                      processName.startsWith(QLatin1String("kded"));
+    return isQt ? KeyNames::qt : KeyNames::keysym;
+}
+
 StatusNotifierItem::StatusNotifierItem()
     : m_bus(QDBusConnection::connectToBus(QDBusConnection::SessionBus, connectionName)),
       m_menuObject(std::make_unique<DBusObject>()),
@@ -85,7 +92,9 @@ void StatusNotifierItem::registerWithWatcher()
             setHost(false, false);
             return;
         }
-        setStyle(numberStyle(processName(pid.value())));
+        const QString host = processName(pid.value());
+        m_menu->setKeyNames(keyNames(host));
+        setStyle(numberStyle(host));
         registerInStyle();
     });
 }

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "platform/DBusMenu.h"
 #include "platform/StatusItem.h"
 
 #include <QDBusConnection>
@@ -14,8 +15,6 @@ class QDBusPendingCall;
 namespace tidewick
 {
 
-class DBusMenu;
-class DBusObject;
 class StatusNotifierItemAdaptor;
 
 /// How a host shows a number: its own label beside the icon, a picture that may be wider than
@@ -24,6 +23,9 @@ enum class NumberStyle { label, wide, square };
 
 /// The style for the host whose process is called `processName` (/proc/PID/comm, proc(5)).
 NumberStyle numberStyle(const QString &processName);
+
+/// The names that the same host knows keys by.
+KeyNames keyNames(const QString &processName);
 
 /// A status item of the StatusNotifierItem protocol, at /StatusNotifierItem on a bus connection of
 /// its own, since an item leaves the bar only when its connection goes. It registers

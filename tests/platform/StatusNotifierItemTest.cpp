@@ -38,6 +38,14 @@ INSTANTIATE_TEST_SUITE_P(Rows, NumberStyleOfHost,
                                          HostRow{"unknown", "", NumberStyle::square}),
                          rowName);
 
+TEST(KeyNamesOfHost, areThoseOfItsToolkit)
+{
+    for (const char *const host : {"lxqt-panel", "plasmashell", "kded5", "kded6"})
+        EXPECT_EQ(keyNames(QLatin1String(host)), KeyNames::qt) << host;
+    for (const char *const host : {"panel-2-systray", "gnome-shell", "waybar", ""})
+        EXPECT_EQ(keyNames(QLatin1String(host)), KeyNames::keysym) << host;
+}
+
 TEST(DBusPixmap, holdsArgbInNetworkByteOrder)
 {
     QImage image(2, 1, QImage::Format_ARGB32);
