@@ -73,6 +73,12 @@ PopoverWindow::PopoverWindow(std::function<bool()> hasItem) : m_hasItem(std::mov
     connect(qGuiApp, &QGuiApplication::focusWindowChanged, this, &PopoverWindow::watchFocus);
 }
 
+PopoverWindow::~PopoverWindow()
+{
+    // A window that goes with the focus tells of it when this part of it is gone already.
+    disconnect(qGuiApp, nullptr, this, nullptr);
+}
+
 void PopoverWindow::setContentSize(QSize points)
 {
     setMinimumSize(points);

@@ -23,6 +23,8 @@ class PopoverWindow : public QQuickView, public Popover
 public:
     /// `hasItem` tells, each time the popover is shown, whether the user sees the status item.
     explicit PopoverWindow(std::function<bool()> hasItem);
+    ~PopoverWindow() override;
+    Q_DISABLE_COPY_MOVE(PopoverWindow)
 
     void setContentSize(QSize points) override;
     void setContentView(const QUrl &view, const QVariantMap &properties) override;

@@ -20,14 +20,14 @@ constexpr int answerPatienceMs = 2000;
 QVariantMap takePlatformData()
 {
     QVariantMap data;
-    const auto take = [&data](const char *variable, const QString &key) {
+    const auto add = [&data](const char *variable, const QString &key) {
         const QString value = qEnvironmentVariable(variable);
-        qunsetenv(variable);
         if (!value.isEmpty())
             data.insert(key, value);
     };
-    take("DESKTOP_STARTUP_ID", QStringLiteral("desktop-startup-id"));
-    take("XDG_ACTIVATION_TOKEN", QStringLiteral("activation-token"));
+    add("DESKTOP_STARTUP_ID", QStringLiteral("desktop-startup-id"));
+    add("XDG_ACTIVATION_TOKEN", QStringLiteral("activation-token"));
+    qunsetenv("XDG_ACTIVATION_TOKEN");
     return data;
 }
 

@@ -10,8 +10,8 @@ namespace tidewick
 enum class InstanceClaim { first, another, refused, noBus };
 
 /// What the desktop gave this process at its start to prove that the user asked for it, as
-/// org.freedesktop.Application passes it on. Takes it out of the environment, where programs
-/// started from here would find it.
+/// org.freedesktop.Application passes it on. Takes the token out of the environment, where programs
+/// started from here would find it; the toolkit does so with the startup id.
 QVariantMap takePlatformData();
 
 /// The one instance of the program in a session: the owner of the application id on the session

@@ -115,6 +115,20 @@ class HostTest(unittest.TestCase):
             xdotool("key", "Escape")
             self.wait_for_its_end()
 
+    def test_another_program_with_the_keyboard_closes(self):
+        self.open_panel()
+        other = subprocess.Popen(["xev", "-name", "another program"], stdout=subprocess.DEVNULL)
+        self.addCleanup(desktop.end, other)
+        window = desktop.wait_until(lambda: windows("another program"), 5, "another window")[0]
+        xdotool("windowactivate", window)
+        self.wait_for_its_end()
+
+    def test_signal_ends_it_cleanly_while_the_panel_is_open(self):
+        self.open_panel()
+        desktop.wait_until(lambda: xdotool("getwindowfocus") == windows("Tidewick"), 3,
+                           "the keyboard")
+        self.assertEqual(desktop.terminate(self.program)[0], 0)
+
     def choose(self, part):
         """Opens the menu with a right click, and clicks so far down it (0 is its upper end)."""
         before = set(xdotool("search", "--onlyvisible", "--class", ""))

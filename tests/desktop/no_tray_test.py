@@ -68,6 +68,8 @@ class NoTrayTest(unittest.TestCase):
         subprocess.run(["xdotool", "windowfocus", "--sync", window, "key", "alt+F4"], check=True)
         desktop.wait_until(lambda: not panels(), 5, "the end of the window")
         self.assertIsNone(program.poll())
+        self.assertEqual(self.launch().wait(timeout=5), 0)
+        self.wait_for_panel()
 
     def test_second_start_shows_the_panel_again(self):
         self.launch()
