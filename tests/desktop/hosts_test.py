@@ -52,6 +52,7 @@ class HostTest(unittest.TestCase):
 
     def setUp(self):
         self.rest()
+        self.addCleanup(desktop.wait_until, lambda: not ink_in_bar(), 5, "the end of the icon")
         self.program = desktop.start_program()
         self.addCleanup(desktop.end, self.program)
         self.icon = self.place_of_icon()

@@ -60,6 +60,7 @@ class WaybarTest(unittest.TestCase):
         self.pointer = VirtualPointer(WIDTH, HEIGHT)
         self.addCleanup(self.pointer.close)
         self.pointer.move(200, 400)
+        self.addCleanup(desktop.wait_until, lambda: not ink(), 5, "the end of the icon")
         self.program = desktop.start_program()
         self.addCleanup(desktop.end, self.program)
         self.icon = self.place_of_icon()
