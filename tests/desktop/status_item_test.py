@@ -44,7 +44,7 @@ class StatusItemTest(unittest.TestCase):
         item = desktop.StatusItem()
         self.assertEqual(item.icon_sizes(), [22, 24, 32, 48, 64])
         self.assertEqual(item.property("IconName"), "(<''>,)")
-        self.assertEqual(item.property("XAyatanaLabel"), "(<''>,)")
+        self.assertIsNone(item.property("XAyatanaLabel"))
         self.assertEqual(item.property("ItemIsMenu"), "(<false>,)")
         self.assertEqual(item.property("Id"), "(<'tidewick'>,)")
         self.assertEqual(item.path, "/StatusNotifierItem")
@@ -62,6 +62,16 @@ class StatusItemTest(unittest.TestCase):
                          ["Check for Updates...", "Settings...", "Quit Tidewick"])
         item.choose(item.menu_labels()["Quit Tidewick"])
         self.assertEqual(program.wait(timeout=2), 0)
+
+    def test_menu_answers_with_an_error_where_it_has_no_such_entry(self):
+        self.launch()
+        item = desktop.StatusItem()
+        item.menu_labels()
+        for method, *arguments in (("GetProperty", "99", "label"), ("AboutToShow", "99"),
+                                   ("GetLayout", "99", "-1", "[]"),
+                                   ("Event", "99", "clicked", "<0>", "0")):
+            self.assertIsNone(desktop.call(item.name, item.menu_path(),
+                                           f"com.canonical.dbusmenu.{method}", *arguments), method)
 
     def test_right_click_offers_quit(self):
         program = self.launch()
