@@ -239,7 +239,7 @@ int main(int argc, char *argv[])
     Panel panel(state);
     QElapsedTimer creation;
     creation.start();
-    PopoverWindow window;
+    PopoverWindow window([] { return true; });
     window.setContentSize({480, 540});
     window.setContentView(QUrl(QStringLiteral("qrc:/qt/qml/Tidewick/ContentView.qml")),
                           {{QStringLiteral("panel"), QVariant::fromValue(&panel)}});
