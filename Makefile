@@ -1,5 +1,5 @@
 # The verbs. Each does its own set-up; the scripts behind them can be called directly too.
-.PHONY: run demo test fmt lint bench
+.PHONY: run demo test fmt lint bench screenshots package
 
 run:
 	scripts/run
@@ -19,3 +19,9 @@ lint:
 
 bench:
 	scripts/bench
+
+screenshots:
+	scripts/screenshots
+
+package:
+	scripts/package

@@ -99,6 +99,14 @@ void AppDelegate::togglePopover()
     }
 }
 
+void AppDelegate::activate()
+{
+    if (!m_popover)
+        return;
+    m_popover->show(std::nullopt);
+    m_popover->becomeKey();
+}
+
 void AppDelegate::openContextMenu()
 {
     m_statusItem->setMenu({{QStringLiteral("Check for Updates..."),

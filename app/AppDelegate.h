@@ -60,6 +60,9 @@ public:
     /// the panel. Without a click it does nothing. Opening the panel starts no refresh.
     void togglePopover();
 
+    /// The user started the program once more: shows the panel, and never closes it.
+    void activate();
+
     /// Shows the settings window, which is created once, and with it the toggle's state.
     void showSettings();
 

@@ -4,17 +4,20 @@
 #include "platform/AutostartEntry.h"
 #include "platform/BackdropBlur.h"
 #include "platform/DesktopAppearance.h"
+#include "platform/DesktopStatusItem.h"
 #include "platform/DesktopWindow.h"
 #include "platform/PopoverWindow.h"
 #include "platform/SingleInstance.h"
-#include "platform/StatusNotifierItem.h"
 #include "platform/TerminationSignals.h"
+#include "platform/UpdaterController.h"
 #include "platform/Workspace.h"
 #include "scan/CurlHttpClient.h"
 #include "scan/ProcessToolRunner.h"
 
 #include <QIcon>
+#include <QPointer>
 #include <QThreadPool>
+#include <QTimer>
 
 #include <cstdio>
 #include <cstdlib>
@@ -27,6 +30,9 @@ namespace
 /// Wide enough that a few scans stuck in a tool leave room for the next.
 constexpr int poolWidth = 8;
 
+/// How long a start by hand waits for a tray before it shows the panel without one.
+constexpr int trayPatienceMs = 1500;
+
 /// How long the end waits for tasks that were told to stop.
 constexpr int stopPatienceMs = 200;
 
@@ -38,20 +44,26 @@ SystemInterfaces realSystem()
             std::make_shared<CurlHttpClient>()};
 }
 
-/// Until updates are checked for.
-class NoUpdater : public Updater
+/// The parts of the desktop that know of each other. What is not made yet, or gone, is null.
+struct Shell
 {
-    void checkForUpdates() override {}
-    bool canCheckForUpdates() const override { return false; }
+    QPointer<DesktopStatusItem> statusItem;
+
+    bool hasItem() const { return statusItem && statusItem->isInTray(); }
 };
 
-Desktop realDesktop()
+/// `shell` must outlive what is made of the result.
+Desktop realDesktop(Shell &shell)
 {
     return {
-        [](bool) { return std::make_unique<NoUpdater>(); },
-        [] { return std::make_unique<StatusNotifierItem>(); },
-        [] {
-            auto popover = std::make_unique<PopoverWindow>();
+        [](bool isStarting) { return std::make_unique<UpdaterController>(isStarting); },
+        [&shell] {
+            auto item = std::make_unique<DesktopStatusItem>();
+            shell.statusItem = item.get();
+            return item;
+        },
+        [&shell] {
+            auto popover = std::make_unique<PopoverWindow>([&shell] { return shell.hasItem(); });
             new BackdropBlur(*popover);
             return popover;
         },
@@ -63,36 +75,74 @@ Desktop realDesktop()
         }};
 }
 
-/// The panel is drawn without OpenGL, which costs less memory and time here, unless the user's
-/// environment says otherwise. Must be called before the toolkit starts; hands `argc` back.
-int &preferSoftwareRendering(int &argc)
+/// True where the session started this process, and not the user.
+bool takeAutostarted()
+{
+    const bool isAutostarted = qEnvironmentVariableIsSet(autostartVariable);
+    qunsetenv(autostartVariable);
+    return isAutostarted;
+}
+
+/// Only X11 lets the program choose the panel's place, so XWayland comes before Wayland.
+void preferX11()
+{
+    if (!qEnvironmentVariableIsEmpty("DISPLAY") &&
+        !qEnvironmentVariableIsEmpty("WAYLAND_DISPLAY") &&
+        !qEnvironmentVariableIsSet("QT_QPA_PLATFORM"))
+        qputenv("QT_QPA_PLATFORM", "xcb;wayland");
+}
+
+/// The panel is drawn without OpenGL, which costs less memory and time here.
+void preferSoftwareRendering()
 {
     if (qEnvironmentVariableIsSet("QT_QUICK_BACKEND") ||
         qEnvironmentVariableIsSet("QSG_RHI_BACKEND"))
-        return argc;
+        return;
     qputenv("QT_QUICK_BACKEND", "software");
     if (!qEnvironmentVariableIsSet("QT_XCB_GL_INTEGRATION"))
         qputenv("QT_XCB_GL_INTEGRATION", "none");
+}
+
+/// What the toolkit reads when it starts, unless the user's environment says otherwise. Hands
+/// `argc` back.
+int &prepareEnvironment(int &argc)
+{
+    preferX11();
+    preferSoftwareRendering();
     return argc;
+}
+
+/// The user asked for the program; `platformData` proves it to the desktop.
+void activate(AppDelegate &delegate, const QVariantMap &platformData)
+{
+    const char *const variable = "XDG_ACTIVATION_TOKEN"; // where the toolkit looks for it
+    qputenv(variable, platformData.value(QStringLiteral("activation-token")).toByteArray());
+    delegate.activate();
+    qunsetenv(variable);
 }
 
 } // namespace
 
 TidewickApp::TidewickApp(int &argc, char **argv)
-    : m_application(preferSoftwareRendering(argc), argv)
+    : m_isAutostarted(takeAutostarted()),
+      m_platformData(takePlatformData()),
+      m_application(prepareEnvironment(argc), argv)
 {
-    QGuiApplication::setApplicationName(QStringLiteral("tidewick"));
-    QGuiApplication::setDesktopFileName(QStringLiteral("org.tidewick.Tidewick"));
-    QGuiApplication::setWindowIcon(QIcon(QStringLiteral(":/menubar_icon.png")));
-    QGuiApplication::setQuitOnLastWindowClosed(false);
+    QApplication::setApplicationName(QStringLiteral("tidewick"));
+    QApplication::setDesktopFileName(QStringLiteral("org.tidewick.Tidewick"));
+    QApplication::setWindowIcon(QIcon(QStringLiteral(":/menubar_icon.png")));
+    QApplication::setQuitOnLastWindowClosed(false);
 }
 
 int TidewickApp::run()
 {
-    switch (claimSingleInstance()) {
+    SingleInstance instance;
+    switch (instance.claim()) {
     case InstanceClaim::first:
         break;
     case InstanceClaim::another:
+        if (!m_isAutostarted)
+            SingleInstance::activateOther(m_platformData);
         return EXIT_SUCCESS;
     case InstanceClaim::refused:
         std::fputs("tidewick: the session bus refuses the name org.tidewick.Tidewick, so a second "
@@ -109,11 +159,21 @@ int TidewickApp::run()
     pool.setMaxThreadCount(poolWidth);
     int status = EXIT_SUCCESS;
     {
-        AppDelegate delegate(realSystem(), pool, realDesktop());
+        Shell shell;
+        AppDelegate delegate(realSystem(), pool, realDesktop(shell));
         QObject::connect(&termination, &TerminationSignals::received, &delegate,
                          &AppDelegate::quitApp);
+        QObject::connect(&instance, &SingleInstance::sessionEnded, &delegate,
+                         &AppDelegate::quitApp);
+        QObject::connect(&instance, &SingleInstance::activated, &delegate,
+                         [&delegate](const QVariantMap &data) { activate(delegate, data); });
         delegate.applicationDidFinishLaunching();
-        status = QGuiApplication::exec();
+        if (!m_isAutostarted)
+            QTimer::singleShot(trayPatienceMs, &delegate, [this, &delegate, &shell] {
+                if (!shell.hasItem())
+                    activate(delegate, m_platformData);
+            });
+        status = QApplication::exec();
     }
     // A task that does not come back, its tool beyond even a kill, must not hold up the end.
     if (!pool.waitForDone(stopPatienceMs))

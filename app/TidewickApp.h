@@ -1,6 +1,7 @@
 #pragma once
 
-#include <QGuiApplication>
+#include <QApplication>
+#include <QVariantMap>
 
 namespace tidewick
 {
@@ -13,11 +14,14 @@ public:
     TidewickApp(int &argc, char **argv);
 
     /// Runs until the user quits or a termination signal comes, and returns the exit status.
-    /// Returns 0 at once where another instance runs in this session already.
+    /// Where another instance runs in this session
+    /// already, has that one show its panel and returns 0.
     int run();
 
 private:
-    QGuiApplication m_application;
+    const bool m_isAutostarted;
+    const QVariantMap m_platformData; // what the desktop gave along with the start
+    QApplication m_application;
 };
 
 } // namespace tidewick

@@ -27,7 +27,12 @@ QVariantMap rootProperties()
     return {{QStringLiteral("children-display"), QStringLiteral("submenu")}};
 }
 
-QVariantMap itemProperties(const MenuItem &item)
+QString keyName(const QString &key, KeyNames names)
+{
+    return names == KeyNames::keysym && key == QLatin1String(",") ? QStringLiteral("comma") : key;
+}
+
+QVariantMap itemProperties(const MenuItem &item, KeyNames names)
 {
     if (item.title.isEmpty())
         return {{QStringLiteral("type"), QStringLiteral("separator")}};
@@ -35,7 +40,8 @@ QVariantMap itemProperties(const MenuItem &item)
     QVariantMap properties{{QStringLiteral("label"),
                             QString(item.title).replace(QLatin1Char('_'), QLatin1String("__"))}};
     if (!item.keyEquivalent.isEmpty()) {
-        const QList<QStringList> keys{{QStringLiteral("Control"), item.keyEquivalent}};
+        const QList<QStringList> keys{
+            {QStringLiteral("Control"), keyName(item.keyEquivalent, names)}};
         properties.insert(QStringLiteral("shortcut"), QVariant::fromValue(keys));
     }
     if (!item.isEnabled)
@@ -45,12 +51,12 @@ QVariantMap itemProperties(const MenuItem &item)
 
 bool looksLike(const MenuItem &item, const MenuItem &other)
 {
-    return itemProperties(item) == itemProperties(other);
+    return itemProperties(item, KeyNames::qt) == itemProperties(other, KeyNames::qt);
 }
 
 } // namespace
 
-DBusMenu::DBusMenu(QObject *parent) : QDBusAbstractAdaptor(parent)
+DBusMenu::DBusMenu(DBusObject *object) : QDBusAbstractAdaptor(object), m_object(object)
 {
     static const bool registered = (registerTypes(), true);
     Q_UNUSED(registered)
@@ -67,10 +73,18 @@ void DBusMenu::setItems(const QList<MenuItem> &items)
 
 QVariantMap DBusMenu::properties(int id, const QStringList &names) const
 {
-    QVariantMap all = id == 0 ? rootProperties() : itemProperties(m_items.at(id - 1));
+    QVariantMap all = id == 0 ? rootProperties() : itemProperties(m_items.at(id - 1), m_keyNames);
     if (!names.isEmpty())
         all.removeIf([&names](const auto &entry) { return !names.contains(entry.key()); });
     return all;
+}
+
+bool DBusMenu::knows(int id) const
+{
+    if (!has(id) && m_object->calledFromDBus())
+        m_object->sendErrorReply(QDBusError::InvalidArgs,
+                                 QStringLiteral("There is no entry %1").arg(id));
+    return has(id);
 }
 
 uint DBusMenu::GetLayout(int parentId, int recursionDepth, const QStringList &propertyNames,
@@ -78,7 +92,7 @@ uint DBusMenu::GetLayout(int parentId, int recursionDepth, const QStringList &pr
 {
     if (m_items.isEmpty() && m_wanted)
         m_wanted();
-    if (!has(parentId))
+    if (!knows(parentId))
         return m_revision;
     layout = {parentId, properties(parentId, propertyNames), {}};
     if (parentId == 0 && recursionDepth != 0) {
@@ -103,12 +117,12 @@ QList<DBusMenuProperties> DBusMenu::GetGroupProperties(const QList<int> &ids,
 QDBusVariant DBusMenu::GetProperty(int id, const QString &name) const
 {
     // A variant on the bus must hold something: an unknown property is an empty text.
-    return QDBusVariant(has(id) ? properties(id, {}).value(name, QString()) : QString());
+    return QDBusVariant(knows(id) ? properties(id, {}).value(name, QString()) : QString());
 }
 
 void DBusMenu::Event(int id, const QString &type, const QDBusVariant & /*data*/, uint /*timestamp*/)
 {
-    if (type != QLatin1String("clicked") || id < 1 || !has(id))
+    if (!knows(id) || id == 0 || type != QLatin1String("clicked"))
         return;
     const MenuItem &item = m_items.at(id - 1);
     if (const auto action = item.action; action && item.isEnabled)
@@ -119,8 +133,9 @@ QList<int> DBusMenu::EventGroup(const QList<DBusMenuEvent> &events)
 {
     QList<int> unknownIds;
     for (const DBusMenuEvent &event : events) {
-        Event(event.id, event.type, event.data, event.timestamp);
-        if (!has(event.id))
+        if (has(event.id))
+            Event(event.id, event.type, event.data, event.timestamp);
+        else
             unknownIds.append(event.id);
     }
     return unknownIds;
@@ -129,7 +144,7 @@ QList<int> DBusMenu::EventGroup(const QList<DBusMenuEvent> &events)
 bool DBusMenu::AboutToShow(int id)
 {
     const uint before = m_revision;
-    if (id == 0 && m_wanted)
+    if (knows(id) && id == 0 && m_wanted)
         m_wanted();
     return m_revision != before;
 }

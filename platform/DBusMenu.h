@@ -4,6 +4,7 @@
 #include "platform/StatusItem.h"
 
 #include <QDBusAbstractAdaptor>
+#include <QDBusContext>
 #include <QDBusVariant>
 #include <QMap>
 #include <QObject>
@@ -80,9 +81,21 @@ struct DBusMenuEvent
     }
 };
 
+/// How a tray wants a key of a shortcut named: as Qt does ("Ctrl+,") or by its X11 keysym
+/// ("comma"). Letters and digits are the same in both.
+enum class KeyNames { qt, keysym };
+
+/// An object to register on the bus: it, and not what is exported with it, knows of the call that
+/// is being served.
+class DBusObject : public QObject, public QDBusContext
+{
+    Q_OBJECT
+};
+
 /// A flat menu exported as com.canonical.dbusmenu (version 3 of the protocol): id 0 is the root,
 /// the entries follow from 1 in order. A chosen entry's action runs after the call was answered.
-/// Its owner hears when a tray is about to show it, or asks for it before it was ever filled.
+/// What names an unknown entry is answered with an error. Its owner hears when a tray is about to
+/// show it, or asks for it before it was ever filled.
 class DBusMenu : public QDBusAbstractAdaptor
 {
     Q_OBJECT
@@ -93,11 +106,12 @@ class DBusMenu : public QDBusAbstractAdaptor
     Q_PROPERTY(QStringList IconThemePath READ iconThemePath CONSTANT)
 
 public:
-    /// `parent` is the object that will be registered on the bus.
-    explicit DBusMenu(QObject *parent);
+    /// `object` is what will be registered on the bus, and owns the menu.
+    explicit DBusMenu(DBusObject *object);
 
     /// Announces a new layout where the entries look otherwise than before.
     void setItems(const QList<MenuItem> &items);
+    void setKeyNames(KeyNames names) { m_keyNames = names; }
     void setWanted(const std::function<void()> &wanted) { m_wanted = wanted; }
 
     uint version() const { return 3; }
@@ -125,11 +139,15 @@ Q_SIGNALS:
     // NOLINTEND(readability-identifier-naming)
 
 private:
+    /// Answers the call that is being served with an error where there is no such entry.
+    bool knows(int id) const;
     bool has(int id) const { return id >= 0 && id <= m_items.size(); }
     QVariantMap properties(int id, const QStringList &names) const;
 
+    DBusObject *m_object;
     std::function<void()> m_wanted;
     QList<MenuItem> m_items;
+    KeyNames m_keyNames = KeyNames::keysym;
     uint m_revision = 1;
 };
 

@@ -4,8 +4,13 @@
 
 #include <QImage>
 
+#include <array>
+
 namespace tidewick
 {
+
+/// The sizes, in pixels, that bars ask for, at 1x and 2x.
+inline constexpr std::array<int, 5> statusIconSides{22, 24, 32, 48, 64};
 
 /// The icon alone, centred in a square of `side` pixels. The square stands for a bar 22 points
 /// high, so an icon of 18 points fills 18/22 of it.

@@ -1,18 +1,16 @@
 #include "platform/StatusNotifierItem.h"
 
-#include "platform/DBusMenu.h"
 #include "platform/StatusItemImage.h"
 #include "platform/StatusNotifierItemAdaptor.h"
 
 #include <QDBusConnectionInterface>
 #include <QDBusMessage>
 #include <QDBusPendingCallWatcher>
-#include <QDBusPendingReply>
+#include <QDBusReply>
 #include <QDBusServiceWatcher>
 #include <QFile>
 
-#include <array>
-#include <cstdio>
+#include <utility>
 
 namespace tidewick
 {
@@ -24,9 +22,6 @@ const QString itemPath = QStringLiteral("/StatusNotifierItem");
 const QString menuPath = QStringLiteral("/StatusNotifierItem/Menu");
 const QString watcherName = QStringLiteral("org.kde.StatusNotifierWatcher");
 const QString watcherPath = QStringLiteral("/StatusNotifierWatcher");
-
-/// The sizes that hosts ask for, at 1x and 2x.
-constexpr std::array<int, 5> sides{22, 24, 32, 48, 64};
 
 QString processName(uint pid)
 {
@@ -44,28 +39,38 @@ NumberStyle numberStyle(const QString &processName)
         processName.startsWith(QLatin1String("ayatana-")))
         return NumberStyle::label;
     // MATE would show a label too, but drops the icon of an item that has one.
-    if (processName == QLatin1String("mate-panel") || processName == QLatin1String("waybar"))
+    if (processName == QLatin1String("mate-panel") ||      // the applet in the panel's own process
+        processName == QLatin1String("notification-ar") || // and in one of its own
+        processName == QLatin1String("waybar"))
         return NumberStyle::wide;
     return NumberStyle::square;
 }
 
+KeyNames keyNames(const QString &processName)
+{
+    const bool isQt = processName == QLatin1String("lxqt-panel") ||
+                      processName == QLatin1String("plasmashell") ||
+                      processName.startsWith(QLatin1String("kded"));
+    return isQt ? KeyNames::qt : KeyNames::keysym;
+}
+
 StatusNotifierItem::StatusNotifierItem()
     : m_bus(QDBusConnection::connectToBus(QDBusConnection::SessionBus, connectionName)),
-      m_item(new StatusNotifierItemAdaptor(this, QDBusObjectPath(menuPath))),
-      m_menuObject(std::make_unique<QObject>()),
+      m_menuObject(std::make_unique<DBusObject>()),
       m_menu(new DBusMenu(m_menuObject.get()))
 {
-    m_item->setClicked([this](QPoint position) { send({ClickType::leftMouseUp, position}); });
     m_menu->setWanted([this] { send({ClickType::rightMouseUp, {}}); });
-    m_bus.registerObject(itemPath, this, QDBusConnection::ExportAdaptors);
+    exportItem();
     m_bus.registerObject(menuPath, m_menuObject.get(), QDBusConnection::ExportAdaptors);
-    auto *watcher = new QDBusServiceWatcher(watcherName, m_bus,
-                                            QDBusServiceWatcher::WatchForRegistration, this);
+    auto *watcher =
+        new QDBusServiceWatcher(watcherName, m_bus, QDBusServiceWatcher::WatchForOwnerChange, this);
     connect(watcher, &QDBusServiceWatcher::serviceRegistered, this,
             &StatusNotifierItem::registerWithWatcher);
-    m_bus.connect(watcherName, watcherPath, watcherName,
-                  QStringLiteral("StatusNotifierHostRegistered"), this,
-                  SLOT(registerWithWatcher()));
+    connect(watcher, &QDBusServiceWatcher::serviceUnregistered, this,
+            [this] { setHost(false, false); });
+    for (const char *signal : {"StatusNotifierHostRegistered", "StatusNotifierHostUnregistered"})
+        m_bus.connect(watcherName, watcherPath, watcherName, QLatin1String(signal), this,
+                      SLOT(registerWithWatcher()));
     registerWithWatcher();
 }
 
@@ -74,40 +79,89 @@ StatusNotifierItem::~StatusNotifierItem()
     QDBusConnection::disconnectFromBus(connectionName);
 }
 
+/// The host reads an item once, when it registers: what it can show must be known before.
 void StatusNotifierItem::registerWithWatcher()
-{
-    auto call = QDBusMessage::createMethodCall(watcherName, watcherPath, watcherName,
-                                               QStringLiteral("RegisterStatusNotifierItem"));
-    call.setAutoStartService(false);
-    call << m_bus.baseService();
-    auto *reply = new QDBusPendingCallWatcher(m_bus.asyncCall(call), this);
-    connect(reply, &QDBusPendingCallWatcher::finished, this, [this, reply] {
-        reply->deleteLater();
-        if (!reply->isError()) {
-            learnHost();
-        } else if (!m_reportedMissingTray) {
-            m_reportedMissingTray = true;
-            std::fputs("tidewick: this desktop shows no status items; waiting for a tray\n",
-                       stderr);
-        }
-    });
-}
-
-void StatusNotifierItem::learnHost()
 {
     auto call = QDBusMessage::createMethodCall(
         QStringLiteral("org.freedesktop.DBus"), QStringLiteral("/org/freedesktop/DBus"),
         QStringLiteral("org.freedesktop.DBus"), QStringLiteral("GetConnectionUnixProcessID"));
     call << watcherName;
-    auto *reply = new QDBusPendingCallWatcher(m_bus.asyncCall(call), this);
-    connect(reply, &QDBusPendingCallWatcher::finished, this, [this, reply] {
-        reply->deleteLater();
-        const QDBusPendingReply<uint> pid = *reply;
-        if (pid.isError())
+    whenAnswered(m_bus.asyncCall(call), [this](const QDBusMessage &reply) {
+        const QDBusReply<uint> pid = reply;
+        if (!pid.isValid()) {
+            setHost(false, false);
             return;
-        m_style = numberStyle(processName(pid.value()));
-        redraw();
+        }
+        const QString host = processName(pid.value());
+        m_menu->setKeyNames(keyNames(host));
+        setStyle(numberStyle(host));
+        registerInStyle();
     });
+}
+
+void StatusNotifierItem::registerInStyle()
+{
+    auto call = QDBusMessage::createMethodCall(watcherName, watcherPath, watcherName,
+                                               QStringLiteral("RegisterStatusNotifierItem"));
+    call.setAutoStartService(false);
+    call << m_bus.baseService();
+    whenAnswered(m_bus.asyncCall(call), [this](const QDBusMessage &reply) {
+        if (reply.type() == QDBusMessage::ErrorMessage)
+            setHost(false, false);
+        else
+            askForHost();
+    });
+}
+
+void StatusNotifierItem::setStyle(NumberStyle style)
+{
+    const bool hadLabel = m_style == NumberStyle::label;
+    m_style = style;
+    if (hadLabel != (style == NumberStyle::label))
+        exportItem();
+    redraw();
+}
+
+void StatusNotifierItem::exportItem()
+{
+    m_bus.unregisterObject(itemPath);
+    m_itemObject = std::make_unique<QObject>();
+    const QDBusObjectPath menu(menuPath);
+    m_item = m_style == NumberStyle::label
+                 ? new LabelledItemAdaptor(m_itemObject.get(), menu)
+                 : new StatusNotifierItemAdaptor(m_itemObject.get(), menu);
+    m_item->setClicked([this](QPoint position) { send({ClickType::leftMouseUp, position}); });
+    m_item->setToolTip(m_toolTipTitle, m_toolTipText);
+    m_bus.registerObject(itemPath, m_itemObject.get(), QDBusConnection::ExportAdaptors);
+}
+
+void StatusNotifierItem::askForHost()
+{
+    auto call = QDBusMessage::createMethodCall(watcherName, watcherPath,
+                                               QStringLiteral("org.freedesktop.DBus.Properties"),
+                                               QStringLiteral("Get"));
+    call << watcherName << QStringLiteral("IsStatusNotifierHostRegistered");
+    whenAnswered(m_bus.asyncCall(call), [this](const QDBusMessage &reply) {
+        const QDBusReply<QDBusVariant> hasHost = reply;
+        setHost(true, hasHost.isValid() && hasHost.value().variant().toBool());
+    });
+}
+
+void StatusNotifierItem::whenAnswered(const QDBusPendingCall &call,
+                                      std::function<void(const QDBusMessage &)> use)
+{
+    auto *watcher = new QDBusPendingCallWatcher(call, this);
+    connect(watcher, &QDBusPendingCallWatcher::finished, this, [watcher, use = std::move(use)] {
+        watcher->deleteLater();
+        use(watcher->reply());
+    });
+}
+
+void StatusNotifierItem::setHost(bool hasWatcher, bool hasHost)
+{
+    m_hasWatcher = hasWatcher;
+    m_hasHost = hasHost;
+    Q_EMIT hostChanged();
 }
 
 void StatusNotifierItem::setImage(const QImage &image, QSize points)
@@ -134,6 +188,8 @@ void StatusNotifierItem::setImagePosition(ImagePosition /*position*/)
 
 void StatusNotifierItem::setToolTip(const QString &title, const QString &text)
 {
+    m_toolTipTitle = title;
+    m_toolTipText = text;
     m_item->setToolTip(title, text);
 }
 
@@ -173,7 +229,7 @@ void StatusNotifierItem::redraw()
         return badgedStatusImage(m_image, m_points, m_title, side);
     };
     QList<DBusPixmap> icon;
-    for (const int side : sides)
+    for (const int side : statusIconSides)
         icon.append(DBusPixmap::fromImage(draw(side)));
     m_item->setIcon(icon);
     m_item->setLabel(m_style == NumberStyle::label ? m_title.text : QString());

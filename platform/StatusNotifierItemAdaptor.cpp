@@ -10,6 +10,9 @@ namespace tidewick
 namespace
 {
 
+/// Sooner than this nobody clicks again.
+constexpr qint64 repetitionMs = 30;
+
 void registerTypes()
 {
     qDBusRegisterMetaType<DBusPixmap>();
@@ -53,6 +56,10 @@ void StatusNotifierItemAdaptor::setLabel(const QString &label)
 
 void StatusNotifierItemAdaptor::activate(int x, int y)
 {
+    const bool isRepeated = m_sinceClick.isValid() && !m_sinceClick.hasExpired(repetitionMs);
+    m_sinceClick.start();
+    if (isRepeated)
+        return;
     if (m_clicked)
         QMetaObject::invokeMethod(
             this,

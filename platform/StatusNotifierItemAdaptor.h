@@ -5,6 +5,7 @@
 #include <QByteArray>
 #include <QDBusAbstractAdaptor>
 #include <QDBusObjectPath>
+#include <QElapsedTimer>
 #include <QImage>
 #include <QList>
 #include <QPoint>
@@ -75,8 +76,6 @@ class StatusNotifierItemAdaptor : public QDBusAbstractAdaptor
     Q_PROPERTY(tidewick::DBusToolTip ToolTip READ toolTip)
     Q_PROPERTY(bool ItemIsMenu READ itemIsMenu CONSTANT)
     Q_PROPERTY(QDBusObjectPath Menu READ menu CONSTANT)
-    Q_PROPERTY(QString XAyatanaLabel READ label)
-    Q_PROPERTY(QString XAyatanaLabelGuide READ label)
 
 public:
     StatusNotifierItemAdaptor(QObject *parent, QDBusObjectPath menu);
@@ -84,7 +83,8 @@ public:
     void setIcon(const QList<DBusPixmap> &icon);
     void setLabel(const QString &label);
     void setToolTip(const QString &title, const QString &text);
-    /// What is told of a click, with the tray's coordinates, after the tray has had its answer.
+    /// What is told of a click, with the tray's coordinates, after the tray has had its answer. A
+    /// click that the tray tells twice, as some do when it follows another soon, counts once.
     void setClicked(const std::function<void(QPoint)> &clicked) { m_clicked = clicked; }
 
     QString category() const { return QStringLiteral("ApplicationStatus"); }
@@ -108,6 +108,11 @@ public Q_SLOTS:
     void SecondaryActivate(int x, int y) { activate(x, y); }
     void ContextMenu(int, int) {}
     void Scroll(int, const QString &) {}
+    /// The right to take the focus, under Wayland; comes before the click that needs it.
+    void ProvideXdgActivationToken(const QString &token)
+    {
+        qputenv("XDG_ACTIVATION_TOKEN", token.toUtf8());
+    }
 
 Q_SIGNALS:
     void NewIcon();
@@ -119,10 +124,24 @@ private:
     void activate(int x, int y);
 
     std::function<void(QPoint)> m_clicked;
+    QElapsedTimer m_sinceClick;
     QDBusObjectPath m_menu;
     QList<DBusPixmap> m_icon;
     QString m_label;
     DBusToolTip m_toolTip;
+};
+
+/// The same for hosts that show a label beside the icon. Others never see the properties: to some a
+/// label, even an empty one, stands in place of the icon.
+class LabelledItemAdaptor : public StatusNotifierItemAdaptor
+{
+    Q_OBJECT
+    Q_CLASSINFO("D-Bus Interface", "org.kde.StatusNotifierItem")
+    Q_PROPERTY(QString XAyatanaLabel READ label)
+    Q_PROPERTY(QString XAyatanaLabelGuide READ label)
+
+public:
+    using StatusNotifierItemAdaptor::StatusNotifierItemAdaptor;
 };
 
 } // namespace tidewick

@@ -9,7 +9,8 @@ class Updater
 public:
     virtual ~Updater() = default;
 
-    /// The user asked: check now. Does nothing while a check runs.
+    /// The user asked: check now; says at once that it is checking. Starts no second check while
+    /// one runs, nor one during an installation: it shows what runs.
     virtual void checkForUpdates() = 0;
     /// False while a check, or an installation, runs.
     virtual bool canCheckForUpdates() const = 0;

@@ -1,17 +1,28 @@
 #include "platform/Workspace.h"
 
-#include <QDBusConnection>
 #include <QDBusMessage>
 #include <QDBusPendingCallWatcher>
 #include <QDesktopServices>
 #include <QFileInfo>
 
+#include <utility>
+
 namespace tidewick
 {
 
-void DesktopWorkspace::openUrl(const QUrl &url)
+DesktopWorkspace::DesktopWorkspace(Opener open, QDBusConnection bus)
+    : m_open(std::move(open)), m_bus(std::move(bus))
+{
+}
+
+void DesktopWorkspace::openWithDefault(const QUrl &url)
 {
     QDesktopServices::openUrl(url);
+}
+
+void DesktopWorkspace::openUrl(const QUrl &url)
+{
+    m_open(url);
 }
 
 void DesktopWorkspace::revealFolder(const QString &path)
@@ -25,12 +36,13 @@ void DesktopWorkspace::revealFolder(const QString &path)
                                                QStringLiteral("org.freedesktop.FileManager1"),
                                                QStringLiteral("ShowFolders"));
     call << QStringList(folder.toString(QUrl::FullyEncoded)) << QString();
-    auto *reply = new QDBusPendingCallWatcher(QDBusConnection::sessionBus().asyncCall(call));
-    QObject::connect(reply, &QDBusPendingCallWatcher::finished, reply, [reply, folder] {
-        if (reply->isError())
-            QDesktopServices::openUrl(folder);
-        reply->deleteLater();
-    });
+    auto *reply = new QDBusPendingCallWatcher(m_bus.asyncCall(call));
+    QObject::connect(reply, &QDBusPendingCallWatcher::finished, reply,
+                     [reply, folder, open = m_open] {
+                         if (reply->isError())
+                             open(folder);
+                         reply->deleteLater();
+                     });
 }
 
 } // namespace tidewick

@@ -1,7 +1,10 @@
 #pragma once
 
+#include <QDBusConnection>
 #include <QString>
 #include <QUrl>
+
+#include <functional>
 
 namespace tidewick
 {
@@ -22,8 +25,22 @@ public:
 class DesktopWorkspace : public Workspace
 {
 public:
+    using Opener = std::function<void(const QUrl &)>;
+
+    /// The desktop opens with `open` whatever it has a default program for; the file manager is
+    /// asked over `bus`.
+    explicit DesktopWorkspace(Opener open = openWithDefault,
+                              QDBusConnection bus = QDBusConnection::sessionBus());
+
     void openUrl(const QUrl &url) override;
+    /// Opens the folder like any other thing where no file manager answers on the bus.
     void revealFolder(const QString &path) override;
+
+private:
+    static void openWithDefault(const QUrl &url);
+
+    Opener m_open;
+    QDBusConnection m_bus;
 };
 
 } // namespace tidewick

@@ -1,17 +1,22 @@
 """What the desktop tests share: the program under test, the status item as the session bus shows
-it, real servers, and waiting for a condition with a deadline."""
+it, the panel's window, real servers, and waiting for a condition with a deadline."""
 
 import ast
 import os
 import re
+import shutil
 import signal
+import stat
 import subprocess
 import sys
+import tempfile
 import time
 
 PROGRAM = os.environ["TIDEWICK"]
 SCREENSHOTS = os.environ["SCREENSHOTS"]
 SCRIPTS = os.path.join(os.path.dirname(__file__), "..", "..", "scripts")
+ANOTHER_USER = ["setpriv", "--reuid=65534", "--regid=65534", "--clear-groups"]
+NO_RIGHT_TO_KILL = ["setpriv", "--bounding-set=-kill", "--inh-caps=-kill"]
 INK = bytes((0x1F, 0x8A, 0x9E))  # the colour of the icon and of the number's badge
 
 
@@ -36,8 +41,26 @@ def is_alive(pid):
         return False
 
 
-def start_program(path=PROGRAM):
-    return subprocess.Popen([path], stderr=subprocess.PIPE, text=True)
+def start_program(path=PROGRAM, wrapper=(), **environment):
+    """Starts the program, by way of the command `wrapper` where one is given."""
+    return subprocess.Popen([*wrapper, path], stderr=subprocess.PIPE, text=True,
+                            env={**os.environ, **environment})
+
+
+def copy_with_lsof(script):
+    """A copy of the program in a folder of its own, beside which `script` is its lsof."""
+    folder = tempfile.mkdtemp()
+    supplied = os.path.join(os.path.dirname(PROGRAM), "../libexec")
+    if os.path.isdir(supplied):
+        shutil.copytree(supplied, os.path.join(folder, "libexec"))
+    for name in ("bin", "libexec/tidewick"):
+        os.makedirs(os.path.join(folder, name), exist_ok=True)
+    shutil.copy(PROGRAM, os.path.join(folder, "bin/tidewick"))
+    lsof = os.path.join(folder, "libexec/tidewick/lsof")
+    with open(lsof, "w", encoding="utf-8") as file:
+        file.write(script)
+    os.chmod(lsof, stat.S_IRWXU)
+    return folder
 
 
 def end(process):
@@ -50,12 +73,47 @@ def end(process):
             stream.close()
 
 
-def start_server():
-    """A real development server on a free loopback port, accepting when this returns."""
+def start_server(folder=None, port=0, wrapper=()):
+    """A real development server on a loopback port, any free one for 0, in `folder`. It accepts
+    connections when this returns."""
     server = subprocess.Popen(
-        [sys.executable, "-u", "-m", "http.server", "--bind", "127.0.0.1", "0"],
-        stdout=subprocess.PIPE, stderr=subprocess.DEVNULL, text=True)
-    assert "Serving HTTP" in server.stdout.readline()
+        [*wrapper, sys.executable, "-u", "-m", "http.server", "--bind", "127.0.0.1", str(port)],
+        cwd=folder, stdout=subprocess.PIPE, stderr=subprocess.DEVNULL, text=True)
+    server.port = int(re.match(r"Serving HTTP on \S+ port (\d+)", server.stdout.readline())[1])
+    return server
+
+
+TWO_PORT_SERVER = """
+import http.server, threading
+for _ in range(2):
+    server = http.server.ThreadingHTTPServer(("127.0.0.1", 0), http.server.SimpleHTTPRequestHandler)
+    threading.Thread(target=server.serve_forever).start()
+print("listening", flush=True)
+"""
+
+
+def start_two_port_server():
+    """One process that answers HTTP on two ports."""
+    server = subprocess.Popen([sys.executable, "-c", TWO_PORT_SERVER], stdout=subprocess.PIPE,
+                              stderr=subprocess.DEVNULL, text=True)
+    assert server.stdout.readline() == "listening\n"
+    return server
+
+
+CLOSING_SERVER = """
+import socket
+listener = socket.create_server(("127.0.0.1", 0))
+print("listening", flush=True)
+while True:
+    listener.accept()[0].close()
+"""
+
+
+def start_closing_server(folder):
+    """A server that hangs up on whoever speaks HTTP, as databases do."""
+    server = subprocess.Popen([sys.executable, "-c", CLOSING_SERVER], cwd=folder,
+                              stdout=subprocess.PIPE, text=True)
+    assert server.stdout.readline() == "listening\n"
     return server
 
 
@@ -174,6 +232,45 @@ class Picture:
                 places.append((at // 3 % self.width, at // 3 // self.width))
             at = self.pixels.find(INK, at + 1)
         return places
+
+
+def place_of_icon():
+    """Where the status item can be clicked."""
+    places = wait_until(lambda: Picture().ink(), 10, "the icon in the picture")
+    return places[len(places) // 2]
+
+
+def move_pointer(x, y):
+    subprocess.run(["xdotool", "mousemove", str(x), str(y)], check=True)
+
+
+def click(x, y):
+    subprocess.run(["xdotool", "mousemove", str(x), str(y), "click", "1"], check=True)
+
+
+def press_key(key):
+    subprocess.run(["xdotool", "key", key], check=True)
+
+
+def visible_panels():
+    """The X windows called Tidewick that are on the screen."""
+    found = subprocess.run(["xdotool", "search", "--onlyvisible", "--name", "^Tidewick$"],
+                           capture_output=True, text=True, check=False)
+    return found.stdout.split()
+
+
+def open_panel():
+    """Clicks the icon; returns the panel's X window and its place and size in pixels."""
+    click(*place_of_icon())
+    window = wait_until(visible_panels, 3, "the panel")[0]
+    geometry = subprocess.run(["xdotool", "getwindowgeometry", "--shell", window],
+                              capture_output=True, text=True, check=True).stdout
+    values = dict(line.split("=") for line in geometry.split())
+    return window, tuple(int(values[key]) for key in ("X", "Y", "WIDTH", "HEIGHT"))
+
+
+def wait_for_no_panel():
+    wait_until(lambda: not visible_panels(), 3, "the end of the panel")
 
 
 def screenshot(name):

@@ -1,6 +1,8 @@
-"""A desktop without any tray, and a session without a bus."""
+"""A desktop without any tray, a session without a bus, and the end of a session."""
 
 import os
+import re
+import signal
 import subprocess
 import time
 import unittest
@@ -8,7 +10,34 @@ import unittest
 import desktop
 
 
+def xdotool(*arguments):
+    return subprocess.run(["xdotool", *map(str, arguments)], capture_output=True, text=True,
+                          check=False).stdout.split()
+
+
+def panels():
+    """The windows called Tidewick that are on the screen."""
+    return xdotool("search", "--onlyvisible", "--name", "^Tidewick$")
+
+
+def properties(window):
+    return subprocess.run(["xprop", "-id", window], capture_output=True, text=True,
+                          check=True).stdout
+
+
 class NoTrayTest(unittest.TestCase):
+    def launch(self, **environment):
+        program = subprocess.Popen([desktop.PROGRAM], env=dict(os.environ, **environment),
+                                   stderr=subprocess.PIPE, text=True)
+        self.addCleanup(desktop.end, program)
+        return program
+
+    def wait_for_panel(self):
+        return desktop.wait_until(panels, 5, "the panel")[0]
+
+    def wait_until_resident(self):
+        desktop.wait_until(lambda: desktop.owner("org.tidewick.Tidewick"), 5, "the program")
+
     def end_and_read_errors(self, program):
         time.sleep(1)
         self.assertIsNone(program.poll())
@@ -18,18 +47,78 @@ class NoTrayTest(unittest.TestCase):
         return program.stderr.read().splitlines()
 
     def test_missing_tray_is_one_line_and_no_crash(self):
-        program = desktop.start_program()
-        self.addCleanup(desktop.end, program)
-        self.assertEqual(self.end_and_read_errors(program),
+        self.assertEqual(self.end_and_read_errors(self.launch()),
                          ["tidewick: this desktop shows no status items; waiting for a tray"])
 
     def test_missing_session_bus_is_no_crash(self):
-        environment = dict(os.environ, DBUS_SESSION_BUS_ADDRESS="unix:path=/nowhere/bus")
-        program = subprocess.Popen([desktop.PROGRAM], env=environment, stderr=subprocess.PIPE,
-                                   text=True)
-        self.addCleanup(desktop.end, program)
         self.assertIn("tidewick: no session bus, hence no status item",
-                      self.end_and_read_errors(program))
+                      self.end_and_read_errors(
+                          self.launch(DBUS_SESSION_BUS_ADDRESS="unix:path=/nowhere/bus")))
+
+    def test_start_by_hand_shows_the_panel_as_a_window_like_any_other(self):
+        program = self.launch()
+        window = self.wait_for_panel()
+        desktop.screenshot("panel-without-tray")
+        frame = re.search(r"_NET_FRAME_EXTENTS.* = \d+, \d+, (\d+), \d+", properties(window))
+        self.assertGreater(int(frame[1]), 10)
+        self.assertIn("_NET_WM_WINDOW_TYPE_NORMAL", properties(window))
+        subprocess.run(["xdotool", "mousemove", "100", "700", "click", "1"], check=True)
+        time.sleep(0.6)
+        self.assertEqual(panels(), [window])
+        subprocess.run(["xdotool", "windowfocus", "--sync", window, "key", "alt+F4"], check=True)
+        desktop.wait_until(lambda: not panels(), 5, "the end of the window")
+        self.assertIsNone(program.poll())
+        self.assertEqual(self.launch().wait(timeout=5), 0)
+        self.wait_for_panel()
+
+    def test_second_start_shows_the_panel_again(self):
+        self.launch()
+        window = self.wait_for_panel()
+        subprocess.run(["xdotool", "windowfocus", "--sync", window, "key", "Escape"], check=True)
+        desktop.wait_until(lambda: not panels(), 5, "the end of the window")
+        for _ in range(2):
+            self.assertEqual(self.launch().wait(timeout=5), 0)
+            self.wait_for_panel()
+
+    def test_start_by_the_session_stays_unseen_until_it_is_asked_for(self):
+        program = self.launch(TIDEWICK_AUTOSTARTED="1")
+        self.wait_until_resident()
+        self.assertEqual(self.launch(TIDEWICK_AUTOSTARTED="1").wait(timeout=5), 0)
+        time.sleep(2.5)
+        self.assertEqual(panels(), [])
+        self.assertIsNone(program.poll())
+        self.assertEqual(self.launch().wait(timeout=5), 0)
+        self.wait_for_panel()
+
+    def test_desktop_activates_it_over_the_bus(self):
+        self.launch(TIDEWICK_AUTOSTARTED="1")
+        self.wait_until_resident()
+        self.assertEqual(desktop.call("org.tidewick.Tidewick", "/org/tidewick/Tidewick",
+                                      "org.freedesktop.Application.Activate",
+                                      "{'activation-token': <'token'>}"), "()")
+        self.wait_for_panel()
+
+    def test_end_of_the_session_bus_ends_it(self):
+        bus = subprocess.Popen(["dbus-daemon", "--session", "--nofork", "--print-address"],
+                               stdout=subprocess.PIPE, stderr=subprocess.DEVNULL, text=True)
+        self.addCleanup(desktop.end, bus)
+        program = self.launch(DBUS_SESSION_BUS_ADDRESS=bus.stdout.readline().strip())
+        self.wait_for_panel()
+        bus.send_signal(signal.SIGKILL)
+        self.assertEqual(program.wait(timeout=2), 0)
+
+    def test_end_of_the_x_server_ends_it(self):
+        read, write = os.pipe()
+        server = subprocess.Popen(["Xvfb", "-displayfd", str(write), "-nolisten", "tcp"],
+                                  pass_fds=[write], stderr=subprocess.DEVNULL)
+        self.addCleanup(desktop.end, server)
+        os.close(write)
+        with os.fdopen(read) as display:
+            number = display.readline().strip()
+        program = self.launch(DISPLAY=f":{number}")
+        self.wait_until_resident()
+        server.send_signal(signal.SIGKILL)
+        self.assertEqual(program.wait(timeout=2), 1)  # an exit, not a crash
 
 
 if __name__ == "__main__":

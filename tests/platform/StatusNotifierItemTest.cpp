@@ -1,8 +1,11 @@
 #include "platform/StatusNotifierItem.h"
 #include "platform/StatusNotifierItemAdaptor.h"
 #include "tests/support/TestText.h"
+#include "tests/support/WaitUntil.h"
 
 #include <gtest/gtest.h>
+
+#include <QDeadlineTimer>
 
 using namespace tidewick;
 
@@ -26,12 +29,22 @@ INSTANTIATE_TEST_SUITE_P(Rows, NumberStyleOfHost,
                          testing::Values(HostRow{"gnome", "gnome-shell", NumberStyle::label},
                                          HostRow{"ayatana", "ayatana-indicat", NumberStyle::label},
                                          HostRow{"mate", "mate-panel", NumberStyle::wide},
+                                         HostRow{"mateApplet", "notification-ar",
+                                                 NumberStyle::wide},
                                          HostRow{"waybar", "waybar", NumberStyle::wide},
                                          HostRow{"xfce", "panel-2-systray", NumberStyle::square},
                                          HostRow{"lxqt", "lxqt-panel", NumberStyle::square},
                                          HostRow{"plasma", "kded5", NumberStyle::square},
                                          HostRow{"unknown", "", NumberStyle::square}),
                          rowName);
+
+TEST(KeyNamesOfHost, areThoseOfItsToolkit)
+{
+    for (const char *const host : {"lxqt-panel", "plasmashell", "kded5", "kded6"})
+        EXPECT_EQ(keyNames(QLatin1String(host)), KeyNames::qt) << host;
+    for (const char *const host : {"panel-2-systray", "gnome-shell", "waybar", ""})
+        EXPECT_EQ(keyNames(QLatin1String(host)), KeyNames::keysym) << host;
+}
 
 TEST(DBusPixmap, holdsArgbInNetworkByteOrder)
 {
@@ -49,6 +62,25 @@ TEST(DBusPixmap, undoesPremultipliedAlpha)
     QImage image(1, 1, QImage::Format_ARGB32_Premultiplied);
     image.fill(QColor(255, 0, 0, 128));
     EXPECT_EQ(DBusPixmap::fromImage(image).pixels.toHex(), "80ff0000");
+}
+
+TEST(StatusNotifierItemAdaptor, clickThatIsToldTwiceCountsOnce)
+{
+    QObject object;
+    StatusNotifierItemAdaptor item(&object, QDBusObjectPath(QStringLiteral("/Menu")));
+    QList<QPoint> clicks;
+    item.setClicked([&](QPoint place) { clicks += place; });
+    item.Activate(3, 4);
+    item.Activate(3, 4);
+    EXPECT_TRUE(clicks.isEmpty()); // the tray has its answer first
+    EXPECT_TRUE(waitUntil([&] { return !clicks.isEmpty(); }));
+    QCoreApplication::processEvents();
+    EXPECT_EQ(clicks, QList<QPoint>({{3, 4}}));
+
+    const QDeadlineTimer soon(50);
+    EXPECT_TRUE(waitUntil([&] { return soon.hasExpired(); }));
+    item.Activate(5, 6);
+    EXPECT_TRUE(waitUntil([&] { return clicks.size() == 2; }));
 }
 
 TEST(StatusNotifierItemAdaptor, signalsOnlyWhatChanged)

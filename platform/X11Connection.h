@@ -1,0 +1,45 @@
+#pragma once
+
+#include <QByteArray>
+#include <QObject>
+
+#include <functional>
+#include <memory>
+
+#include <xcb/xcb.h>
+
+namespace tidewick
+{
+
+/// A connection to the X server beside the toolkit's, for events that the toolkit does not pass on.
+/// Without an X server, or when it is gone, nothing ever comes.
+class X11Connection : public QObject
+{
+    Q_OBJECT
+
+public:
+    using Handler = std::function<void(const xcb_generic_event_t &)>;
+
+    /// `handler` is called for each event, on the main thread.
+    explicit X11Connection(Handler handler);
+
+    bool isOpen() const { return m_connection != nullptr; }
+    xcb_connection_t *get() const { return m_connection.get(); }
+    xcb_window_t root() const { return m_root; }
+    /// With `_Sn` behind `name`, where n is the number of the screen.
+    xcb_atom_t screenAtom(const QByteArray &name) const;
+    xcb_window_t selectionOwner(xcb_atom_t selection) const;
+
+    /// Handles every event that the server has sent until now.
+    void sync();
+
+private:
+    void handleEvents();
+
+    std::unique_ptr<xcb_connection_t, void (*)(xcb_connection_t *)> m_connection;
+    Handler m_handler;
+    xcb_window_t m_root = XCB_NONE;
+    int m_screen = 0;
+};
+
+} // namespace tidewick

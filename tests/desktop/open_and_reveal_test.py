@@ -1,0 +1,119 @@
+"""A card's two ways out: a real browser on a real server's page, a real file manager in the server's
+folder."""
+
+import os
+import shutil
+import subprocess
+import tempfile
+import time
+import unittest
+
+import desktop
+
+BROWSER = "netsurf-gtk"
+SERVER = """
+import http.server, sys
+class Handler(http.server.BaseHTTPRequestHandler):
+    def do_GET(self):
+        page = b"<title>Seen</title><p>A real page."
+        self.send_response(200)
+        self.send_header("Content-Type", "text/html")
+        self.send_header("Content-Length", str(len(page)))
+        self.end_headers()
+        self.wfile.write(page)
+    def log_message(self, *arguments):
+        print(self.command, self.path, self.headers.get("User-Agent"), flush=True)
+http.server.ThreadingHTTPServer(("127.0.0.1", 0), Handler).serve_forever()
+"""
+
+
+def xdotool(*arguments):
+    return subprocess.run(["xdotool", *map(str, arguments)], capture_output=True, text=True,
+                          check=False).stdout.split()
+
+
+def windows(name):
+    return xdotool("search", "--onlyvisible", "--name", name)
+
+
+def blue(is_solid):
+    """Where the panel's blue stands: solid on the button, else as the text of the folder."""
+    picture = desktop.Picture()
+    found = []
+    for at in range(0, len(picture.pixels), 3):
+        red, green, here = picture.pixels[at:at + 3]
+        if (red, green, here) == (10, 132, 255) if is_solid else here > red + 90 > green:
+            found.append((at // 3 % picture.width, at // 3 // picture.width))
+    return found
+
+
+class OpenAndRevealTest(unittest.TestCase):
+    def setUp(self):
+        with open(os.path.join(os.environ["XDG_CONFIG_HOME"], "mimeapps.list"), "w",
+                  encoding="utf-8") as file:
+            file.write(f"[Default Applications]\nx-scheme-handler/http={BROWSER}.desktop\n"
+                       "inode/directory=thunar.desktop\n")
+        self.folder = tempfile.mkdtemp(prefix="tidewick-site-")
+        self.addCleanup(shutil.rmtree, self.folder, ignore_errors=True)
+        self.log = open(os.path.join(self.folder, "requests"), "w+", encoding="utf-8")
+        self.addCleanup(self.log.close)
+        self.server = subprocess.Popen(["/usr/bin/python3", "-c", SERVER], cwd=self.folder,
+                                       stdout=self.log, stderr=subprocess.DEVNULL)
+        self.addCleanup(desktop.end, self.server)
+        self.program = desktop.start_program()
+        self.addCleanup(desktop.end, self.program)
+        item = desktop.StatusItem()
+        desktop.wait_until(lambda: item.tool_tip() == ("Tidewick", "1 running, 1 live"), 10,
+                           "the server")
+        subprocess.run([desktop.PROGRAM], check=True, timeout=5)  # opens the panel
+        desktop.wait_until(lambda: windows("^Tidewick$"), 5, "the panel")
+
+    def test_open_shows_the_page_in_the_default_browser(self):
+        button = desktop.wait_until(lambda: blue(is_solid=True), 5, "the button Open")
+        xdotool("mousemove", *button[len(button) // 2], "click", 1)
+        desktop.wait_until(lambda: "GET / NetSurf" in self.requests(), 20, "the browser's request")
+        desktop.wait_until(lambda: windows("Seen - NetSurf"), 20, "the page")
+        desktop.screenshot("open-in-browser")
+
+    def test_reveal_shows_the_folder_in_the_file_manager(self):
+        link = self.link_to_folder()
+        desktop.screenshot("reveal")
+        xdotool("mousemove", *link, "click", 1)
+        desktop.wait_until(lambda: windows(os.path.basename(self.folder)), 20, "the folder")
+        desktop.screenshot("reveal-in-file-manager")
+
+    def test_folder_that_is_gone_opens_nothing(self):
+        link = self.link_to_folder()
+        shutil.rmtree(self.folder)
+        before = xdotool("search", "--onlyvisible", "--class", "")
+        xdotool("mousemove", *link, "click", 1)
+        time.sleep(1)
+        self.assertEqual(xdotool("search", "--onlyvisible", "--class", ""), before)
+        self.assertIsNone(self.program.poll())
+
+    def link_to_folder(self):
+        """Opens the card; returns a place on the folder's name."""
+        button = desktop.wait_until(lambda: blue(is_solid=True), 5, "the button Open")
+        below = max(y for _, y in button) + 20
+        xdotool("mousemove", button[0][0] - 100, button[0][1], "click", 1)
+        link = desktop.wait_until(self.still(
+            lambda: [place for place in blue(is_solid=False) if place[1] > below]), 5,
+            "the folder's name")
+        return link[len(link) // 2]
+
+    def still(self, condition):
+        """The condition's value once it is the same twice."""
+        last = []
+
+        def value():
+            last.append(condition())
+            return last[-1] if last[-2:] == [last[-1]] * 2 else None
+        return value
+
+    def requests(self):
+        self.log.seek(0)
+        return self.log.read()
+
+
+if __name__ == "__main__":
+    unittest.main()

@@ -1,0 +1,143 @@
+"""The shell under Wayland without X11: sway and waybar, clicked with a pointer of the test's own."""
+
+import json
+import os
+import signal
+import subprocess
+import time
+import unittest
+
+import desktop
+from wayland_pointer import VirtualPointer
+
+WIDTH, HEIGHT = 1280, 800
+PID_FILE = os.path.join(os.environ["TIDEWICK_DESKTOP"], "waybar.pid")
+
+
+def pixels_above(height):
+    """The upper part of the screen, three bytes a pixel."""
+    picture = subprocess.run(["grim", "-t", "ppm", "-g", f"0,0 {WIDTH}x{height}", "-"],
+                             capture_output=True, check=True).stdout
+    return picture.split(b"\n255\n", 1)[1]
+
+
+def sees_menu():
+    """Menus are white here, and nothing else is."""
+    return pixels_above(120).count(b"\xff\xff\xff") > 5000
+
+
+def ink():
+    """Where the program's colour stands in the bar."""
+    pixels = pixels_above(40)
+    return [(at // 3 % WIDTH, at // 3 // WIDTH) for at in range(0, len(pixels), 3)
+            if pixels[at:at + 3] == desktop.INK]
+
+
+def screenshot(name):
+    subprocess.run(["grim", os.path.join(desktop.SCREENSHOTS, name + ".png")], check=True)
+
+
+def windows(name):
+    """The compositor's windows of this name."""
+    tree = subprocess.run(["swaymsg", "-t", "get_tree"], capture_output=True, text=True,
+                          check=True).stdout
+    found = []
+
+    def search(node):
+        if node.get("app_id") and node["name"] == name:
+            found.append(node)
+        for child in node["nodes"] + node["floating_nodes"]:
+            search(child)
+    search(json.loads(tree))
+    return found
+
+
+class WaybarTest(unittest.TestCase):
+    panels = []  # that were started again; they stay for the tests that follow
+
+    def setUp(self):
+        os.makedirs(desktop.SCREENSHOTS, exist_ok=True)
+        self.pointer = VirtualPointer(WIDTH, HEIGHT)
+        self.addCleanup(self.pointer.close)
+        self.pointer.move(200, 400)
+        self.addCleanup(desktop.wait_until, lambda: not ink(), 5, "the end of the icon")
+        self.program = desktop.start_program()
+        self.addCleanup(desktop.end, self.program)
+        self.icon = self.place_of_icon()
+
+    def place_of_icon(self):
+        places = desktop.wait_until(ink, 10, "the icon in the picture")
+        return places[len(places) // 2]
+
+    def open_panel(self):
+        self.pointer.click(*self.icon)
+        return desktop.wait_until(lambda: windows("Tidewick"), 5, "the panel")[0]
+
+    def assert_stays_closed(self):
+        desktop.wait_until(lambda: not windows("Tidewick"), 5, "the end of the panel")
+        time.sleep(0.6)
+        self.assertEqual(windows("Tidewick"), [])
+
+    def test_icon_and_number_are_seen(self):
+        alone = ink()
+        server = desktop.start_server()
+        self.addCleanup(desktop.end, server)
+        desktop.wait_until(lambda: ink() not in ([], alone), 12, "the number")
+        screenshot("host-waybar-number")
+
+    def test_click_opens_the_panel_with_the_keyboard_and_another_closes_it(self):
+        for _ in range(2):
+            panel = self.open_panel()
+            self.assertEqual((panel["rect"]["width"], panel["rect"]["height"]), (480, 540))
+            desktop.wait_until(lambda: windows("Tidewick")[0]["focused"], 3, "the keyboard")
+            screenshot("host-waybar-open")
+            self.pointer.click(*self.icon)
+            self.assert_stays_closed()
+
+    def test_click_outside_closes(self):
+        self.open_panel()
+        self.pointer.click(100, 700)
+        self.assert_stays_closed()
+        self.open_panel()
+
+    def choose(self, entry):
+        """Opens the menu with a right click, and clicks `entry` pixels below the screen's edge."""
+        def is_open():
+            # The bar's first menu is empty where it has not read the entries yet.
+            self.pointer.click(*self.icon, button=3)
+            try:
+                return desktop.wait_until(sees_menu, 1, "the menu")
+            except AssertionError:
+                return False
+        desktop.wait_until(is_open, 5, "the menu")
+        screenshot("host-waybar-menu")
+        self.pointer.click(self.icon[0] - 60, entry)
+
+    def test_menu_shows_settings(self):
+        self.choose(57)
+        desktop.wait_until(lambda: windows("Tidewick Settings"), 5, "the settings")
+
+    def test_menu_quits(self):
+        self.choose(84)
+        self.assertEqual(self.program.wait(timeout=5), 0)
+
+    def test_second_start_opens_the_panel(self):
+        for _ in range(2):
+            self.assertEqual(subprocess.run([desktop.PROGRAM], check=False, timeout=5).returncode,
+                             0)
+            desktop.wait_until(lambda: windows("Tidewick"), 5, "the panel")
+
+    def test_icon_is_back_in_a_restarted_bar(self):
+        with open(PID_FILE, encoding="utf-8") as file:
+            os.kill(int(file.read()), signal.SIGKILL)
+        desktop.wait_until(lambda: not ink(), 5, "a desktop without a bar")
+        self.panels.append(subprocess.Popen(["waybar"], stdout=subprocess.DEVNULL,
+                                            stderr=subprocess.DEVNULL, start_new_session=True))
+        with open(PID_FILE, "w", encoding="utf-8") as file:
+            print(self.panels[-1].pid, file=file)
+        self.icon = self.place_of_icon()
+        self.open_panel()
+
+
+if __name__ == "__main__":
+    unittest.main()

@@ -1,0 +1,54 @@
+// What ps and lsof print of one process is any bytes: four texts, cut at the NULs.
+
+#include "scan/Enrichment.h"
+#include "scan/SystemInterfaces.h"
+#include "tests/fuzz/Fuzz.h"
+#include "tests/support/RecordingHttpClient.h"
+#include "tests/support/RecordingToolRunner.h"
+
+using namespace tidewick;
+
+namespace
+{
+
+/// ps counts days, hours, minutes and seconds of a process's life: a number beyond 64 bits cannot
+/// come from it, and ends the program.
+bool isBeyondAnyLife(const QByteArray &elapsed)
+{
+    int digits = 0;
+    for (const char character : elapsed) {
+        digits = character >= '0' && character <= '9' ? digits + 1 : 0;
+        if (digits > 9)
+            return true;
+    }
+    return false;
+}
+
+} // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
+{
+    const QList<QByteArray> texts = pieces(data, size, 4);
+    if (isBeyondAnyLife(texts[2]))
+        return 0;
+    const auto answer = [&texts](const RecordingToolRunner::Call &call, const auto &) {
+        const QString last = call.arguments.last();
+        if (last == QStringLiteral("command="))
+            return ToolResult{texts[0], 0};
+        if (last == QStringLiteral("rss=,%cpu="))
+            return ToolResult{texts[1], 0};
+        return ToolResult{last == QStringLiteral("etime=") ? texts[2] : texts[3], 0};
+    };
+    const SystemInterfaces system{std::make_shared<RecordingToolRunner>(answer), ToolTable::stock(),
+                                  RecordingHttpClient::refusing()};
+    const PortInfo before(41234, QStringLiteral("7"), QStringLiteral("node"), QStringLiteral("ada"),
+                          QStringLiteral("localhost"));
+    const PortInfo after = enrichPortInfo(before, system, {});
+    promise(after.id() == before.id() && after.port() == before.port() &&
+                after.pid() == before.pid() && after.command() == before.command() &&
+                after.user() == before.user(),
+            "what the scan found stays");
+    promise(!after.startTime || after.startTime->isValid(), "a start time is a time");
+    promise(!after.isHttpAccessible, "nothing answered");
+    return 0;
+}

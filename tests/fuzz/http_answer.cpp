@@ -1,0 +1,27 @@
+// A listener answers the probe with any head and any body: a text is a header line, until one is
+// empty; the rest is the body.
+
+#include "scan/HttpProbe.h"
+#include "tests/fuzz/Fuzz.h"
+#include "tests/support/RecordingHttpClient.h"
+
+using namespace tidewick;
+
+extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
+{
+    QList<QByteArray> texts = pieces(data, size, 1);
+    HttpResponse response;
+    response.status = 100 + static_cast<int>(size % 500);
+    while (!texts.isEmpty() && !texts.first().isEmpty())
+        response.headers.addLine(texts.takeFirst());
+    response.body = texts.join('\0').left(HttpResponse::bodyLimit);
+    const RecordingHttpClient client([&response](const HttpRequest &) { return response; });
+    const ProbeResult result = probeHttpService(3000, client, {});
+    promise(result.isAccessible, "an answer is an answer");
+    promise(!result.serverInfo || !result.serverInfo->isEmpty(), "no empty server");
+    for (const char *name : {"Server", "X-Powered-By", "server"}) {
+        const auto value = response.headers.value(name);
+        promise(!value || !value->contains(QLatin1Char('\n')), "a header is one line");
+    }
+    return 0;
+}

@@ -1,0 +1,215 @@
+#include "tests/tools/OddProcess.h"
+
+#include <QElapsedTimer>
+#include <QFile>
+
+#include <array>
+#include <cerrno>
+#include <csignal>
+#include <filesystem>
+
+#include <fcntl.h>
+#include <grp.h>
+#include <net/if.h>
+#include <poll.h>
+#include <sched.h>
+#include <sys/ioctl.h>
+#include <sys/prctl.h>
+#include <sys/socket.h>
+#include <sys/stat.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+namespace
+{
+
+constexpr int patienceMs = 30'000;
+
+std::vector<char *> pointers(std::vector<std::string> &texts)
+{
+    std::vector<char *> list;
+    list.reserve(texts.size() + 1);
+    for (std::string &text : texts)
+        list.push_back(text.data());
+    list.push_back(nullptr);
+    return list;
+}
+
+/// Starts a child whose output and errors go to the descriptors given.
+pid_t start(int executable, const std::string &program, std::vector<std::string> arguments,
+            std::vector<std::string> environment, const BeforeExec &before,
+            const std::string &folder, int output, int errors)
+{
+    const auto argumentList = pointers(arguments);
+    const auto environmentList = pointers(environment);
+    const pid_t pid = fork();
+    if (pid != 0)
+        return pid;
+    const int input = open("/dev/null", O_RDONLY);
+    if (dup2(input, STDIN_FILENO) < 0 || dup2(output, STDOUT_FILENO) < 0 ||
+        (errors >= 0 && dup2(errors, STDERR_FILENO) < 0) ||
+        (!folder.empty() && chdir(folder.c_str()) != 0) || (before && !before()))
+        _exit(126);
+    prctl(PR_SET_PDEATHSIG, SIGKILL);
+    if (executable >= 0)
+        fexecve(executable, argumentList.data(), environmentList.data());
+    execve(program.c_str(), argumentList.data(), environmentList.data());
+    _exit(127);
+}
+
+std::string readAll(int descriptor)
+{
+    std::string text;
+    std::array<char, 65536> buffer;
+    for (;;) {
+        const ssize_t count = read(descriptor, buffer.data(), buffer.size());
+        if (count < 0 && errno == EINTR)
+            continue;
+        if (count <= 0)
+            return text;
+        text.append(buffer.data(), size_t(count));
+    }
+}
+
+} // namespace
+
+BeforeExec asUser(uid_t user)
+{
+    return [user] {
+        return user == 0 || geteuid() != 0 ||
+               (setgroups(0, nullptr) == 0 && setgid(user) == 0 && setuid(user) == 0);
+    };
+}
+
+Output runProgram(const std::string &program, const std::vector<std::string> &arguments,
+                  const BeforeExec &before, const char *locale)
+{
+    std::array<int, 2> output{};
+    FILE *const errors = tmpfile();
+    if (errors == nullptr || pipe2(output.data(), O_CLOEXEC) != 0)
+        return {};
+    std::vector<std::string> list{program};
+    list.insert(list.end(), arguments.begin(), arguments.end());
+    const pid_t pid = start(-1, program, list, {std::string("LC_ALL=") + locale}, before, {},
+                            output[1], fileno(errors));
+    close(output[1]);
+    Output result;
+    result.text = readAll(output[0]);
+    close(output[0]);
+    int status = -1;
+    if (pid < 0)
+        result.errors = "no process can be started";
+    else if (waitpid(pid, &status, 0) == pid && WIFEXITED(status))
+        result.status = WEXITSTATUS(status);
+    rewind(errors);
+    result.errors += readAll(fileno(errors));
+    if (fclose(errors) != 0)
+        result.status = -1;
+    return result;
+}
+
+OddProcess::OddProcess(const Settings &settings)
+{
+    std::array<int, 2> output{};
+    if (pipe2(output.data(), O_CLOEXEC) != 0)
+        return;
+    const std::string program = settings.executable.empty() ? ODD_PROCESS : settings.executable;
+    m_pid = start(settings.executableDescriptor, program, settings.arguments,
+                  {"ODD=" + settings.script}, settings.before, settings.folder, output[1], -1);
+    close(output[1]);
+    m_output = output[0];
+    QElapsedTimer timer;
+    timer.start();
+    std::string line;
+    while (timer.elapsed() < patienceMs) {
+        pollfd waiting{m_output, POLLIN, 0};
+        char byte = 0;
+        if (poll(&waiting, 1, 100) <= 0)
+            continue;
+        if (read(m_output, &byte, 1) != 1)
+            return;
+        if (byte != '\n') {
+            line += byte;
+            continue;
+        }
+        if (line.empty()) {
+            m_isUp = true;
+            return;
+        }
+        m_lines.push_back(line);
+        line.clear();
+    }
+}
+
+OddProcess::~OddProcess()
+{
+    kill();
+    if (m_output >= 0)
+        close(m_output);
+}
+
+void OddProcess::kill()
+{
+    if (m_pid <= 0)
+        return;
+    ::kill(m_pid, SIGKILL);
+    waitpid(m_pid, nullptr, 0);
+    m_pid = -1;
+}
+
+int OddProcess::port(size_t index) const
+{
+    return index < m_lines.size() ? std::stoi(m_lines[index]) : -1;
+}
+
+std::string OddProcess::more()
+{
+    std::string text;
+    std::array<char, 4096> buffer;
+    for (pollfd waiting{m_output, POLLIN, 0}; poll(&waiting, 1, 0) > 0;) {
+        const ssize_t count = read(m_output, buffer.data(), buffer.size());
+        if (count <= 0)
+            break;
+        text.append(buffer.data(), size_t(count));
+    }
+    return text;
+}
+
+SharedFolder::SharedFolder() : m_folder(QStringLiteral("/tmp/tidewick-tools-XXXXXX"))
+{
+    chmod(QFile::encodeName(m_folder.path()).constData(), 0777);
+}
+
+SharedFolder::~SharedFolder()
+{
+    // Qt does not remove files with names that are no text.
+    std::error_code ignored;
+    std::filesystem::remove_all(m_folder.path().toStdString(), ignored);
+}
+
+std::string SharedFolder::path(const std::string &name) const
+{
+    return m_folder.path().toStdString() + '/' + name;
+}
+
+std::string SharedFolder::copy(const std::string &program, const std::string &name) const
+{
+    std::string place = path(name);
+    std::filesystem::copy_file(program, place, std::filesystem::copy_options::skip_existing);
+    chmod(place.c_str(), 0755);
+    return place;
+}
+
+bool enterOwnNetwork()
+{
+    if (unshare(CLONE_NEWNET) != 0)
+        return false;
+    ifreq loopback{};
+    loopback.ifr_name[0] = 'l';
+    loopback.ifr_name[1] = 'o';
+    loopback.ifr_flags = IFF_UP;
+    const int descriptor = socket(AF_INET, SOCK_DGRAM | SOCK_CLOEXEC, 0);
+    const bool isUp = ioctl(descriptor, SIOCSIFFLAGS, &loopback) == 0;
+    close(descriptor);
+    return isUp;
+}

@@ -1,0 +1,13 @@
+#pragma once
+
+#include "tools/Holders.h"
+
+namespace tidewick::tools
+{
+
+/// Adds holders for the sockets that no readable descriptor explains: those of other users'
+/// services, where all that may be read names one process. Where it names two, or none, nothing is
+/// added.
+void attributeHidden(Scan &scan, const std::vector<ListeningSocket> &sockets);
+
+} // namespace tidewick::tools

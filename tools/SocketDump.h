@@ -1,0 +1,20 @@
+#pragma once
+
+#include "tools/ProcText.h"
+
+#include <vector>
+
+namespace tidewick::tools
+{
+
+/// This network namespace's listening TCP sockets as sock_diag(7) tells them; none where it is
+/// refused.
+std::optional<std::vector<ListeningSocket>> socketsFromNetlink();
+
+/// The same from /proc/net/tcp and tcp6, which know no cgroup.
+std::vector<ListeningSocket> socketsFromTables();
+
+/// The one, else the other.
+std::vector<ListeningSocket> listeningSockets();
+
+} // namespace tidewick::tools

@@ -1,0 +1,56 @@
+// The supplied lsof: what lsof(8) prints for the two argument lists that the application uses,
+// without lsof's cuts of a name. Any other argument is refused.
+#include "tools/Attribution.h"
+#include "tools/ProcFiles.h"
+#include "tools/SocketDump.h"
+#include "tools/SocketTable.h"
+
+#include <climits>
+#include <clocale>
+#include <cstdio>
+#include <cstdlib>
+
+using namespace tidewick::tools;
+
+namespace
+{
+
+using Arguments = std::vector<std::string_view>;
+
+int listSockets()
+{
+    const auto sockets = listeningSockets();
+    Scan scan = findHolders(sockets);
+    attributeHidden(scan, sockets);
+    sortByAncestry(scan, sockets);
+    const std::string table = socketTable(scan, sockets);
+    return !table.empty() && writeOut(table) ? EXIT_SUCCESS : EXIT_FAILURE;
+}
+
+int printWorkingDirectory(int pid)
+{
+    // NOLINTNEXTLINE(concurrency-mt-unsafe): this program has one thread
+    setlocale(LC_CTYPE, "");
+    const std::string fields = workingDirectoryFields(pid);
+    return !fields.empty() && writeOut(fields) ? EXIT_SUCCESS : EXIT_FAILURE;
+}
+
+} // namespace
+
+int main(int argc, char *argv[])
+{
+    Arguments arguments(argv + (argc > 0 ? 1 : 0), argv + argc);
+    if (arguments == Arguments{"-i", "TCP", "-P", "-n", "-sTCP:LISTEN"})
+        return listSockets();
+    if (arguments.size() == 7) {
+        const auto pid = parseNumber(arguments[1]);
+        arguments[1] = {};
+        if (pid && *pid > 0 && *pid <= INT_MAX &&
+            arguments == Arguments{"-p", {}, "-a", "-d", "cwd", "-F", "n"})
+            return printWorkingDirectory(int(*pid));
+    }
+    std::fputs("lsof: only \"-i TCP -P -n -sTCP:LISTEN\" and \"-p PID -a -d cwd -F n\" are known "
+               "here\n",
+               stderr);
+    return EXIT_FAILURE;
+}
