@@ -10,8 +10,10 @@ ListView {
     required property Panel panel
     // The port of the card that is expanded, or empty.
     property string expandedPort
-    // How the next focus comes to a card that gets it because another one went.
+    // How the card that went had its focus: one that the keyboard gave goes to the next card.
     property int nextFocus: Qt.OtherFocusReason
+
+    readonly property PortCard focusedCard: cardAround(Window.activeFocusItem)
 
     function toggleExpand(port: string) {
         expandedPort = expandedPort === port ? "" : port;
@@ -31,11 +33,10 @@ ListView {
         return item as PortCard;
     }
 
-    function followFocus(focused: Item) {
-        const card = cardAround(focused);
-        if (card && indexAt(card.x, card.y) >= 0)
-            currentIndex = indexAt(card.x, card.y);
-        else if (focused === list && currentItem)
+    function followFocus() {
+        if (focusedCard && indexAt(focusedCard.x, focusedCard.y) >= 0)
+            currentIndex = indexAt(focusedCard.x, focusedCard.y);
+        else if (Window.activeFocusItem === list && currentItem && nextFocus === Qt.TabFocusReason)
             currentItem.forceActiveFocus(nextFocus);
     }
 
@@ -52,11 +53,19 @@ ListView {
     Keys.onDownPressed: moveTo(currentIndex + 1)
     Keys.onUpPressed: moveTo(currentIndex - 1)
 
+    // Not within the change itself: a card may just be going.
+    Timer {
+        id: following
+
+        interval: 0
+        onTriggered: list.followFocus()
+    }
+
     Connections {
         target: list.Window.window
 
         function onActiveFocusItemChanged() {
-            list.followFocus(list.Window.activeFocusItem);
+            following.restart();
         }
     }
 
@@ -66,7 +75,8 @@ ListView {
         x: 12
         width: cards ? cards.width - 24 : 0
         panel: cards ? cards.panel : null
-        isTabStop: ListView.isCurrentItem
+        // Once it has the focus it stays a stop until the focus has moved on.
+        isTabStop: ListView.isCurrentItem || (cards?.focusedCard === this)
         isExpanded: cards ? cards.expandedPort === facts.port : false
         onToggleExpand: cards.toggleExpand(facts.port)
         onKill: focusReason => {

@@ -24,7 +24,10 @@ T.AbstractButton {
     opacity: down ? 0.7 : 1
     Accessible.role: Accessible.Button
     Accessible.name: help
-    Accessible.onPressAction: clicked()
+    Accessible.onPressAction: {
+        if (enabled)
+            clicked();
+    }
     Keys.onReturnPressed: event => pressByKey(event)
     Keys.onEnterPressed: event => pressByKey(event)
 

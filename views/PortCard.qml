@@ -1,10 +1,9 @@
 import QtQuick
 import Tidewick
-import QtQuick.Templates as T
 
 // One listener: a summary row, details below it while it is expanded, and three actions: open in
 // the browser, reveal the folder, and kill, the last one after a second press.
-T.Control {
+Item {
     id: card
 
     required property var record
@@ -39,7 +38,7 @@ T.Control {
     }
 
     implicitHeight: column.height + 32
-    focusPolicy: isTabStop ? Qt.StrongFocus : Qt.ClickFocus
+    activeFocusOnTab: isTabStop
     opacity: isBeingKilled ? 0.5 : 1
     scale: isBeingKilled ? 0.98 : 1
     Accessible.role: Accessible.ListItem
@@ -105,26 +104,25 @@ T.Control {
         onTapped: card.toggleExpand()
     }
 
-    background: Item {
-        CardShadow {
-            anchors.fill: parent
-        }
+    CardShadow {
+        anchors.fill: parent
+    }
 
-        Rectangle {
-            objectName: "surface"
-            anchors.fill: parent
-            radius: 14
-            color: colors.white(hover.hovered ? 0.06 : 0)
-            border.color: colors.white(card.visualFocus ? 1 : 0.1)
-            border.width: card.visualFocus ? 2 : 1
+    // Only the keyboard gives the card itself the focus.
+    Rectangle {
+        objectName: "surface"
+        anchors.fill: parent
+        radius: 14
+        color: colors.white(hover.hovered ? 0.06 : 0)
+        border.color: colors.white(card.activeFocus ? 1 : 0.1)
+        border.width: card.activeFocus ? 2 : 1
 
-            Behavior on color {
-                enabled: card.isShown
+        Behavior on color {
+            enabled: card.isShown
 
-                ColorAnimation {
-                    duration: 150
-                    easing.type: Easing.OutQuad
-                }
+            ColorAnimation {
+                duration: 150
+                easing.type: Easing.OutQuad
             }
         }
     }

@@ -274,9 +274,11 @@ TestCase {
     function test_keyboardReachesAndPressesTheControls() {
         show([shop]);
         findChild(card(0), "stop").forceActiveFocus(Qt.TabFocusReason);
+        tryVerify(() => card(0).isTabStop);
         keyClick(Qt.Key_Space);
         verify(card(0).showKillConfirmation);
         verify(findChild(card(0), "cancel").activeFocus, "the harmless answer first");
+        tryCompare(findChild(card(0), "confirmation"), "scale", 1);
         keyClick(Qt.Key_Tab);
         verify(findChild(card(0), "confirm").visualFocus);
         keyClick(Qt.Key_Return);
