@@ -73,6 +73,13 @@ void AppDelegate::hostPanel()
             [this](const QUrl &url) { m_workspace->openUrl(url); });
     connect(m_panel.get(), &Panel::revealRequested, this,
             [this](const QString &path) { m_workspace->revealFolder(path); });
+    m_appearance = m_desktop.makeAppearance();
+    m_appearance->observe([this](const Surroundings &surroundings) {
+        m_panel->setBackdrop(surroundings.isBlurred      ? Panel::Blurred
+                             : surroundings.isComposited ? Panel::Translucent
+                                                         : Panel::Opaque);
+        m_panel->setReducesMotion(surroundings.reducesMotion);
+    });
     m_popover->setContentView(viewUrl("ContentView"),
                               {{QStringLiteral("panel"), QVariant::fromValue(m_panel.get())}});
 }

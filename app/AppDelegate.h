@@ -1,5 +1,6 @@
 #pragma once
 
+#include "platform/Appearance.h"
 #include "platform/LoginItem.h"
 #include "platform/Popover.h"
 #include "platform/SettingsWindow.h"
@@ -32,6 +33,7 @@ struct Desktop
     std::function<std::unique_ptr<Workspace>()> makeWorkspace;
     std::function<std::unique_ptr<LoginItem>()> makeLoginItem;
     std::function<std::unique_ptr<SettingsWindow>()> makeWindow;
+    std::function<std::unique_ptr<Appearance>()> makeAppearance;
 };
 
 /// The application's delegate: creates the status item, the popover with the panel, and the store
@@ -82,6 +84,7 @@ private:
     std::unique_ptr<Workspace> m_workspace;
     std::unique_ptr<AppState> m_appState;
     std::unique_ptr<Panel> m_panel;
+    std::unique_ptr<Appearance> m_appearance;
     std::unique_ptr<Popover> m_popover; // goes before the panel that its content shows
     std::unique_ptr<LoginItem> m_loginItem;
     std::unique_ptr<Settings> m_settings;

@@ -2,6 +2,8 @@
 
 #include "app/AppDelegate.h"
 #include "platform/AutostartEntry.h"
+#include "platform/BackdropBlur.h"
+#include "platform/DesktopAppearance.h"
 #include "platform/DesktopStatusItem.h"
 #include "platform/DesktopWindow.h"
 #include "platform/PopoverWindow.h"
@@ -60,11 +62,16 @@ Desktop realDesktop(Shell &shell)
             shell.statusItem = item.get();
             return item;
         },
-        [&shell] { return std::make_unique<PopoverWindow>([&shell] { return shell.hasItem(); }); },
+        [&shell] {
+            auto popover = std::make_unique<PopoverWindow>([&shell] { return shell.hasItem(); });
+            new BackdropBlur(*popover);
+            return popover;
+        },
         [] { return std::make_unique<DesktopWorkspace>(); },
         [] { return std::make_unique<AutostartEntry>(QCoreApplication::applicationFilePath()); },
+        [] { return std::make_unique<DesktopWindow>(); },
         [] {
-            return std::make_unique<DesktopWindow>();
+            return std::make_unique<DesktopAppearance>();
         }};
 }
 

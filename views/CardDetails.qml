@@ -6,21 +6,50 @@ Column {
     id: details
 
     required property CardFacts facts
+    property bool isTabStop: true
 
     signal reveal
 
-    topPadding: 4
+    topPadding: 4 + spacing
     spacing: 10
 
     Colors {
         id: colors
     }
 
-    component Caption: PlainText {
-        anchors.verticalCenter: parent.verticalCenter
-        color: Qt.rgba(1, 1, 1, 0.35)
-        font.pixelSize: 11
-        font.weight: Font.Medium
+    // A caption and its value on one line; nothing where there is no value.
+    component Labelled: Row {
+        property alias caption: caption.text
+        property alias value: value.text
+        property alias color: value.color
+        property alias family: value.font.family
+        property alias weight: value.font.weight
+
+        spacing: 6
+        visible: value.text !== ""
+
+        PlainText {
+            id: caption
+
+            anchors.verticalCenter: parent.verticalCenter
+            color: Qt.rgba(1, 1, 1, 0.35)
+            font.pixelSize: 11
+            font.weight: Font.Medium
+        }
+
+        ElidedText {
+            id: value
+
+            objectName: caption.text
+            width: Math.min(implicitWidth, 170)
+            color: Qt.rgba(1, 1, 1, 0.6)
+            font.pixelSize: 12
+        }
+    }
+
+    component Figure: Labelled {
+        family: "monospace"
+        weight: Font.Medium
     }
 
     Rectangle {
@@ -32,52 +61,20 @@ Column {
     Row {
         spacing: 14
 
-        Row {
-            spacing: 6
-
-            Caption {
-                text: "PID"
-            }
-
-            PlainText {
-                text: details.facts.pid
-                color: colors.white(0.6)
-                font.family: "monospace"
-                font.pixelSize: 12
-                font.weight: Font.Medium
-            }
+        Figure {
+            caption: "PID"
+            value: details.facts.pid
         }
 
-        Row {
-            spacing: 6
-
-            Caption {
-                text: "MEM"
-            }
-
-            PlainText {
-                text: details.facts.memory
-                color: colors.forLevel(details.facts.memoryLevel)
-                font.family: "monospace"
-                font.pixelSize: 12
-                font.weight: Font.Medium
-            }
+        Figure {
+            caption: "MEM"
+            value: details.facts.memory
+            color: colors.forLevel(details.facts.memoryLevel)
         }
 
-        Row {
-            spacing: 6
-            visible: details.facts.script !== ""
-
-            Caption {
-                text: "Script"
-            }
-
-            PlainText {
-                width: Math.min(implicitWidth, 200)
-                text: details.facts.script
-                color: colors.white(0.6)
-                font.pixelSize: 12
-            }
+        Labelled {
+            caption: "Script"
+            value: details.facts.script
         }
     }
 
@@ -93,16 +90,20 @@ Column {
         }
 
         PlainButton {
+            readonly property bool isElided: width < implicitWidth
+
             objectName: "reveal"
+            width: Math.min(implicitWidth, details.width - 22)
+            isTabStop: details.isTabStop
             help: "Show in Finder"
+            tip: isElided ? details.facts.folder + "\n" + help : help
             onClicked: details.reveal()
 
             contentItem: PlainText {
-                width: Math.min(implicitWidth, details.width - 40)
+                objectName: "folder"
                 text: details.facts.folder
                 color: colors.faded(colors.blue, 0.9)
                 font.pixelSize: 13
-                Accessible.ignored: true
             }
         }
     }

@@ -9,14 +9,21 @@ FocusScope {
     required property Panel panel
     implicitWidth: 480
     implicitHeight: 540
+    focus: true
+    Keys.onDownPressed: cards.moveTo(cards.currentIndex)
 
     Colors {
         id: colors
     }
 
-    Rectangle {
+    VisualEffectView {
+        objectName: "backdrop"
         anchors.fill: parent
-        color: "#1E1E20"
+        material: 15
+        blending: 0
+        state: 1
+        emphasized: true
+        backdrop: content.panel.backdrop
     }
 
     Item {
@@ -58,33 +65,15 @@ FocusScope {
             }
         }
 
-        PlainButton {
-            id: refresh
-
+        RefreshButton {
             objectName: "refresh"
             anchors {
                 right: parent.right
+                rightMargin: -padding
                 verticalCenter: parent.verticalCenter
             }
-            padding: 4
-            help: "Refresh"
-            enabled: !content.panel.isLoading
+            isLoading: content.panel.isLoading
             onClicked: content.panel.refresh()
-
-            contentItem: Symbol {
-                name: "arrow.clockwise"
-                size: 13
-                color: colors.white(0.7)
-
-                RotationAnimation on rotation {
-                    running: content.panel.isLoading && content.Window.visibility !== Window.Hidden
-                    loops: Animation.Infinite
-                    from: 0
-                    to: 360
-                    duration: 800
-                    alwaysRunToEnd: true
-                }
-            }
         }
     }
 
@@ -120,6 +109,8 @@ FocusScope {
         }
 
         CardList {
+            id: cards
+
             objectName: "cards"
             anchors.fill: parent
             visible: content.panel.runningCount > 0
@@ -192,20 +183,20 @@ FocusScope {
             rightPadding: 10
             topPadding: 4
             bottomPadding: 4
-            text: "Quit"
-            help: text
+            help: "Quit"
+            tip: ""
             onClicked: content.panel.quit()
 
-            background: Rectangle {
+            background: VisualEffectView {
                 radius: 6
-                color: colors.white(0.1)
+                material: 13
+                blending: 1
             }
             contentItem: PlainText {
                 text: "Quit"
                 color: colors.white(0.7)
                 font.pixelSize: 12
                 font.weight: Font.Medium
-                Accessible.ignored: true
             }
         }
     }

@@ -17,7 +17,6 @@ Item {
         text: "Kill port"
         font.pixelSize: 11
         font.weight: Font.Medium
-        Accessible.ignored: true
     }
 
     Spinner {

@@ -59,6 +59,22 @@ void Panel::setKillingPid(const QString &pid)
     Q_EMIT killingPidChanged();
 }
 
+void Panel::setBackdrop(Backdrop backdrop)
+{
+    if (backdrop == m_backdrop)
+        return;
+    m_backdrop = backdrop;
+    Q_EMIT backdropChanged();
+}
+
+void Panel::setReducesMotion(bool reducesMotion)
+{
+    if (reducesMotion == m_reducesMotion)
+        return;
+    m_reducesMotion = reducesMotion;
+    Q_EMIT reducesMotionChanged();
+}
+
 void Panel::openPort(const QString &port)
 {
     const QUrl url(QStringLiteral("http://localhost:") + port, QUrl::StrictMode);

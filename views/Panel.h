@@ -24,8 +24,15 @@ class Panel : public QObject
     Q_PROPERTY(int liveCount READ liveCount NOTIFY countsChanged)
     /// The process whose termination is under way; empty for none.
     Q_PROPERTY(QString killingPid READ killingPid NOTIFY killingPidChanged)
+    Q_PROPERTY(tidewick::Panel::Backdrop backdrop READ backdrop NOTIFY backdropChanged)
+    /// Whether the user wants nothing to move by itself.
+    Q_PROPERTY(bool reducesMotion READ reducesMotion NOTIFY reducesMotionChanged)
 
 public:
+    /// What shows through the translucent parts of the panel.
+    enum Backdrop { Opaque, Translucent, Blurred };
+    Q_ENUM(Backdrop)
+
     /// `state` must outlive the panel.
     explicit Panel(AppState &state, QObject *parent = nullptr);
 
@@ -34,6 +41,10 @@ public:
     int runningCount() const { return static_cast<int>(m_state.runningPorts().size()); }
     int liveCount() const;
     QString killingPid() const { return m_killingPid; }
+    Backdrop backdrop() const { return m_backdrop; }
+    void setBackdrop(Backdrop backdrop);
+    bool reducesMotion() const { return m_reducesMotion; }
+    void setReducesMotion(bool reducesMotion);
 
     /// Starts a scan, unless a process is being killed.
     Q_INVOKABLE void refresh();
@@ -48,6 +59,8 @@ Q_SIGNALS:
     void isLoadingChanged();
     void countsChanged();
     void killingPidChanged();
+    void backdropChanged();
+    void reducesMotionChanged();
     void openRequested(const QUrl &url);
     void revealRequested(const QString &path);
     void quitRequested();
@@ -59,6 +72,8 @@ private:
     AppState &m_state;
     PortListModel m_ports;
     QString m_killingPid;
+    Backdrop m_backdrop = Opaque;
+    bool m_reducesMotion = false;
 };
 
 } // namespace tidewick

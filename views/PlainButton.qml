@@ -8,16 +8,28 @@ T.AbstractButton {
     id: button
 
     property string help
+    // What the pointer is told: the help text, and more where there is more to tell.
+    property string tip: help
+    property bool isTabStop: true
+
+    function pressByKey(event: var) {
+        if (!event.isAutoRepeat)
+            clicked();
+    }
 
     implicitWidth: contentItem.implicitWidth + leftPadding + rightPadding
     implicitHeight: contentItem.implicitHeight + topPadding + bottomPadding
-    focusPolicy: Qt.StrongFocus
+    focusPolicy: isTabStop ? Qt.StrongFocus : Qt.ClickFocus
     hoverEnabled: true
+    opacity: down ? 0.7 : 1
     Accessible.role: Accessible.Button
     Accessible.name: help
-    Accessible.onPressAction: clicked()
-    Keys.onReturnPressed: clicked()
-    Keys.onEnterPressed: clicked()
+    Accessible.onPressAction: {
+        if (enabled)
+            clicked();
+    }
+    Keys.onReturnPressed: event => pressByKey(event)
+    Keys.onEnterPressed: event => pressByKey(event)
 
     Rectangle {
         anchors.fill: parent
@@ -28,5 +40,11 @@ T.AbstractButton {
         border.color: "white"
         border.width: 2
         z: 1
+    }
+
+    Tip {
+        objectName: "tip"
+        active: button.tip !== "" && (button.hovered || button.visualFocus)
+        text: button.tip
     }
 }

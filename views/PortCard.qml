@@ -3,42 +3,67 @@ import Tidewick
 
 // One listener: a summary row, details below it while it is expanded, and three actions: open in
 // the browser, reveal the folder, and kill, the last one after a second press.
-FocusScope {
+Item {
     id: card
 
     required property var record
     required property Panel panel
     required property bool isExpanded
+    // Of all cards the keyboard reaches one with Tab, and the others from there with the arrows.
+    property bool isTabStop: true
     readonly property CardFacts facts: CardFacts {
         record: card.record
     }
     readonly property bool isBeingKilled: panel !== null && panel.killingPid === facts.pid
     property bool showKillConfirmation: false
+    readonly property bool isShown: Window.visibility !== Window.Hidden
 
     signal toggleExpand
+    // `focusReason` is how the pressed button got the focus.
+    signal kill(focusReason: int)
+
+    function ask() {
+        showKillConfirmation = true;
+        withdrawal.restart();
+    }
 
     function withdraw() {
         withdrawal.stop();
         showKillConfirmation = false;
     }
 
+    function toggleByKey(event: var) {
+        if (!event.isAutoRepeat)
+            toggleExpand();
+    }
+
     implicitHeight: column.height + 32
+    activeFocusOnTab: isTabStop
     opacity: isBeingKilled ? 0.5 : 1
     scale: isBeingKilled ? 0.98 : 1
     Accessible.role: Accessible.ListItem
     Accessible.name: facts.sentence
+    Accessible.focusable: true
+    Accessible.onPressAction: toggleExpand()
     Keys.onEscapePressed: event => {
         event.accepted = showKillConfirmation;
         withdraw();
     }
+    Keys.onSpacePressed: event => toggleByKey(event)
+    Keys.onReturnPressed: event => toggleByKey(event)
+    Keys.onEnterPressed: event => toggleByKey(event)
 
     Behavior on opacity {
+        enabled: card.isShown
+
         NumberAnimation {
             duration: killSpring.duration
             easing: killSpring.easing
         }
     }
     Behavior on scale {
+        enabled: card.isShown
+
         NumberAnimation {
             duration: killSpring.duration
             easing: killSpring.easing
@@ -68,21 +93,7 @@ FocusScope {
         id: withdrawal
 
         interval: 3000
-        onTriggered: card.showKillConfirmation = false
-    }
-
-    Rectangle {
-        anchors.fill: parent
-        radius: 14
-        color: hover.hovered ? colors.white(0.06) : colors.white(0)
-        border.color: colors.white(0.1)
-
-        Behavior on color {
-            ColorAnimation {
-                duration: 150
-                easing.type: Easing.OutQuad
-            }
-        }
+        onTriggered: card.withdraw()
     }
 
     HoverHandler {
@@ -91,6 +102,29 @@ FocusScope {
 
     TapHandler {
         onTapped: card.toggleExpand()
+    }
+
+    CardShadow {
+        anchors.fill: parent
+    }
+
+    // Only the keyboard gives the card itself the focus.
+    Rectangle {
+        objectName: "surface"
+        anchors.fill: parent
+        radius: 14
+        color: colors.white(hover.hovered ? 0.06 : 0)
+        border.color: colors.white(card.activeFocus ? 1 : 0.1)
+        border.width: card.activeFocus ? 2 : 1
+
+        Behavior on color {
+            enabled: card.isShown
+
+            ColorAnimation {
+                duration: 150
+                easing.type: Easing.OutQuad
+            }
+        }
     }
 
     Column {
@@ -102,7 +136,6 @@ FocusScope {
             top: parent.top
             margins: 16
         }
-        spacing: 14
 
         Item {
             width: parent.width
@@ -111,10 +144,12 @@ FocusScope {
             StatusBadge {
                 id: badge
 
+                objectName: "badge"
                 isLive: card.facts.isLive
+                isStill: card.panel?.reducesMotion ?? false
             }
 
-            Column {
+            CardSummary {
                 id: information
 
                 anchors {
@@ -123,79 +158,7 @@ FocusScope {
                     right: controls.left
                     rightMargin: 8
                 }
-
-                PlainText {
-                    objectName: "title"
-                    width: parent.width
-                    text: card.facts.title
-                    font.pixelSize: 17
-                    font.weight: Font.DemiBold
-                }
-
-                Row {
-                    width: parent.width
-                    spacing: 4
-
-                    PlainText {
-                        text: card.facts.isLive ? "Live on port" : "Port"
-                        color: card.facts.isLive ? colors.faded(colors.green, 0.9) : colors.white(0.5)
-                        font.pixelSize: 13
-                    }
-
-                    PlainText {
-                        objectName: "port"
-                        text: card.facts.port
-                        color: card.facts.isLive ? colors.green : colors.white(0.7)
-                        font.pixelSize: 13
-                        font.weight: Font.DemiBold
-                    }
-
-                    PlainText {
-                        anchors.verticalCenter: parent.verticalCenter
-                        visible: card.facts.framework !== ""
-                        text: "•"
-                        color: colors.white(0.25)
-                        font.pixelSize: 10
-                    }
-
-                    PlainText {
-                        objectName: "framework"
-                        visible: text !== ""
-                        text: card.facts.framework
-                        color: colors.white(0.6)
-                        font.pixelSize: 13
-                        font.weight: Font.Medium
-                    }
-                }
-
-                Row {
-                    topPadding: 2
-                    spacing: 10
-
-                    PlainText {
-                        objectName: "memory"
-                        visible: text !== ""
-                        text: card.facts.memoryFigure
-                        color: colors.forLevel(card.facts.memoryLevel)
-                        font.pixelSize: 12
-                    }
-
-                    PlainText {
-                        objectName: "cpu"
-                        visible: text !== ""
-                        text: card.facts.cpuFigure
-                        color: colors.forLevel(card.facts.cpuLevel)
-                        font.pixelSize: 12
-                    }
-
-                    PlainText {
-                        objectName: "uptime"
-                        visible: text !== ""
-                        text: card.facts.uptime
-                        color: colors.white(0.4)
-                        font.pixelSize: 12
-                    }
-                }
+                facts: card.facts
             }
 
             Row {
@@ -205,8 +168,11 @@ FocusScope {
                 spacing: 4
 
                 PlainButton {
+                    id: open
+
                     objectName: "open"
                     visible: card.facts.isLive && !card.showKillConfirmation
+                    isTabStop: card.isTabStop
                     leftPadding: 14
                     rightPadding: 14
                     topPadding: 8
@@ -216,7 +182,7 @@ FocusScope {
 
                     background: Rectangle {
                         radius: 8
-                        color: colors.blue
+                        color: open.hovered ? Qt.lighter(colors.blue, 1.1) : colors.blue
                     }
                     contentItem: Row {
                         spacing: 5
@@ -231,14 +197,16 @@ FocusScope {
                             text: "Open"
                             font.pixelSize: 13
                             font.weight: Font.DemiBold
-                            Accessible.ignored: true
                         }
                     }
                 }
 
                 PlainButton {
+                    id: expand
+
                     objectName: "expand"
                     anchors.verticalCenter: parent.verticalCenter
+                    isTabStop: card.isTabStop
                     help: card.isExpanded ? "Hide details" : "Show details"
                     padding: 6
                     onClicked: card.toggleExpand()
@@ -246,84 +214,25 @@ FocusScope {
                     contentItem: Symbol {
                         name: card.isExpanded ? "chevron.up" : "chevron.down"
                         size: 12
-                        color: colors.white(0.5)
+                        color: colors.white(expand.hovered ? 0.8 : 0.5)
                     }
                 }
 
-                PlainButton {
-                    objectName: "stop"
+                KillControl {
                     anchors.verticalCenter: parent.verticalCenter
-                    visible: !card.showKillConfirmation
-                    help: "Stop service"
-                    padding: 3
-                    onClicked: {
-                        card.showKillConfirmation = true;
-                        withdrawal.restart();
-                        confirm.forceActiveFocus();
-                    }
-
-                    contentItem: Symbol {
-                        name: "xmark"
-                        size: 10
-                        color: colors.white(0.5)
-                    }
-                }
-
-                Rectangle {
-                    objectName: "confirmation"
-                    anchors.verticalCenter: parent.verticalCenter
-                    visible: card.showKillConfirmation
-                    width: confirmation.width + 4
-                    height: confirmation.height + 4
-                    radius: 12
-                    color: colors.black(0.3)
-
-                    Row {
-                        id: confirmation
-
-                        x: 2
-                        y: 2
-                        spacing: 4
-
-                        PlainButton {
-                            objectName: "cancel"
-                            help: "Cancel"
-                            onClicked: card.withdraw()
-
-                            contentItem: Symbol {
-                                name: "xmark.circle.fill"
-                                size: 20
-                                color: colors.faded(colors.red, 0.7)
-                            }
-                        }
-
-                        PlainButton {
-                            id: confirm
-
-                            objectName: "confirm"
-                            leftPadding: 8
-                            rightPadding: 8
-                            topPadding: 4
-                            bottomPadding: 4
-                            help: "Kill port"
-                            enabled: !card.isBeingKilled
-                            onClicked: card.panel.kill(card.facts.pid)
-
-                            background: Rectangle {
-                                radius: 10
-                                color: colors.faded(colors.red, 0.9)
-                            }
-                            contentItem: KillLabel {
-                                isBusy: card.isBeingKilled
-                            }
-                        }
-                    }
+                    isTabStop: card.isTabStop
+                    isConfirming: card.showKillConfirmation
+                    isBusy: card.isBeingKilled
+                    onAsked: card.ask()
+                    onCancelled: card.withdraw()
+                    onConfirmed: focusReason => card.kill(focusReason)
                 }
             }
         }
 
         // Unrolls from under the summary and fades in.
         Item {
+            objectName: "details"
             width: parent.width
             height: card.isExpanded ? details.height : 0
             visible: height > 0
@@ -331,14 +240,18 @@ FocusScope {
             clip: true
 
             Behavior on height {
+                enabled: card.isShown
+
                 NumberAnimation {
                     duration: expandSpring.duration
                     easing: expandSpring.easing
                 }
             }
             Behavior on opacity {
+                enabled: card.isShown
+
                 NumberAnimation {
-                    duration: 150
+                    duration: 200
                 }
             }
 
@@ -347,6 +260,7 @@ FocusScope {
 
                 anchors.bottom: parent.bottom
                 width: parent.width
+                isTabStop: card.isTabStop && card.isExpanded
                 facts: card.facts
                 onReveal: card.panel.revealFolder(card.facts.workingDirectory)
             }

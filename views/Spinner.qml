@@ -7,7 +7,7 @@ Symbol {
 
     name: "spinner"
     size: 32
-    Accessible.role: Accessible.Indicator
+    Accessible.role: Accessible.Animation
     Accessible.name: "In progress"
 
     RotationAnimation on rotation {

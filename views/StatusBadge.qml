@@ -1,14 +1,46 @@
 import QtQuick
 import Tidewick
 
-// The circle that tells at a glance whether a listener answers: green and pulsing, or grey.
+// The circle that tells at a glance whether a listener answers: green with a pulsing ring, or grey.
 Item {
     id: badge
 
     required property bool isLive
+    property bool isStill
+    readonly property bool isPulsing: isLive && !isStill && visible && Window.visibility !== Window.Hidden
+    // How far the ring is out, from 0 to 1, where it rests.
+    property real pulse: 1
 
     width: 42
     height: 42
+    onIsPulsingChanged: {
+        if (!isPulsing)
+            pulse = 1;
+    }
+
+    component Swing: NumberAnimation {
+        duration: 1800
+        easing.type: Easing.InOutQuad
+    }
+
+    SequentialAnimation {
+        objectName: "pulsing"
+        running: badge.isPulsing
+        loops: Animation.Infinite
+
+        Swing {
+            target: badge
+            property: "pulse"
+            from: 0
+            to: 1
+        }
+        Swing {
+            target: badge
+            property: "pulse"
+            from: 1
+            to: 0
+        }
+    }
 
     Colors {
         id: colors
@@ -20,57 +52,16 @@ Item {
         color: badge.isLive ? colors.faded(colors.green, 0.15) : colors.white(0.06)
     }
 
-    Rectangle {
-        id: ring
-
-        anchors.fill: parent
+    Ring {
+        objectName: "ring"
+        anchors.centerIn: parent
         visible: badge.isLive
-        radius: width / 2
-        color: "transparent"
-        border.color: colors.faded(colors.green, 0.4)
-        border.width: 1.5
-        scale: 1.2
-        opacity: 0.6
-
-        SequentialAnimation {
-            running: ring.visible && ring.Window.visibility !== Window.Hidden
-            loops: Animation.Infinite
-
-            ParallelAnimation {
-                NumberAnimation {
-                    target: ring
-                    property: "scale"
-                    from: 1
-                    to: 1.2
-                    duration: 1800
-                    easing.type: Easing.InOutQuad
-                }
-                NumberAnimation {
-                    target: ring
-                    property: "opacity"
-                    from: 1
-                    to: 0.6
-                    duration: 1800
-                    easing.type: Easing.InOutQuad
-                }
-            }
-            ParallelAnimation {
-                NumberAnimation {
-                    target: ring
-                    property: "scale"
-                    to: 1
-                    duration: 1800
-                    easing.type: Easing.InOutQuad
-                }
-                NumberAnimation {
-                    target: ring
-                    property: "opacity"
-                    to: 1
-                    duration: 1800
-                    easing.type: Easing.InOutQuad
-                }
-            }
-        }
+        opacity: 1 - 0.4 * badge.pulse
+        width: 54
+        height: 54
+        diameter: 42 * (1 + 0.2 * badge.pulse)
+        lineWidth: 1.5 * (1 + 0.2 * badge.pulse)
+        color: colors.faded(colors.green, 0.4)
     }
 
     Symbol {

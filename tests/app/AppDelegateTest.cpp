@@ -31,6 +31,7 @@ struct Record
     LoginItemStatus loginItemStatus = LoginItemStatus::notRegistered;
     std::optional<QString> loginItemError;
     bool canCheckForUpdates = true;
+    std::function<void(const Surroundings &)> surroundings;
 };
 
 class RecordingStatusItem : public StatusItem
@@ -183,6 +184,21 @@ private:
     Record &m_record;
 };
 
+class RecordingAppearance : public Appearance
+{
+public:
+    explicit RecordingAppearance(Record &record) : m_record(record) {}
+
+    void observe(std::function<void(const Surroundings &)> observer) override
+    {
+        m_record.surroundings = observer;
+        observer({true, false, false});
+    }
+
+private:
+    Record &m_record;
+};
+
 class RecordingUpdater : public Updater
 {
 public:
@@ -250,7 +266,8 @@ protected:
                     return std::make_unique<RecordingUpdater>(record);
                 },
                 make<RecordingStatusItem>(), make<RecordingPopover>(), make<RecordingWorkspace>(),
-                make<RecordingLoginItem>(), make<RecordingSettingsWindow>()});
+                make<RecordingLoginItem>(), make<RecordingSettingsWindow>(),
+                make<RecordingAppearance>()});
 };
 
 /// The log's lines from one text.
@@ -426,6 +443,20 @@ TEST_F(AppDelegateTest, failedRegistrationIsOneLine)
     EXPECT_EQ(testing::internal::GetCapturedStdout(),
               "Failed to enable launch at login: Read-only file system\n"
               "Failed to disable launch at login: Read-only file system\n");
+}
+
+TEST_F(AppDelegateTest, panelFollowsTheSurroundings)
+{
+    delegate->applicationDidFinishLaunching();
+    ASSERT_NE(record.panel, nullptr);
+    EXPECT_EQ(record.panel->backdrop(), Panel::Translucent);
+    EXPECT_FALSE(record.panel->reducesMotion());
+    record.surroundings({true, true, true});
+    EXPECT_EQ(record.panel->backdrop(), Panel::Blurred);
+    EXPECT_TRUE(record.panel->reducesMotion());
+    record.surroundings({false, false, false});
+    EXPECT_EQ(record.panel->backdrop(), Panel::Opaque);
+    EXPECT_FALSE(record.panel->reducesMotion());
 }
 
 TEST_F(AppDelegateTest, panelOpensRevealsAndQuits)

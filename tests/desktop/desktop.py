@@ -150,11 +150,13 @@ def owner(name):
 
 
 def registered_items():
-    """The status items that the tray knows, each as (bus name, object path)."""
+    """The status items of living programs that the tray knows, each as (bus name, object path). A
+    tray that is told of an item while it starts may keep it when its program has gone."""
     text = call("org.kde.StatusNotifierWatcher", "/StatusNotifierWatcher",
                 "org.freedesktop.DBus.Properties.Get", "org.kde.StatusNotifierWatcher",
                 "RegisteredStatusNotifierItems")
-    return re.findall(r"'(:[\d.]+)(/[^']*)'", text or "")
+    items = re.findall(r"'(:[\d.]+)(/[^']*)'", text or "")
+    return [item for item in items if owner(item[0])]
 
 
 class StatusItem:
@@ -252,11 +254,16 @@ def press_key(key):
     subprocess.run(["xdotool", "key", key], check=True)
 
 
-def visible_panels():
-    """The X windows called Tidewick that are on the screen."""
-    found = subprocess.run(["xdotool", "search", "--onlyvisible", "--name", "^Tidewick$"],
+def windows_called(name):
+    """The X windows on the screen whose title begins with `name`."""
+    found = subprocess.run(["xdotool", "search", "--onlyvisible", "--name", f"^{name}"],
                            capture_output=True, text=True, check=False)
     return found.stdout.split()
+
+
+def visible_panels():
+    """The X windows called Tidewick that are on the screen."""
+    return windows_called("Tidewick$")
 
 
 def open_panel():

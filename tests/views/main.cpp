@@ -7,6 +7,7 @@
 #include <QJSValue>
 #include <QQmlEngine>
 #include <QQmlExtensionPlugin>
+#include <QTcpServer>
 #include <QThreadPool>
 #include <QtQuickTest>
 
@@ -20,11 +21,16 @@ class Machine : public QObject
     Q_OBJECT
     Q_PROPERTY(tidewick::Panel *panel READ panel CONSTANT)
     Q_PROPERTY(tidewick::Settings *settings READ settings CONSTANT)
+    /// A port on loopback that nobody is to connect to, and how many did.
+    Q_PROPERTY(int trapPort READ trapPort CONSTANT)
+    Q_PROPERTY(int trapped READ trapped)
     Q_PROPERTY(QStringList log READ log NOTIFY logChanged)
 
 public:
     Machine()
     {
+        m_trap.listen(QHostAddress::LocalHost);
+        connect(&m_trap, &QTcpServer::newConnection, this, [this] { ++m_trapped; });
         connect(&m_panel, &Panel::openRequested, this,
                 [this](const QUrl &url) { write(QStringLiteral("open ") + url.toString()); });
         connect(&m_panel, &Panel::revealRequested, this,
@@ -34,6 +40,8 @@ public:
 
     Panel *panel() { return &m_panel; }
     Settings *settings() { return &m_settings; }
+    int trapPort() const { return m_trap.serverPort(); }
+    int trapped() const { return m_trapped; }
     QStringList log() const { return m_log; }
 
     /// Lets the next scans find these listeners, each with port, pid and what ps and lsof print:
@@ -54,6 +62,7 @@ public:
     Q_INVOKABLE void setSlow(bool isSlow) { m_isSlow = isSlow; }
     /// Fails each registration as a login item from now on, with `error`; none when it is empty.
     Q_INVOKABLE void failRegistration(const QString &error) { m_registrationError = error; }
+    Q_INVOKABLE void reduceMotion(bool isReduced) { m_panel.setReducesMotion(isReduced); }
     Q_INVOKABLE void clearLog() { m_log.clear(); }
 
 Q_SIGNALS:
@@ -147,6 +156,8 @@ private:
                      m_pool};
     Panel m_panel{m_state};
     QString m_registrationError;
+    QTcpServer m_trap;
+    int m_trapped = 0;
     Settings m_settings{[this] { return registration(QStringLiteral("register")); },
                         [this] {
                             return registration(QStringLiteral("unregister"));

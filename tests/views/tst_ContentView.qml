@@ -83,7 +83,9 @@ TestCase {
 
     function press(row, name) {
         const button = findChild(card(row), name);
-        verify(button.visible, name);
+        tryVerify(() => button.visible, 5000, name);
+        if (name === "cancel" || name === "confirm")
+            tryCompare(findChild(card(row), "confirmation"), "scale", 1);
         mouseClick(button);
     }
 
@@ -181,11 +183,14 @@ TestCase {
     function test_singlePressKillsNothingAndIsWithdrawnAfterThreeSeconds() {
         show([shop]);
         press(0, "stop");
-        verify(findChild(card(0), "confirmation").visible);
+        const pressed = Date.now();
+        verify(card(0).showKillConfirmation);
+        tryVerify(() => findChild(card(0), "confirmation").visible);
         verify(!findChild(card(0), "open").visible);
-        wait(2500);
-        verify(findChild(card(0), "confirmation").visible);
-        tryVerify(() => !findChild(card(0), "confirmation").visible, 1500);
+        tryCompare(card(0), "showKillConfirmation", false, 10000);
+        verify(Date.now() - pressed > 2800, "withdrawn after " + (Date.now() - pressed) + " ms");
+        tryVerify(() => !findChild(card(0), "confirmation").visible);
+        verify(findChild(card(0), "open").visible);
         compare(machine.log, []);
     }
 
@@ -205,7 +210,8 @@ TestCase {
         show([shop]);
         press(0, "stop");
         press(0, "cancel");
-        verify(!findChild(card(0), "confirmation").visible);
+        verify(!card(0).showKillConfirmation);
+        tryVerify(() => !findChild(card(0), "confirmation").visible);
         compare(machine.log, []);
     }
 
@@ -268,10 +274,91 @@ TestCase {
     function test_keyboardReachesAndPressesTheControls() {
         show([shop]);
         findChild(card(0), "stop").forceActiveFocus(Qt.TabFocusReason);
+        tryVerify(() => card(0).isTabStop);
         keyClick(Qt.Key_Space);
         verify(card(0).showKillConfirmation);
-        verify(findChild(card(0), "confirm").activeFocus);
+        verify(findChild(card(0), "cancel").activeFocus, "the harmless answer first");
+        tryCompare(findChild(card(0), "confirmation"), "scale", 1);
+        keyClick(Qt.Key_Tab);
+        verify(findChild(card(0), "confirm").visualFocus);
         keyClick(Qt.Key_Return);
         tryCompare(machine, "log", ["kill 812"]);
+    }
+
+    function test_arrowsMoveBetweenTheCards() {
+        show([shop, api]);
+        card(0).forceActiveFocus(Qt.TabFocusReason);
+        tryVerify(() => card(0).isTabStop);
+        keyClick(Qt.Key_Down);
+        tryVerify(() => card(1).activeFocus);
+        keyClick(Qt.Key_Down);
+        verify(card(1).activeFocus, "the last card is the last");
+        keyClick(Qt.Key_Up);
+        tryVerify(() => card(0).activeFocus);
+        keyClick(Qt.Key_Space);
+        tryVerify(() => card(0).isExpanded);
+    }
+
+    function test_badgePulsesUnlessMotionIsReduced() {
+        show([shop]);
+        tryVerify(() => findChild(card(0), "badge").isPulsing);
+        machine.reduceMotion(true);
+        verify(!findChild(card(0), "badge").isPulsing);
+        machine.reduceMotion(false);
+        verify(findChild(card(0), "badge").isPulsing);
+    }
+
+    function test_helpTextComesToARestingPointer() {
+        show([shop]);
+        const stop = findChild(card(0), "stop");
+        mouseMove(stop, stop.width / 2, stop.height / 2);
+        tryVerify(() => findChild(stop, "tip").item?.opened ?? false, 5000);
+        compare(findChild(stop, "tip").item.contentItem.text, "Stop service");
+        compare(findChild(stop, "tip").item.contentItem.textFormat, Text.PlainText);
+    }
+
+    // The right edge of a shown item within the card.
+    function rightOf(item, row) {
+        return item.mapToItem(card(row), item.width, 0).x;
+    }
+
+    function test_nothingOverlapsHoweverLongItIs() {
+        show([{
+            port: 65535,
+            pid: "4194304",
+            command: "node node_modules/.bin/vite " + "s".repeat(300) + ".js",
+            figures: "104857600 12345.0",
+            elapsed: "02:05:00",
+            folder: "/srv/" + "w".repeat(200),
+            live: true
+        }]);
+        press(0, "expand");
+        tryVerify(() => findChild(card(0), "reveal").visible);
+        const open = findChild(card(0), "open").mapToItem(card(0), 0, 0).x;
+        compare(findChild(card(0), "memory").text, "100.0 GB");
+        compare(findChild(card(0), "cpu").text, "12345% CPU");
+        for (const name of ["title", "port", "framework", "memory", "cpu", "uptime"])
+            verify(rightOf(findChild(card(0), name), 0) <= open, name);
+        verify(findChild(card(0), "title").truncated);
+        for (const name of ["MEM", "Script", "reveal"])
+            verify(rightOf(findChild(card(0), name), 0) <= card(0).width - 16, name);
+        compare(card(0).width, 456);
+    }
+
+    function test_markupIsShownAsTypedAndLoadsNothing() {
+        const name = "<img src=http:\u2215\u2215127.0.0.1:" + machine.trapPort + "\u2215x>";
+        const markup = '<img src="http://127.0.0.1:' + machine.trapPort + '/x">';
+        show([Object.assign({}, shop, { folder: "/srv/" + name, command: "node " + markup })]);
+        compare(findChild(card(0), "title").text, name);
+        press(0, "expand");
+        tryVerify(() => findChild(card(0), "reveal").visible);
+        compare(findChild(card(0), "folder").text, name);
+        for (const text of ["title", "framework", "folder", "Script"])
+            compare(findChild(card(0), text).textFormat, Text.PlainText);
+        const reveal = findChild(card(0), "reveal");
+        tryCompare(reveal.parent.parent, "y", 0);
+        mouseMove(reveal, 20, reveal.height / 2);
+        tryVerify(() => findChild(reveal, "tip").item?.opened ?? false, 5000);
+        compare(machine.trapped, 0);
     }
 }

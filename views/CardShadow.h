@@ -1,0 +1,41 @@
+#pragma once
+
+#include <QImage>
+#include <QQuickItem>
+#include <QtQmlIntegration>
+
+namespace tidewick
+{
+
+/// The shadow's measures, in points.
+namespace cardShadow
+{
+constexpr double radius = 8;  // how far it spreads
+constexpr double drop = 4;    // how far below the card it lies
+constexpr double corner = 14; // the card's corners
+constexpr double opacity = 0.25;
+constexpr double reach = radius + drop; // how far from the card's edges the picture ends
+constexpr double patch = reach + corner + radius; // a corner of the picture; the rest is stretched
+} // namespace cardShadow
+
+/// The shadow of a card that is just large enough to have two corners on each side, without what
+/// the card covers.
+QImage cardShadowImage(double pixelsPerPoint);
+
+/// The shadow around a card of this item's size, made of nine pieces of one picture: the scene
+/// graph without shaders has no shadow of its own. It reaches beyond the item's edges.
+class CardShadow : public QQuickItem
+{
+    Q_OBJECT
+    QML_ELEMENT
+
+public:
+    explicit CardShadow(QQuickItem *parent = nullptr);
+
+protected:
+    QSGNode *updatePaintNode(QSGNode *old, UpdatePaintNodeData *data) override;
+    void itemChange(ItemChange change, const ItemChangeData &data) override;
+    void geometryChange(const QRectF &now, const QRectF &before) override;
+};
+
+} // namespace tidewick

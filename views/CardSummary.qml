@@ -1,0 +1,88 @@
+import QtQuick
+import Tidewick
+
+// What a card always tells: its name, its address, and what it uses.
+Column {
+    id: summary
+
+    required property CardFacts facts
+
+    Colors {
+        id: colors
+    }
+
+    component Figure: PlainText {
+        visible: text !== ""
+        font.pixelSize: 12
+    }
+
+    ElidedText {
+        objectName: "title"
+        width: parent.width
+        text: summary.facts.title
+        font.pixelSize: 17
+        font.weight: Font.DemiBold
+    }
+
+    Row {
+        width: parent.width
+        spacing: 4
+
+        PlainText {
+            text: summary.facts.isLive ? "Live on port" : "Port"
+            color: summary.facts.isLive ? colors.faded(colors.green, 0.9) : colors.white(0.5)
+            font.pixelSize: 13
+        }
+
+        PlainText {
+            objectName: "port"
+            text: summary.facts.port
+            color: summary.facts.isLive ? colors.green : colors.white(0.7)
+            font.pixelSize: 13
+            font.weight: Font.DemiBold
+        }
+
+        PlainText {
+            anchors.verticalCenter: parent.verticalCenter
+            visible: framework.visible
+            text: "•"
+            color: colors.white(0.25)
+            font.pixelSize: 10
+        }
+
+        ElidedText {
+            id: framework
+
+            objectName: "framework"
+            width: Math.min(implicitWidth, summary.width - x)
+            visible: text !== ""
+            text: summary.facts.framework
+            color: colors.white(0.6)
+            font.pixelSize: 13
+            font.weight: Font.Medium
+        }
+    }
+
+    Row {
+        topPadding: 2
+        spacing: 10
+
+        Figure {
+            objectName: "memory"
+            text: summary.facts.memoryFigure
+            color: colors.forLevel(summary.facts.memoryLevel)
+        }
+
+        Figure {
+            objectName: "cpu"
+            text: summary.facts.cpuFigure
+            color: colors.forLevel(summary.facts.cpuLevel)
+        }
+
+        Figure {
+            objectName: "uptime"
+            text: summary.facts.uptime
+            color: colors.white(0.4)
+        }
+    }
+}

@@ -1,0 +1,141 @@
+import QtQuick
+import Tidewick
+
+// Ends a process after two presses: the first makes room for the question, the second answers it.
+Item {
+    id: control
+
+    required property bool isConfirming
+    // Whether the process is being ended right now.
+    required property bool isBusy
+    property bool isTabStop: true
+    readonly property bool isShown: Window.visibility !== Window.Hidden
+
+    signal asked
+    signal cancelled
+    // `focusReason` is how the confirming button got the focus.
+    signal confirmed(focusReason: int)
+
+    function reasonOf(button: PlainButton): int {
+        return button.visualFocus ? Qt.TabFocusReason : Qt.OtherFocusReason;
+    }
+
+    implicitWidth: isConfirming ? capsule.width : stop.width
+    implicitHeight: Math.max(capsule.height, stop.height)
+    onIsConfirmingChanged: {
+        if (isConfirming && stop.activeFocus)
+            cancel.forceActiveFocus(reasonOf(stop));
+        else if (!isConfirming && (cancel.activeFocus || confirm.activeFocus))
+            stop.forceActiveFocus(reasonOf(cancel.activeFocus ? cancel : confirm));
+    }
+
+    component Transition: NumberAnimation {
+        duration: 200
+        easing.type: Easing.InOutQuad
+    }
+
+    Behavior on implicitWidth {
+        enabled: control.isShown
+
+        Transition {}
+    }
+
+    Colors {
+        id: colors
+    }
+
+    PlainButton {
+        id: stop
+
+        objectName: "stop"
+        anchors.right: parent.right
+        anchors.verticalCenter: parent.verticalCenter
+        visible: !control.isConfirming || activeFocus
+        isTabStop: control.isTabStop
+        help: "Stop service"
+        padding: 3
+        onClicked: control.asked()
+
+        contentItem: Symbol {
+            name: "xmark"
+            size: 10
+            color: colors.white(stop.hovered ? 0.8 : 0.5)
+        }
+    }
+
+    Rectangle {
+        id: capsule
+
+        objectName: "confirmation"
+        anchors.right: parent.right
+        anchors.verticalCenter: parent.verticalCenter
+        width: buttons.width + 4
+        height: buttons.height + 4
+        radius: 12
+        color: colors.black(0.3)
+        visible: opacity > 0
+        opacity: control.isConfirming ? 1 : 0
+        scale: control.isConfirming ? 1 : 0.3
+        transformOrigin: Item.Right
+
+        Behavior on opacity {
+            enabled: control.isShown
+
+            Transition {}
+        }
+        Behavior on scale {
+            enabled: control.isShown
+
+            Transition {}
+        }
+
+        Row {
+            id: buttons
+
+            x: 2
+            y: 2
+            spacing: 4
+
+            PlainButton {
+                id: cancel
+
+                objectName: "cancel"
+                anchors.verticalCenter: parent.verticalCenter
+                isTabStop: control.isTabStop
+                enabled: control.isConfirming || activeFocus
+                help: "Cancel"
+                onClicked: control.cancelled()
+
+                contentItem: Symbol {
+                    name: "xmark.circle.fill"
+                    size: 20
+                    color: colors.faded(colors.red, 0.7)
+                }
+            }
+
+            PlainButton {
+                id: confirm
+
+                objectName: "confirm"
+                anchors.verticalCenter: parent.verticalCenter
+                isTabStop: control.isTabStop
+                enabled: control.isConfirming && !control.isBusy
+                leftPadding: 8
+                rightPadding: 8
+                topPadding: 4
+                bottomPadding: 4
+                help: "Kill port"
+                tip: ""
+                onClicked: control.confirmed(control.reasonOf(confirm))
+
+                background: Rectangle {
+                    radius: 10
+                    color: colors.faded(colors.red, 0.9)
+                }
+                contentItem: KillLabel {
+                    isBusy: control.isBusy
+                }
+            }
+        }
+    }
+}

@@ -1,0 +1,35 @@
+#pragma once
+
+#include <QColor>
+#include <QQuickPaintedItem>
+#include <QtQmlIntegration>
+
+namespace tidewick
+{
+
+/// A circle's line in the middle of an item that has room for it at its largest. The rectangle
+/// that Qt Quick rounds is not smooth at every size without OpenGL; this is.
+class Ring : public QQuickPaintedItem
+{
+    Q_OBJECT
+    QML_ELEMENT
+    /// In points, between the middles of the line.
+    Q_PROPERTY(qreal diameter MEMBER m_diameter NOTIFY changed)
+    Q_PROPERTY(qreal lineWidth MEMBER m_lineWidth NOTIFY changed)
+    Q_PROPERTY(QColor color MEMBER m_color NOTIFY changed)
+
+public:
+    explicit Ring(QQuickItem *parent = nullptr);
+
+    void paint(QPainter *painter) override;
+
+Q_SIGNALS:
+    void changed();
+
+private:
+    qreal m_diameter = 0;
+    qreal m_lineWidth = 1;
+    QColor m_color;
+};
+
+} // namespace tidewick
