@@ -27,8 +27,7 @@ xcb_connection_t *toolkitConnection()
 
 xcb_atom_t atom(xcb_connection_t *x, const QByteArray &name)
 {
-    const auto cookie =
-        xcb_intern_atom(x, 0, static_cast<uint16_t>(name.size()), name.constData());
+    const auto cookie = xcb_intern_atom(x, 0, static_cast<uint16_t>(name.size()), name.constData());
     const Owned<xcb_intern_atom_reply_t> reply(xcb_intern_atom_reply(x, cookie, nullptr),
                                                &std::free);
     return reply ? reply->atom : XCB_NONE;

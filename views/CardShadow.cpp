@@ -17,7 +17,7 @@ namespace tidewick
 namespace
 {
 
-using namespace cardShadow;
+using namespace card_shadow;
 
 /// The signed distance of a point from a rounded rectangle: negative inside.
 double distance(QPointF point, const QRectF &card, double cornerRadius)
@@ -63,8 +63,8 @@ public:
         std::size_t index = 0;
         for (std::size_t row = 0; row < 3; ++row) {
             for (std::size_t column = 0; column < 3; ++column, ++index) {
-                m_pieces[index]->setRect(QRectF(QPointF(xs[column], ys[row]),
-                                                QPointF(xs[column + 1], ys[row + 1])));
+                m_pieces[index]->setRect(
+                    QRectF(QPointF(xs[column], ys[row]), QPointF(xs[column + 1], ys[row + 1])));
                 m_pieces[index]->setSourceRect(
                     QRectF(QPointF(pixels[column], pixels[row]),
                            QPointF(pixels[column + 1], pixels[row + 1])));

@@ -8,15 +8,15 @@ namespace tidewick
 {
 
 /// The shadow's measures, in points.
-namespace cardShadow
+namespace card_shadow
 {
 constexpr double radius = 8;  // how far it spreads
 constexpr double drop = 4;    // how far below the card it lies
 constexpr double corner = 14; // the card's corners
 constexpr double opacity = 0.25;
-constexpr double reach = radius + drop; // how far from the card's edges the picture ends
+constexpr double reach = radius + drop;           // how far from the card's edges the picture ends
 constexpr double patch = reach + corner + radius; // a corner of the picture; the rest is stretched
-} // namespace cardShadow
+} // namespace card_shadow
 
 /// The shadow of a card that is just large enough to have two corners on each side, without what
 /// the card covers.

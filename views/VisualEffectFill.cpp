@@ -29,12 +29,11 @@ QColor shade(QColor color, double opacity)
 
 QColor FilledVisualEffect::color(Panel::Backdrop backdrop, bool isWindowActive) const
 {
-    const bool looksActive =
-        m_state == EffectState::active ||
-        (m_state == EffectState::followsWindowActiveState && isWindowActive);
+    const bool looksActive = m_state == EffectState::active ||
+                             (m_state == EffectState::followsWindowActiveState && isWindowActive);
     if (m_blending == BlendingMode::withinWindow)
-        return shade(Qt::white, (m_material == Material::hudWindow ? 0.1 : 0.06) *
-                                    (looksActive ? 1 : 0.6));
+        return shade(Qt::white,
+                     (m_material == Material::hudWindow ? 0.1 : 0.06) * (looksActive ? 1 : 0.6));
     return shade(m_emphasized ? QColor(0x1E, 0x1E, 0x20) : QColor(0x28, 0x28, 0x2A),
                  looksActive ? cover(backdrop) : 1);
 }

@@ -3,8 +3,8 @@
 #include <cstdio>
 #include <fcntl.h>
 
-// relauncher PROGRAM - has PROGRAM started after its own end, which comes with that of its input. It
-// holds descriptors that PROGRAM must not get.
+// relauncher PROGRAM - has PROGRAM started after its own end, which comes with that of its input.
+// It holds descriptors that PROGRAM must not get.
 int main(int /*argc*/, char *argv[])
 {
     for (int count = 0; count < 20; ++count)

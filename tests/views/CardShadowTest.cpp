@@ -23,13 +23,13 @@ protected:
 TEST_P(CardShadowAt, leavesTheCardItselfFree)
 {
     EXPECT_EQ(alpha(side / 2, side / 2), 0);
-    EXPECT_EQ(alpha(side / 2, cardShadow::reach + 1), 0);
+    EXPECT_EQ(alpha(side / 2, card_shadow::reach + 1), 0);
 }
 
 TEST_P(CardShadowAt, liesBelowTheCardAndFadesToNothing)
 {
-    const double below = side - cardShadow::reach;
-    const double above = cardShadow::reach;
+    const double below = side - card_shadow::reach;
+    const double above = card_shadow::reach;
     EXPECT_GT(alpha(side / 2, below + 1), alpha(side / 2, above - 1));
     EXPECT_GT(alpha(side / 2, below + 1), 30);
     EXPECT_LT(alpha(side / 2, below + 1), 64) << "a quarter of black at most";
