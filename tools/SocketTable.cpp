@@ -50,7 +50,7 @@ std::string socketTable(const Scan &scan, const std::vector<ListeningSocket> &so
     std::vector<Row> rows;
     std::map<uint32_t, std::string> users;
     size_t commandWidth = 7;
-    size_t pidWidth = 5;
+    size_t pidWidth = 3;
     size_t userWidth = 4;
     size_t deviceWidth = 6;
     for (const Holder &holder : scan.holders) {

@@ -60,6 +60,7 @@ class OpenAndRevealTest(unittest.TestCase):
         self.server = subprocess.Popen(["/usr/bin/python3", "-c", SERVER], cwd=self.folder,
                                        stdout=self.log, stderr=subprocess.DEVNULL)
         self.addCleanup(desktop.end, self.server)
+        xdotool("mousemove", 200, 400)  # a button below the pointer has another blue
         self.program = desktop.start_program()
         self.addCleanup(desktop.end, self.program)
         item = desktop.StatusItem()
