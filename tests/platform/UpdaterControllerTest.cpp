@@ -397,7 +397,7 @@ TEST_F(UpdaterControllerTest, checksBySchedule)
     EXPECT_TRUE(service.transaction(QStringLiteral("SearchFiles"))
                     ->hints.contains(QStringLiteral("interactive=false")));
 
-    now = now.addSecs(24 * 3600);
+    now = now.addSecs(qint64(24) * 3600);
     EXPECT_TRUE(waitForCalls(QStringLiteral("Resolve"), 2));
 }
 
