@@ -1,5 +1,5 @@
 # The verbs. Each does its own set-up; the scripts behind them can be called directly too.
-.PHONY: run demo test fmt lint bench screenshots package
+.PHONY: run demo test fmt lint bench screenshots package fuzz soak
 
 run:
 	scripts/run
@@ -25,3 +25,9 @@ screenshots:
 
 package:
 	scripts/package
+
+fuzz:
+	scripts/fuzz 600
+
+soak:
+	scripts/soak

@@ -23,6 +23,7 @@ public:
     ServerProgram &operator=(const ServerProgram &) = delete;
 
     bool isUp() const { return m_isUp; }
+    qint64 processId() const { return m_process.processId(); }
     /// Whatever it wrote so far, to either output.
     QByteArray output();
 
