@@ -11,6 +11,7 @@ import tempfile
 import accessible
 import desktop
 import held_lister
+from showcase import demo
 
 FOLDER = sys.argv[1]
 SCALE = int(sys.argv[2])
@@ -94,25 +95,6 @@ def held():
         yield lister
     finally:
         lister.remove()
-
-
-@contextlib.contextmanager
-def demo():
-    """The demo's servers, and one that does not speak HTTP; how many they are."""
-    servers = subprocess.Popen(
-        [os.path.join(desktop.SCRIPTS, "demo"), "sh", "-c", "echo; exec sleep infinity"],
-        stdout=subprocess.PIPE, text=True)
-    try:
-        count = len(list(iter(servers.stdout.readline, "\n")))
-        with tempfile.TemporaryDirectory() as parent:
-            folder = os.path.join(parent, "jobs")
-            os.mkdir(folder)
-            closing = desktop.start_closing_server(folder)
-            yield count + 1
-            desktop.end(closing)
-    finally:
-        servers.terminate()
-        servers.communicate()
 
 
 @contextlib.contextmanager
