@@ -27,7 +27,7 @@ struct Runtime
     std::span<const Framework> frameworks;
 };
 
-constexpr std::array<Framework, 16> node{{
+constexpr auto node = std::to_array<Framework>({
     {{u"next dev", u"next start"}, u"Next.js"},
     {{u"react-scripts"}, u"React"},
     {{u"vite"}, u"Vite"},
@@ -44,37 +44,37 @@ constexpr std::array<Framework, 16> node{{
     {{u"express"}, u"Express"},
     {{u"fastify"}, u"Fastify"},
     {{u"nestjs", u"nest start"}, u"NestJS"},
-}};
+});
 
-constexpr std::array<Framework, 6> python{{
+constexpr auto python = std::to_array<Framework>({
     {{u"manage.py runserver", u"django"}, u"Django"},
     {{u"flask run", u"flask"}, u"Flask"},
     {{u"uvicorn", u"fastapi"}, u"FastAPI"},
     {{u"streamlit"}, u"Streamlit"},
     {{u"gradio"}, u"Gradio"},
     {{u"gunicorn"}, u"Gunicorn"},
-}};
+});
 
-constexpr std::array<Framework, 4> ruby{{
+constexpr auto ruby = std::to_array<Framework>({
     {{u"rails server", u"rails s"}, u"Rails"},
     {{u"sinatra"}, u"Sinatra"},
     {{u"jekyll"}, u"Jekyll"},
     {{u"middleman"}, u"Middleman"},
-}};
+});
 
-constexpr std::array<Framework, 3> php{{
+constexpr auto php = std::to_array<Framework>({
     {{u"artisan serve"}, u"Laravel"},
     {{u"symfony"}, u"Symfony"},
     {{u"-S localhost", u"-S 127.0.0.1"}, u"PHP Server"},
-}};
+});
 
-constexpr std::array<Framework, 1> java{{{{u"spring"}, u"Spring Boot"}}};
-constexpr std::array<Framework, 1> go{{{{u"run"}, u"Go"}}};
-constexpr std::array<Framework, 1> deno{{{{}, u"Deno"}}};
-constexpr std::array<Framework, 1> bun{{{{}, u"Bun"}}};
+constexpr auto java = std::to_array<Framework>({{{u"spring"}, u"Spring Boot"}});
+constexpr auto go = std::to_array<Framework>({{{u"run"}, u"Go"}});
+constexpr auto deno = std::to_array<Framework>({{{}, u"Deno"}});
+constexpr auto bun = std::to_array<Framework>({{{}, u"Bun"}});
 
 /// A process may belong to several; the last one that finds a framework has the word.
-constexpr std::array<Runtime, 8> runtimes{{
+constexpr auto runtimes = std::to_array<Runtime>({
     {{u"node"}, node},
     {{u"python", u"Python"}, python},
     {{u"ruby", u"puma"}, ruby},
@@ -83,7 +83,7 @@ constexpr std::array<Runtime, 8> runtimes{{
     {{u"go"}, go},
     {{u"deno"}, deno},
     {{u"bun"}, bun},
-}};
+});
 
 constexpr std::array<QStringView, 4> scriptSuffixes{u".js", u".ts", u".mjs", u".cjs"};
 

@@ -34,7 +34,7 @@ const ServiceType memcached = ServiceType::cache(QStringLiteral("Memcached"));
 const ServiceType container = ServiceType::container();
 const ServiceType web = ServiceType::webServer();
 
-const std::array<NameRule, 21> nameRules{{
+const auto nameRules = std::to_array<NameRule>({
     {u"postgres", {}, postgresql},
     {u"mysql", {}, mysql},
     {u"mongo", {}, mongodb},
@@ -56,9 +56,9 @@ const std::array<NameRule, 21> nameRules{{
     {u"nginx", {}, web},
     {u"apache", {}, web},
     {u"httpd", {}, web},
-}};
+});
 
-const std::array<PortRule, 14> portRules{{
+const auto portRules = std::to_array<PortRule>({
     {80, 80, web},
     {443, 443, web},
     {3000, 3010, web},
@@ -73,7 +73,7 @@ const std::array<PortRule, 14> portRules{{
     {6379, 6379, redis},
     {11211, 11211, memcached},
     {27017, 27017, mongodb},
-}};
+});
 
 bool matches(const NameRule &rule, const QString &command, const QString &fullCommand)
 {

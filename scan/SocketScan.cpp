@@ -105,7 +105,7 @@ bool isDevelopmentProcess(const PortInfo &record)
         QStringView text;
     };
     // "go" inside any longer name is kept on purpose, "node" is not.
-    constexpr std::array<Rule, 14> rules{{
+    constexpr auto rules = std::to_array<Rule>({
         {Rule::equals, u"node"},
         {Rule::contains, u"python"},
         {Rule::contains, u"ruby"},
@@ -120,7 +120,7 @@ bool isDevelopmentProcess(const PortInfo &record)
         {Rule::contains, u"java"},
         {Rule::contains, u"dotnet"},
         {Rule::contains, u"go"},
-    }};
+    });
     const QString command = record.command().toLower();
     return std::any_of(rules.begin(), rules.end(), [&command](const Rule &rule) {
         return rule.test == Rule::equals ? command == rule.text : command.contains(rule.text);

@@ -52,12 +52,10 @@ int main(int argc, char *argv[])
                                   ToolTable::suppliedOverStock(QString::fromLocal8Bit(argv[1])),
                                   std::make_shared<CurlHttpClient>()};
     for (const PortInfo &record : fetchRunningPorts(system, {})) {
-        const QStringList fields{QString::number(record.port()),
-                                 record.command(),
-                                 record.projectName(),
-                                 record.metadata.value(QStringLiteral("framework")),
-                                 category(record.serviceType),
-                                 answer(record)};
+        const QStringList fields{
+            QString::number(record.port()), record.command(),
+            record.projectName(),           record.metadata.value(QStringLiteral("framework")),
+            category(record.serviceType),   answer(record)};
         std::puts(fields.join(QLatin1Char('\t')).toUtf8().constData());
     }
 }
