@@ -285,6 +285,17 @@ TestCase {
         tryCompare(machine, "log", ["kill 812"]);
     }
 
+    function test_keyHeldDownAsksOnce() {
+        show([shop]);
+        const stop = findChild(card(0), "stop");
+        stop.forceActiveFocus(Qt.TabFocusReason);
+        keyPress(Qt.Key_Return);
+        machine.repeatKey(stop, Qt.Key_Return);
+        keyRelease(Qt.Key_Return);
+        verify(card(0).showKillConfirmation);
+        verify(findChild(card(0), "cancel").activeFocus);
+    }
+
     function test_arrowsMoveBetweenTheCards() {
         show([shop, api]);
         card(0).forceActiveFocus(Qt.TabFocusReason);
