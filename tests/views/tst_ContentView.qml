@@ -356,6 +356,13 @@ TestCase {
         compare(card(0).width, 456);
     }
 
+    function test_nameWrittenFromTheRightStandsOnTheLeft() {
+        show([Object.assign({}, shop, { folder: "/srv/\u0645\u0634\u0631\u0648\u0639" })]);
+        const title = findChild(card(0), "title");
+        compare(title.text, "\u0645\u0634\u0631\u0648\u0639");
+        compare(title.horizontalAlignment, Text.AlignLeft);
+    }
+
     function test_markupIsShownAsTypedAndLoadsNothing() {
         const name = "<img src=http:\u2215\u2215127.0.0.1:" + machine.trapPort + "\u2215x>";
         const markup = '<img src="http://127.0.0.1:' + machine.trapPort + '/x">';
