@@ -232,6 +232,19 @@ TestCase {
         tryCompare(machine.panel, "killingPid", "");
     }
 
+    function test_cardOfAKilledProcessShowsProgressAMomentLonger() {
+        show([shop]);
+        let ended = 0;
+        const note = () => ended = Date.now();
+        machine.logChanged.connect(note);
+        press(0, "stop");
+        press(0, "confirm");
+        tryCompare(machine, "log", ["kill 812"]);
+        tryCompare(machine.panel, "killingPid", "");
+        verify(Date.now() - ended > 150, "after " + (Date.now() - ended) + " ms");
+        machine.logChanged.disconnect(note);
+    }
+
     function test_failedKillBringsTheCardBack() {
         show([shop]);
         machine.setKill(1, 300);
