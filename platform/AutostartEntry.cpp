@@ -42,10 +42,13 @@ QStringList existingFiles()
     return files;
 }
 
+/// An entry without anything where there is none, or something else: a pipe would never answer.
 DesktopEntry read(const QString &path)
 {
     QFile file(path);
-    return file.open(QIODevice::ReadOnly) ? DesktopEntry(file.read(entryLimit)) : DesktopEntry();
+    if (!QFileInfo(path).isFile() || !file.open(QIODevice::ReadOnly))
+        return DesktopEntry();
+    return DesktopEntry(file.read(entryLimit));
 }
 
 std::optional<QString> write(const QString &path, const DesktopEntry &entry)

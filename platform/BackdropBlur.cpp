@@ -1,36 +1,23 @@
 #include "platform/BackdropBlur.h"
 
+#include "platform/Xcb.h"
+
 #include <QEvent>
 #include <QGuiApplication>
 #include <QQuickWindow>
 
-#include <xcb/xcb.h>
-
 #include <cmath>
-#include <cstdlib>
-#include <memory>
 
 namespace tidewick
 {
 namespace
 {
 
-template <class Reply>
-using Owned = std::unique_ptr<Reply, decltype(&std::free)>;
-
 /// Null where windows are not those of an X server.
 xcb_connection_t *toolkitConnection()
 {
     const auto *x11 = qGuiApp->nativeInterface<QNativeInterface::QX11Application>();
     return x11 == nullptr ? nullptr : x11->connection();
-}
-
-xcb_atom_t atom(xcb_connection_t *x, const QByteArray &name)
-{
-    const auto cookie = xcb_intern_atom(x, 0, static_cast<uint16_t>(name.size()), name.constData());
-    const Owned<xcb_intern_atom_reply_t> reply(xcb_intern_atom_reply(x, cookie, nullptr),
-                                               &std::free);
-    return reply ? reply->atom : XCB_NONE;
 }
 
 xcb_atom_t blurAtom(xcb_connection_t *x)
@@ -45,10 +32,7 @@ bool isScreenComposited()
     xcb_connection_t *x = toolkitConnection();
     if (x == nullptr)
         return QGuiApplication::platformName().startsWith(QLatin1String("wayland"));
-    const auto cookie = xcb_get_selection_owner(x, atom(x, QByteArrayLiteral("_NET_WM_CM_S0")));
-    const Owned<xcb_get_selection_owner_reply_t> reply(
-        xcb_get_selection_owner_reply(x, cookie, nullptr), &std::free);
-    return reply && reply->owner != XCB_NONE;
+    return selectionOwner(x, atom(x, QByteArrayLiteral("_NET_WM_CM_S0"))) != XCB_NONE;
 }
 
 bool isBlurOffered()
@@ -59,8 +43,7 @@ bool isBlurOffered()
     // The compositor says so with a property of that name on the root window.
     const xcb_window_t root = xcb_setup_roots_iterator(xcb_get_setup(x)).data->root;
     const auto cookie = xcb_get_property(x, 0, root, blurAtom(x), XCB_GET_PROPERTY_TYPE_ANY, 0, 0);
-    const Owned<xcb_get_property_reply_t> reply(xcb_get_property_reply(x, cookie, nullptr),
-                                                &std::free);
+    const auto reply = owned(xcb_get_property_reply(x, cookie, nullptr));
     return reply && reply->type != XCB_NONE;
 }
 

@@ -1,5 +1,6 @@
 #include "platform/DesktopEntry.h"
 
+#include <algorithm>
 #include <array>
 #include <utility>
 
@@ -45,6 +46,12 @@ QString escaped(const QString &text)
     return result;
 }
 
+/// Blanks around it count for nothing, nor does the carriage return of an editor elsewhere.
+bool isHeader(const QByteArray &line)
+{
+    return line.trimmed() == header;
+}
+
 /// The line's key, empty where it sets none.
 QString keyOf(const QByteArray &line)
 {
@@ -59,15 +66,16 @@ DesktopEntry::DesktopEntry(const QByteArray &text) : m_lines(text.split('\n'))
 {
     if (m_lines.last().isEmpty())
         m_lines.removeLast();
-    if (!m_lines.contains(header))
+    if (std::none_of(m_lines.begin(), m_lines.end(), isHeader))
         m_lines.append(header);
 }
 
 DesktopEntry::Group DesktopEntry::group() const
 {
-    Group group{m_lines.indexOf(header) + 1, m_lines.size()};
+    const auto first = std::find_if(m_lines.begin(), m_lines.end(), isHeader);
+    Group group{first - m_lines.begin() + 1, m_lines.size()};
     for (qsizetype i = group.begin; i < m_lines.size(); ++i) {
-        if (m_lines[i].startsWith('[')) {
+        if (m_lines[i].trimmed().startsWith('[')) {
             group.end = i;
             break;
         }

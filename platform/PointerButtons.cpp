@@ -1,8 +1,8 @@
 #include "platform/PointerButtons.h"
 
+#include "platform/Xcb.h"
+
 #include <algorithm>
-#include <cstdlib>
-#include <memory>
 
 #include <xcb/xinput.h>
 
@@ -18,8 +18,7 @@ constexpr qint64 trayDelayMs = 1000;
 bool hasXInput(xcb_connection_t *connection)
 {
     const auto cookie = xcb_input_xi_query_version(connection, 2, 2);
-    const std::unique_ptr<xcb_input_xi_query_version_reply_t, decltype(&std::free)> version(
-        xcb_input_xi_query_version_reply(connection, cookie, nullptr), &std::free);
+    const auto version = owned(xcb_input_xi_query_version_reply(connection, cookie, nullptr));
     return version && version->major_version == 2 && version->minor_version >= 1;
 }
 

@@ -1,24 +1,16 @@
 #include "platform/X11Connection.h"
 
+#include "platform/Xcb.h"
+
 #include <QGuiApplication>
 #include <QSocketNotifier>
 
-#include <cstdlib>
 #include <utility>
 
 namespace tidewick
 {
 namespace
 {
-
-template <class Reply>
-using Owned = std::unique_ptr<Reply, decltype(&std::free)>;
-
-template <class Reply>
-Owned<Reply> owned(Reply *reply)
-{
-    return {reply, &std::free};
-}
 
 xcb_screen_t *screenNumber(xcb_connection_t *connection, int number)
 {
@@ -51,18 +43,7 @@ X11Connection::X11Connection(Handler handler)
 
 xcb_atom_t X11Connection::screenAtom(const QByteArray &name) const
 {
-    const QByteArray full = name + "_S" + QByteArray::number(m_screen);
-    const auto cookie = xcb_intern_atom(m_connection.get(), 0, static_cast<uint16_t>(full.size()),
-                                        full.constData());
-    const auto reply = owned(xcb_intern_atom_reply(m_connection.get(), cookie, nullptr));
-    return reply ? reply->atom : XCB_NONE;
-}
-
-xcb_window_t X11Connection::selectionOwner(xcb_atom_t selection) const
-{
-    const auto cookie = xcb_get_selection_owner(m_connection.get(), selection);
-    const auto reply = owned(xcb_get_selection_owner_reply(m_connection.get(), cookie, nullptr));
-    return reply ? reply->owner : XCB_NONE;
+    return atom(get(), name + "_S" + QByteArray::number(m_screen));
 }
 
 void X11Connection::sync()

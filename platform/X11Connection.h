@@ -28,7 +28,6 @@ public:
     xcb_window_t root() const { return m_root; }
     /// With `_Sn` behind `name`, where n is the number of the screen.
     xcb_atom_t screenAtom(const QByteArray &name) const;
-    xcb_window_t selectionOwner(xcb_atom_t selection) const;
 
     /// Handles every event that the server has sent until now.
     void sync();

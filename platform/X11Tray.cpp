@@ -1,7 +1,6 @@
 #include "platform/X11Tray.h"
 
-#include <cstdlib>
-#include <memory>
+#include "platform/Xcb.h"
 
 #include <xcb/xfixes.h>
 
@@ -18,7 +17,7 @@ uint8_t watchSelection(xcb_connection_t *connection, xcb_window_t root, xcb_atom
         return 0;
     // The server takes no other request of the extension before this one.
     const auto cookie = xcb_xfixes_query_version(connection, 1, 0);
-    std::free(xcb_xfixes_query_version_reply(connection, cookie, nullptr));
+    owned(xcb_xfixes_query_version_reply(connection, cookie, nullptr));
     xcb_xfixes_select_selection_input(connection, root, selection,
                                       XCB_XFIXES_SELECTION_EVENT_MASK_SET_SELECTION_OWNER |
                                           XCB_XFIXES_SELECTION_EVENT_MASK_SELECTION_WINDOW_DESTROY |
@@ -42,7 +41,7 @@ X11Tray::X11Tray()
         return;
     const xcb_atom_t selection = m_x.screenAtom("_NET_SYSTEM_TRAY");
     m_selectionNotify = watchSelection(m_x.get(), m_x.root(), selection);
-    m_isPresent = m_x.selectionOwner(selection) != XCB_NONE;
+    m_isPresent = selectionOwner(m_x.get(), selection) != XCB_NONE;
 }
 
 } // namespace tidewick

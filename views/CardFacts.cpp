@@ -61,7 +61,7 @@ CardFacts::Level CardFacts::memoryLevel() const
 
 QString CardFacts::cpuFigure() const
 {
-    return m_record.cpuUsage > 0.1 ? QString::asprintf("%.0f%% CPU", m_record.cpuUsage) : QString();
+    return m_record.cpuUsage > 0.1 ? formatCpu(m_record.cpuUsage) : QString();
 }
 
 CardFacts::Level CardFacts::cpuLevel() const

@@ -1,6 +1,9 @@
 #include "views/Formats.h"
 
+#include <array>
+#include <charconv>
 #include <cmath>
+#include <limits>
 
 namespace tidewick
 {
@@ -25,12 +28,26 @@ qint64 whole(double seconds, double unit)
 
 } // namespace
 
+QString formatFixed(double value, int decimals)
+{
+    // The longest has a sign, all digits of the greatest number, a point and the decimals.
+    std::array<char, std::numeric_limits<double>::max_exponent10 + 32> text{};
+    const auto written = std::to_chars(text.data(), text.data() + text.size(), value,
+                                       std::chars_format::fixed, decimals);
+    return QString::fromLatin1(text.data(), written.ptr - text.data());
+}
+
+QString formatCpu(double percent)
+{
+    return formatFixed(percent, 0) + QStringLiteral("% CPU");
+}
+
 QString formatMemory(double megabytes)
 {
     constexpr double megabytesInAGigabyte = 1024;
     if (megabytes >= megabytesInAGigabyte)
-        return QString::asprintf("%.1f GB", megabytes / megabytesInAGigabyte);
-    return QString::asprintf("%.0f MB", megabytes);
+        return formatFixed(megabytes / megabytesInAGigabyte, 1) + QStringLiteral(" GB");
+    return formatFixed(megabytes, 0) + QStringLiteral(" MB");
 }
 
 QString formatUptime(const std::optional<QDateTime> &startTime, const QDateTime &now)

@@ -8,6 +8,13 @@
 namespace tidewick
 {
 
+/// `value` with this many decimals, as C's printf gives it in the C locale: the exact value is
+/// rounded, and a half goes to the even digit.
+QString formatFixed(double value, int decimals);
+
+/// Percent as "12% CPU".
+QString formatCpu(double percent);
+
 /// Megabytes as "512 MB", from 1024 on as "1.0 GB". The threshold is tested before rounding.
 QString formatMemory(double megabytes);
 

@@ -127,6 +127,9 @@ Item {
                 help: "Kill port"
                 tip: ""
                 onClicked: control.confirmed(control.reasonOf(confirm))
+                // It comes up where the first press was: the second one of a double click, which
+                // is taken here instead of as a click, answers nothing.
+                onDoubleClicked: {}
 
                 background: Rectangle {
                     radius: 10

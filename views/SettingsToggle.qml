@@ -12,6 +12,12 @@ T.CheckBox {
         toggled();
     }
 
+    // A key that is held down is one press.
+    function pressByKey(event: var): void {
+        if (!event.isAutoRepeat)
+            press();
+    }
+
     implicitWidth: contentItem.implicitWidth + leftPadding
     implicitHeight: contentItem.implicitHeight
     leftPadding: 22
@@ -23,8 +29,8 @@ T.CheckBox {
     Accessible.checked: checked
     Accessible.onPressAction: press()
     Accessible.onToggleAction: press()
-    Keys.onReturnPressed: press()
-    Keys.onEnterPressed: press()
+    Keys.onReturnPressed: event => pressByKey(event)
+    Keys.onEnterPressed: event => pressByKey(event)
 
     SystemPalette {
         id: system

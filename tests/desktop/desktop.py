@@ -250,6 +250,11 @@ def click(x, y):
     subprocess.run(["xdotool", "mousemove", str(x), str(y), "click", "1"], check=True)
 
 
+def double_click(x, y):
+    subprocess.run(["xdotool", "mousemove", str(x), str(y), "click", "--repeat", "2", "--delay",
+                    "150", "1"], check=True)
+
+
 def press_key(key):
     subprocess.run(["xdotool", "key", key], check=True)
 

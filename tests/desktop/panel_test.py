@@ -127,6 +127,18 @@ class PanelTest(PanelCase):
         accessible.find(panel, "push button", "Stop service")
         self.assertIsNone(shop.poll())
 
+    def test_double_click_kills_nothing(self):
+        shop = self.serve("shop")
+        panel = self.launch(1)
+        stop = accessible.find(panel, "push button", "Stop service")
+        accessible.wait_until_still(stop)
+        x, y, width, height = stop.box()
+        desktop.double_click(x + width // 2, y + height // 2)
+        accessible.find(panel, "push button", "Kill port")
+        accessible.wait_until(lambda: panel.find("push button", "Stop service"), 6,
+                              "the withdrawal")
+        self.assertIsNone(shop.poll())
+
     def test_confirmed_kill_ends_the_process_and_takes_all_its_rows(self):
         shop = self.serve("shop")
         doomed = desktop.start_two_port_server()

@@ -10,6 +10,7 @@
 #include <QProcess>
 #include <QTemporaryDir>
 
+#include <sys/stat.h>
 #include <unistd.h>
 
 using namespace tidewick;
@@ -153,6 +154,23 @@ TEST_F(AutostartEntryTest, entryMaskedByALinkToNothingIsReplaced)
     EXPECT_EQ(entry.registerItem(), std::nullopt);
     EXPECT_EQ(entry.status(), LoginItemStatus::enabled);
     EXPECT_FALSE(QFileInfo(file(user)).isSymLink());
+}
+
+TEST_F(AutostartEntryTest, pipeInItsPlaceIsNotWaitedFor)
+{
+    QDir().mkpath(user + QLatin1String("/autostart"));
+    ASSERT_EQ(::mkfifo(qPrintable(file(user)), S_IRUSR | S_IWUSR), 0);
+    EXPECT_EQ(entry.status(), LoginItemStatus::notRegistered);
+    EXPECT_EQ(entry.unregisterItem(), std::nullopt);
+    EXPECT_FALSE(QFileInfo::exists(file(user)));
+}
+
+TEST_F(AutostartEntryTest, pipeInItsPlaceIsReplaced)
+{
+    QDir().mkpath(user + QLatin1String("/autostart"));
+    ASSERT_EQ(::mkfifo(qPrintable(file(user)), S_IRUSR | S_IWUSR), 0);
+    EXPECT_EQ(entry.registerItem(), std::nullopt);
+    EXPECT_EQ(entry.status(), LoginItemStatus::enabled);
 }
 
 TEST_F(AutostartEntryTest, failuresAreTheSystemsOwnText)

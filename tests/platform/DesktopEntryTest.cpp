@@ -64,9 +64,18 @@ INSTANTIATE_TEST_SUITE_P(
     testing::Values(TextRow{"empty", ""}, TextRow{"noLastNewline", "[Desktop Entry]\nExec=x"},
                     TextRow{"noGroup", "Exec=x\n"}, TextRow{"otherGroup", "[Other]\nExec=x\n"},
                     TextRow{"carriageReturns", "\r\n[Other]\r\n"},
+                    TextRow{"carriageReturnsInItsGroup",
+                            "[Desktop Entry]\r\nExec=x\r\n[Other]\r\n"},
                     TextRow{"notUtf8", QByteArray("[Desktop Entry]\nName=\xff\xfe\n\0Exec=\n", 30)},
                     TextRow{"onlyEquals", "[Desktop Entry]\n=\n==\n"}),
     rowName);
+
+TEST(DesktopEntry, readsLinesThatEndInCarriageReturns)
+{
+    const DesktopEntry entry("[Desktop Entry]\r\nHidden=true\r\n[Other]\r\nExec=x\r\n");
+    EXPECT_EQ(entry.value(QStringLiteral("Hidden")), QStringLiteral("true"));
+    EXPECT_EQ(entry.value(exec), std::nullopt);
+}
 
 TEST(DesktopEntry, trailingBackslashStaysOne)
 {

@@ -25,13 +25,38 @@ TEST_P(Memory, isShortText)
 
 INSTANTIATE_TEST_SUITE_P(
     Rows, Memory,
-    testing::Values(FormatRow{"none", 0, "0 MB"}, FormatRow{"half", 512, "512 MB"},
-                    FormatRow{"roundsDown", 121.4, "121 MB"},
-                    FormatRow{"roundsUp", 121.6, "122 MB"},
-                    FormatRow{"thresholdIsTestedBeforeRounding", 1023.6, "1024 MB"},
-                    FormatRow{"gigabyte", 1024, "1.0 GB"}, FormatRow{"more", 1536, "1.5 GB"},
-                    FormatRow{"hundred", 102400, "100.0 GB"}),
+    testing::Values(
+        FormatRow{"none", 0, "0 MB"}, FormatRow{"half", 512, "512 MB"},
+        FormatRow{"roundsDown", 121.4, "121 MB"}, FormatRow{"roundsUp", 121.6, "122 MB"},
+        FormatRow{"halfAboveEven", 512.5, "512 MB"}, FormatRow{"halfAboveOdd", 513.5, "514 MB"},
+        FormatRow{"thresholdIsTestedBeforeRounding", 1023.6, "1024 MB"},
+        FormatRow{"gigabyte", 1024, "1.0 GB"}, FormatRow{"more", 1536, "1.5 GB"},
+        FormatRow{"tenthsAndAHalf", 1280, "1.2 GB"}, FormatRow{"hundred", 102400, "100.0 GB"}),
     rowName);
+
+class Cpu : public testing::TestWithParam<FormatRow>
+{
+};
+
+TEST_P(Cpu, isAWholePercentage)
+{
+    EXPECT_EQ(formatCpu(GetParam().value), QString::fromUtf8(GetParam().text));
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Rows, Cpu,
+    testing::Values(FormatRow{"roundsDown", 12.4, "12% CPU"},
+                    FormatRow{"roundsUp", 12.6, "13% CPU"},
+                    FormatRow{"halfAboveEven", 12.5, "12% CPU"},
+                    FormatRow{"halfAboveOdd", 13.5, "14% CPU"}, FormatRow{"little", 0.5, "0% CPU"},
+                    FormatRow{"manyProcessors", 12345, "12345% CPU"},
+                    FormatRow{"greatest", std::numeric_limits<double>::infinity(), "inf% CPU"}),
+    rowName);
+
+TEST(Fixed, hasRoomForTheGreatestNumber)
+{
+    EXPECT_EQ(formatFixed(-std::numeric_limits<double>::max(), 1).size(), 312);
+}
 
 class Uptime : public testing::TestWithParam<FormatRow>
 {

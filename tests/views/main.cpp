@@ -5,8 +5,11 @@
 #include "views/Settings.h"
 
 #include <QJSValue>
+#include <QKeyEvent>
 #include <QQmlEngine>
 #include <QQmlExtensionPlugin>
+#include <QQuickItem>
+#include <QQuickWindow>
 #include <QTcpServer>
 #include <QThreadPool>
 #include <QtQuickTest>
@@ -64,6 +67,12 @@ public:
     Q_INVOKABLE void failRegistration(const QString &error) { m_registrationError = error; }
     Q_INVOKABLE void reduceMotion(bool isReduced) { m_panel.setReducesMotion(isReduced); }
     Q_INVOKABLE void clearLog() { m_log.clear(); }
+    /// What the keyboard sends to `item`'s window for a key that stays down.
+    Q_INVOKABLE static void repeatKey(QQuickItem *item, int key)
+    {
+        QKeyEvent press(QEvent::KeyPress, key, Qt::NoModifier, {}, true);
+        QCoreApplication::sendEvent(item->window(), &press);
+    }
 
 Q_SIGNALS:
     void logChanged();

@@ -232,6 +232,19 @@ TestCase {
         tryCompare(machine.panel, "killingPid", "");
     }
 
+    function test_cardOfAKilledProcessShowsProgressAMomentLonger() {
+        show([shop]);
+        let ended = 0;
+        const note = () => ended = Date.now();
+        machine.logChanged.connect(note);
+        press(0, "stop");
+        press(0, "confirm");
+        tryCompare(machine, "log", ["kill 812"]);
+        tryCompare(machine.panel, "killingPid", "");
+        verify(Date.now() - ended > 150, "after " + (Date.now() - ended) + " ms");
+        machine.logChanged.disconnect(note);
+    }
+
     function test_failedKillBringsTheCardBack() {
         show([shop]);
         machine.setKill(1, 300);
@@ -283,6 +296,17 @@ TestCase {
         verify(findChild(card(0), "confirm").visualFocus);
         keyClick(Qt.Key_Return);
         tryCompare(machine, "log", ["kill 812"]);
+    }
+
+    function test_keyHeldDownAsksOnce() {
+        show([shop]);
+        const stop = findChild(card(0), "stop");
+        stop.forceActiveFocus(Qt.TabFocusReason);
+        keyPress(Qt.Key_Return);
+        machine.repeatKey(stop, Qt.Key_Return);
+        keyRelease(Qt.Key_Return);
+        verify(card(0).showKillConfirmation);
+        verify(findChild(card(0), "cancel").activeFocus);
     }
 
     function test_arrowsMoveBetweenTheCards() {
@@ -343,6 +367,13 @@ TestCase {
         for (const name of ["MEM", "Script", "reveal"])
             verify(rightOf(findChild(card(0), name), 0) <= card(0).width - 16, name);
         compare(card(0).width, 456);
+    }
+
+    function test_nameWrittenFromTheRightStandsOnTheLeft() {
+        show([Object.assign({}, shop, { folder: "/srv/\u0645\u0634\u0631\u0648\u0639" })]);
+        const title = findChild(card(0), "title");
+        compare(title.text, "\u0645\u0634\u0631\u0648\u0639");
+        compare(title.horizontalAlignment, Text.AlignLeft);
     }
 
     function test_markupIsShownAsTypedAndLoadsNothing() {

@@ -80,6 +80,20 @@ TestCase {
         compare(machine.log, ["register"]);
     }
 
+    function test_keyHeldDownTogglesOnce_data() {
+        return [{ tag: "return", key: Qt.Key_Return }, { tag: "enter", key: Qt.Key_Enter }];
+    }
+
+    function test_keyHeldDownTogglesOnce(data) {
+        const toggle = findChild(make(false), "toggle");
+        toggle.forceActiveFocus();
+        keyPress(data.key);
+        machine.repeatKey(toggle, data.key);
+        machine.repeatKey(toggle, data.key);
+        keyRelease(data.key);
+        compare(machine.log, ["register"]);
+    }
+
     function test_failureLeavesTheToggleOn() {
         machine.failRegistration("Read-only file system");
         const view = make(false);
