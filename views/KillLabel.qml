@@ -22,7 +22,7 @@ Item {
     Spinner {
         objectName: "killing"
         anchors.centerIn: parent
-        scale: 0.5
+        magnification: 0.5
         visible: face.isBusy
     }
 }

@@ -11,9 +11,15 @@ Item {
         anchors.centerIn: parent
         spacing: 20
 
-        Spinner {
+        Item {
             anchors.horizontalCenter: parent.horizontalCenter
-            scale: 1.3
+            width: 32
+            height: 32
+
+            Spinner {
+                anchors.centerIn: parent
+                magnification: 1.3
+            }
         }
 
         PlainText {

@@ -11,7 +11,7 @@ Symbol {
     name: "arrow.clockwise"
     size: 13
 
-    RotationAnimation on rotation {
+    RotationAnimation on angle {
         objectName: "turning"
         running: arrow.isTurning && arrow.isShown
         loops: Animation.Infinite
@@ -24,7 +24,7 @@ Symbol {
             else if (arrow.isShown)
                 resting.start();
             else
-                arrow.rotation = 0;
+                arrow.angle = 0;
         }
     }
 
@@ -32,9 +32,10 @@ Symbol {
         id: resting
 
         target: arrow
+        property: "angle"
         to: 360
         duration: 350
         easing.type: Easing.InOutQuad
-        onFinished: arrow.rotation = 0
+        onFinished: arrow.angle = 0
     }
 }

@@ -5,12 +5,14 @@ import Tidewick
 Symbol {
     id: spinner
 
+    property real magnification: 1
+
     name: "spinner"
-    size: 32
+    size: 32 * magnification
     Accessible.role: Accessible.Animation
     Accessible.name: "In progress"
 
-    RotationAnimation on rotation {
+    RotationAnimation on angle {
         running: spinner.visible && spinner.Window.visibility !== Window.Hidden
         loops: Animation.Infinite
         from: 0

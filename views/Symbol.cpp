@@ -10,6 +10,7 @@ Symbol::Symbol(QQuickItem *parent) : QQuickPaintedItem(parent)
 {
     connect(this, &Symbol::nameChanged, this, [this] { update(); });
     connect(this, &Symbol::colorChanged, this, [this] { update(); });
+    connect(this, &Symbol::angleChanged, this, [this] { update(); });
 }
 
 void Symbol::setSize(qreal size)
@@ -22,7 +23,12 @@ void Symbol::setSize(qreal size)
 
 void Symbol::paint(QPainter *painter)
 {
-    drawSymbol(*painter, m_name, boundingRect(), m_color);
+    const QRectF place = boundingRect();
+    painter->setRenderHint(QPainter::Antialiasing);
+    painter->translate(place.center());
+    painter->rotate(m_angle);
+    painter->translate(-place.center());
+    drawSymbol(*painter, m_name, place, m_color);
 }
 
 bool drawSymbol(QPainter &painter, const QString &name, const QRectF &place, const QColor &color)

@@ -21,6 +21,9 @@ class Symbol : public QQuickPaintedItem
     Q_PROPERTY(QColor color MEMBER m_color NOTIFY colorChanged)
     /// Width and height, in points.
     Q_PROPERTY(qreal size READ size WRITE setSize NOTIFY sizeChanged)
+    /// Degrees clockwise about the middle. Drawn so, it stays smooth: the software scene graph
+    /// turns and scales finished pictures pixel by pixel.
+    Q_PROPERTY(qreal angle MEMBER m_angle NOTIFY angleChanged)
 
 public:
     explicit Symbol(QQuickItem *parent = nullptr);
@@ -33,10 +36,12 @@ Q_SIGNALS:
     void nameChanged();
     void colorChanged();
     void sizeChanged();
+    void angleChanged();
 
 private:
     QString m_name;
     QColor m_color = Qt::white;
+    qreal m_angle = 0;
 };
 
 } // namespace tidewick

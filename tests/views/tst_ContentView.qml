@@ -112,6 +112,18 @@ TestCase {
         verify(!findChild(view, "loading").visible);
     }
 
+    function test_arrowTurnsWhileLoadingAndComesToRest() {
+        show([api]);
+        const arrow = findChild(view, "refresh").contentItem;
+        tryCompare(arrow, "angle", 0);
+        machine.setSlow(true);
+        mouseClick(findChild(view, "refresh"));
+        tryVerify(() => arrow.angle > 0);
+        compare(arrow.rotation, 0, "drawn turned, not turned as a picture");
+        machine.setSlow(false);
+        tryCompare(arrow, "angle", 0);
+    }
+
     function test_counts() {
         show([shop, api]);
         compare(findChild(view, "running").text, "2 running");
