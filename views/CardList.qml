@@ -10,8 +10,11 @@ ListView {
     required property Panel panel
     // The port of the card that is expanded, or empty.
     property string expandedPort
-    // How the card that went had its focus: one that the keyboard gave goes to the next card.
-    property int nextFocus: Qt.OtherFocusReason
+    // Whether the keyboard gave the focus that a card has or had last: then it shows, and goes on to the
+    // next card when this one goes.
+    property bool isByKeyboard: false
+    // The card that the view itself gave the focus to.
+    property Item given: null
 
     readonly property PortCard focusedCard: cardAround(Window.activeFocusItem)
 
@@ -25,6 +28,7 @@ ListView {
         currentIndex = row;
         positionViewAtIndex(row, ListView.Contain);
         currentItem.forceActiveFocus(Qt.TabFocusReason);
+        given = null;
     }
 
     function cardAround(item: Item): PortCard {
@@ -34,10 +38,26 @@ ListView {
     }
 
     function followFocus() {
-        if (focusedCard && indexAt(focusedCard.x, focusedCard.y) >= 0)
-            currentIndex = indexAt(focusedCard.x, focusedCard.y);
-        else if (Window.activeFocusItem === list && currentItem && nextFocus === Qt.TabFocusReason)
-            currentItem.forceActiveFocus(nextFocus);
+        const item = Window.activeFocusItem;
+        if (item === list) {
+            if (currentItem && isByKeyboard)
+                currentItem.forceActiveFocus(Qt.TabFocusReason);
+        } else if (item === given && !isByKeyboard) {
+            item.focus = false;
+        } else if (focusedCard) {
+            isByKeyboard = item === focusedCard || item.visualFocus;
+            makeCurrent(indexAt(focusedCard.x, focusedCard.y), item);
+        }
+        given = null;
+    }
+
+    // The view gives the focus to the card that it is told of; `item`, within that card, keeps it.
+    function makeCurrent(row: int, item: Item) {
+        if (row < 0 || row === currentIndex)
+            return;
+        const reason = isByKeyboard ? Qt.TabFocusReason : Qt.MouseFocusReason;
+        currentIndex = row;
+        item.forceActiveFocus(reason);
     }
 
     clip: true
@@ -52,6 +72,7 @@ ListView {
     Accessible.name: "Listeners"
     Keys.onDownPressed: moveTo(currentIndex + 1)
     Keys.onUpPressed: moveTo(currentIndex - 1)
+    onCurrentItemChanged: given = currentItem
 
     // Not within the change itself: a card may just be going.
     Timer {
@@ -79,10 +100,7 @@ ListView {
         isTabStop: ListView.isCurrentItem || (cards?.focusedCard === this)
         isExpanded: cards ? cards.expandedPort === facts.port : false
         onToggleExpand: cards.toggleExpand(facts.port)
-        onKill: focusReason => {
-            cards.nextFocus = focusReason;
-            panel.kill(facts.pid);
-        }
+        onKill: panel.kill(facts.pid)
     }
 
     T.ScrollBar.vertical: T.ScrollBar {

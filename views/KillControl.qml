@@ -13,8 +13,7 @@ Item {
 
     signal asked
     signal cancelled
-    // `focusReason` is how the confirming button got the focus.
-    signal confirmed(focusReason: int)
+    signal confirmed
 
     function reasonOf(button: PlainButton): int {
         return button.visualFocus ? Qt.TabFocusReason : Qt.OtherFocusReason;
@@ -126,7 +125,7 @@ Item {
                 bottomPadding: 4
                 help: "Kill port"
                 tip: ""
-                onClicked: control.confirmed(control.reasonOf(confirm))
+                onClicked: control.confirmed()
                 // It comes up where the first press was: the second one of a double click, which
                 // is taken here instead of as a click, answers nothing.
                 onDoubleClicked: {}

@@ -19,8 +19,7 @@ Item {
     readonly property bool isShown: Window.visibility !== Window.Hidden
 
     signal toggleExpand
-    // `focusReason` is how the pressed button got the focus.
-    signal kill(focusReason: int)
+    signal kill
 
     function ask() {
         showKillConfirmation = true;
@@ -225,7 +224,7 @@ Item {
                     isBusy: card.isBeingKilled
                     onAsked: card.ask()
                     onCancelled: card.withdraw()
-                    onConfirmed: focusReason => card.kill(focusReason)
+                    onConfirmed: card.kill()
                 }
             }
         }

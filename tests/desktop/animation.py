@@ -93,8 +93,12 @@ class Film:
 
     def save(self, path):
         frames = [self._drawn(*seen) for seen, _ in self._frames]
-        # One set of colours for all, from a frame that shows the panel: what stands still then is the same.
-        colours = frames[len(frames) // 2].quantize(COLOURS)
+        # One set of colours for all, so that what stands still stays the same.
+        some = frames[::len(frames) // 12]
+        sheet = Image.new("RGB", (self._size[0], self._size[1] * len(some)))
+        for number, frame in enumerate(some):
+            sheet.paste(frame, (0, self._size[1] * number))
+        colours = sheet.quantize(COLOURS, method=Image.Quantize.MAXCOVERAGE)
         ends = [since for _, since in self._frames[1:]] + [self._frames[-1][1] + LAST]
         first, *others = [frame.quantize(palette=colours, dither=Image.Dither.NONE)
                           for frame in frames]

@@ -344,6 +344,34 @@ TestCase {
         verify(findChild(card(0), "badge").isPulsing);
     }
 
+    function test_pointerMarksNoCard() {
+        show([shop, api]);
+        press(1, "stop");
+        tryVerify(() => findChild(card(1), "cancel").activeFocus);
+        wait(0);
+        verify(findChild(card(1), "cancel").activeFocus, "it keeps the focus");
+        compare(findChild(card(1), "surface").border.width, 1);
+        machine.listen([shop]);
+        press(1, "confirm");
+        tryCompare(findChild(view, "cards"), "count", 1);
+        wait(0);
+        verify(!card(0).activeFocus);
+        compare(findChild(card(0), "surface").border.width, 1);
+    }
+
+    function test_focusOfTheKeyboardGoesOnToTheNextCard() {
+        show([shop, api]);
+        findChild(card(0), "stop").forceActiveFocus(Qt.TabFocusReason);
+        keyClick(Qt.Key_Space);
+        tryCompare(findChild(card(0), "confirmation"), "scale", 1);
+        keyClick(Qt.Key_Tab);
+        machine.listen([api]);
+        keyClick(Qt.Key_Space);
+        tryCompare(findChild(view, "cards"), "count", 1);
+        tryVerify(() => card(0).activeFocus);
+        compare(findChild(card(0), "surface").border.width, 2);
+    }
+
     function test_helpTextComesToARestingPointer() {
         show([shop]);
         const stop = findChild(card(0), "stop");
