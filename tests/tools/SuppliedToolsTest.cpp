@@ -381,6 +381,24 @@ TEST_P(SuppliedTools, dockersForwardersOfAnotherUser)
                 rowsOf(stranger.port())[0].pid == stranger.pid());
 }
 
+TEST_P(SuppliedTools, aForwarderInAnotherNetworkHoldsNothingHere)
+{
+    NEEDS_ROOT("make a network");
+    const OddProcess holder({"listen 127.0.0.1", {"x"}, "", asUser(0)});
+    const std::string proxy = program("docker-proxy");
+    const OddProcess elsewhere({"",
+                                {proxy, "-proto", "tcp", "-host-ip", "127.0.0.1", "-host-port",
+                                 std::to_string(holder.port())},
+                                proxy,
+                                [] {
+                                    return unshare(CLONE_NEWNET) == 0;
+                                }});
+    if (!elsewhere.isUp())
+        GTEST_SKIP() << "a network of its own may not be made here";
+    for (const Row &row : rowsOf(holder.port()))
+        EXPECT_EQ(row.pid, holder.pid());
+}
+
 TEST_P(SuppliedTools, aServiceOfAnotherUser)
 {
     NEEDS_ROOT("be another user");
