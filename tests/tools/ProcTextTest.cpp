@@ -1,15 +1,20 @@
 #include "tools/ProcText.h"
 #include "scan/SocketScan.h"
 #include "tests/support/TestText.h"
+#include "tools/Holders.h"
 #include "tools/ProcessCells.h"
 #include "tools/SocketDump.h"
 
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <cerrno>
+#include <climits>
 #include <clocale>
 
 #include <arpa/inet.h>
+#include <linux/netlink.h>
+#include <unistd.h>
 
 using namespace tidewick::tools;
 using namespace std::string_view_literals;
@@ -358,4 +363,14 @@ TEST(ProcText, cellsOfNumbers)
     EXPECT_EQ(elapsedText(7265), "   02:01:05");
     EXPECT_EQ(elapsedText(266465), " 3-02:01:05");
     EXPECT_EQ(elapsedText(86400UL * 1234), "1234-00:00:00");
+}
+
+TEST(Holders, aProcessThatHasEndedIsNotTheOldest)
+{
+    const std::vector<ListeningSocket> sockets{socketOn("127.0.0.1", 80)};
+    Scan scan;
+    scan.processes = {{INT_MAX, 0, "ended"}, {getpid(), 0, "server"}};
+    scan.holders = {{0, 0, 3}, {1, 0, 3}};
+    sortByAncestry(scan, sockets);
+    EXPECT_EQ(scan.processes[scan.holders[0].process].command, "server");
 }
