@@ -96,6 +96,16 @@ bool isMappedIpv4(const ListeningSocket &socket)
     return socket.isIpv6 && memcmp(socket.address, prefix, sizeof prefix) == 0;
 }
 
+/// What the last message of a dump tells: an error where the kernel cannot make it, as without its
+/// module tcp_diag.
+DiagEnd dumpResult(const char *body, size_t length)
+{
+    int result = 0;
+    if (length >= sizeof result)
+        memcpy(&result, body, sizeof result);
+    return result < 0 ? DiagEnd::error : DiagEnd::done;
+}
+
 /// node-22, node-20.1
 bool isVersionedNode(std::string_view name)
 {
@@ -279,12 +289,12 @@ DiagEnd parseDiagMessages(const char *buffer, size_t size, std::vector<Listening
             return DiagEnd::error;
         if ((header.nlmsg_flags & NLM_F_DUMP_INTR) != 0)
             return DiagEnd::interrupted;
-        if (header.nlmsg_type == NLMSG_DONE)
-            return DiagEnd::done;
-        if (header.nlmsg_type == NLMSG_ERROR)
-            return DiagEnd::error;
         const char *const body = buffer + offset + NLMSG_HDRLEN;
         const size_t length = header.nlmsg_len - NLMSG_HDRLEN;
+        if (header.nlmsg_type == NLMSG_DONE)
+            return dumpResult(body, length);
+        if (header.nlmsg_type == NLMSG_ERROR)
+            return DiagEnd::error;
         inet_diag_msg message;
         if (length < sizeof message)
             return DiagEnd::error;

@@ -148,6 +148,22 @@ TEST(ProcText, hostileNetlinkMessagesAreRefused)
     }
 }
 
+TEST(ProcText, aDumpThatTheKernelGaveUpIsNoEmptyOne)
+{
+    struct
+    {
+        nlmsghdr header{};
+        int result = 0;
+    } end;
+    end.header.nlmsg_len = sizeof end;
+    end.header.nlmsg_type = NLMSG_DONE;
+    std::vector<ListeningSocket> sockets;
+    const auto *const bytes = reinterpret_cast<const char *>(&end);
+    EXPECT_EQ(parseDiagMessages(bytes, sizeof end, sockets), DiagEnd::done);
+    end.result = -ENOENT;
+    EXPECT_EQ(parseDiagMessages(bytes, sizeof end, sockets), DiagEnd::error);
+}
+
 TEST(ProcText, bothSourcesTellTheSame)
 {
     auto netlink = socketsFromNetlink();
