@@ -326,13 +326,13 @@ DiagEnd parseDiagMessages(const char *buffer, size_t size, std::vector<Listening
 std::string addressText(const ListeningSocket &socket)
 {
     const std::string port = ':' + std::to_string(socket.port);
-    if (isUnspecified(socket))
-        return '*' + port;
     char text[INET6_ADDRSTRLEN] = "";
     if (isMappedIpv4(socket) || !socket.isIpv6) {
         inet_ntop(AF_INET, socket.address + (socket.isIpv6 ? 12 : 0), text, sizeof text);
-        return text + port;
+        return (std::string_view(text) == "0.0.0.0" ? "*" : text) + port;
     }
+    if (isUnspecified(socket))
+        return '*' + port;
     inet_ntop(AF_INET6, socket.address, text, sizeof text);
     return '[' + std::string(text) + ']' + port;
 }

@@ -189,6 +189,7 @@ TEST(ProcText, bothSourcesTellTheSame)
 TEST(ProcText, addresses)
 {
     EXPECT_EQ(addressText(socketOn("0.0.0.0", 80)), "*:80");
+    EXPECT_EQ(addressText(socketOn("::ffff:0.0.0.0", 80)), "*:80");
     EXPECT_EQ(addressText(socketOn("::", 80)), "*:80");
     EXPECT_EQ(addressText(socketOn("127.0.0.2", 1)), "127.0.0.2:1");
     EXPECT_EQ(addressText(socketOn("::1", 65535)), "[::1]:65535");
