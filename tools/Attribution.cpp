@@ -162,7 +162,8 @@ private:
         return best.size() == 1 ? best[0] : nobody;
     }
 
-    /// Root's processes of that name. A program that only runs as root by its set-user-id bit has
+    /// Root's processes of that name in this network: a container may run forwarders of its own,
+    /// for the same ports. A program that only runs as root by its set-user-id bit has
     /// the arguments that its caller chose.
     const std::vector<int> &proxies()
     {
@@ -174,7 +175,7 @@ private:
             if (readFile(AT_FDCWD, procPath(pid, "comm").c_str(), text) &&
                 text == "docker-proxy\n" &&
                 readFile(AT_FDCWD, procPath(pid, "status").c_str(), text) &&
-                statusValue(text, "Uid") == "0\t0\t0\t0")
+                statusValue(text, "Uid") == "0\t0\t0\t0" && isInOwnNetwork(pid))
                 m_proxies->push_back(pid);
         }
         return *m_proxies;

@@ -281,8 +281,10 @@ void sortByAncestry(Scan &scan, const std::vector<ListeningSocket> &sockets)
     ProcessTree tree;
     const auto measure = [&](size_t process) {
         const int pid = scan.processes[process].pid;
-        if (const ProcessTree::Node *const node = tree.node(pid))
-            ages[process] = {node->startTime, tree.depth(pid)};
+        const ProcessTree::Node *const node = tree.node(pid);
+        // One that has ended meanwhile is nobody's server: it comes last.
+        ages[process] =
+            node == nullptr ? Age{UINT64_MAX, 0} : Age{node->startTime, tree.depth(pid)};
     };
     for (const Holder &holder : scan.holders) {
         const auto [first, isNew] =

@@ -96,6 +96,16 @@ bool isMappedIpv4(const ListeningSocket &socket)
     return socket.isIpv6 && memcmp(socket.address, prefix, sizeof prefix) == 0;
 }
 
+/// What the last message of a dump tells: an error where the kernel cannot make it, as without its
+/// module tcp_diag.
+DiagEnd dumpResult(const char *body, size_t length)
+{
+    int result = 0;
+    if (length >= sizeof result)
+        memcpy(&result, body, sizeof result);
+    return result < 0 ? DiagEnd::error : DiagEnd::done;
+}
+
 /// node-22, node-20.1
 bool isVersionedNode(std::string_view name)
 {
@@ -279,12 +289,12 @@ DiagEnd parseDiagMessages(const char *buffer, size_t size, std::vector<Listening
             return DiagEnd::error;
         if ((header.nlmsg_flags & NLM_F_DUMP_INTR) != 0)
             return DiagEnd::interrupted;
-        if (header.nlmsg_type == NLMSG_DONE)
-            return DiagEnd::done;
-        if (header.nlmsg_type == NLMSG_ERROR)
-            return DiagEnd::error;
         const char *const body = buffer + offset + NLMSG_HDRLEN;
         const size_t length = header.nlmsg_len - NLMSG_HDRLEN;
+        if (header.nlmsg_type == NLMSG_DONE)
+            return dumpResult(body, length);
+        if (header.nlmsg_type == NLMSG_ERROR)
+            return DiagEnd::error;
         inet_diag_msg message;
         if (length < sizeof message)
             return DiagEnd::error;
@@ -316,13 +326,13 @@ DiagEnd parseDiagMessages(const char *buffer, size_t size, std::vector<Listening
 std::string addressText(const ListeningSocket &socket)
 {
     const std::string port = ':' + std::to_string(socket.port);
-    if (isUnspecified(socket))
-        return '*' + port;
     char text[INET6_ADDRSTRLEN] = "";
     if (isMappedIpv4(socket) || !socket.isIpv6) {
         inet_ntop(AF_INET, socket.address + (socket.isIpv6 ? 12 : 0), text, sizeof text);
-        return text + port;
+        return (std::string_view(text) == "0.0.0.0" ? "*" : text) + port;
     }
+    if (isUnspecified(socket))
+        return '*' + port;
     inet_ntop(AF_INET6, socket.address, text, sizeof text);
     return '[' + std::string(text) + ']' + port;
 }

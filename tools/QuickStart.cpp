@@ -138,11 +138,15 @@ private:
 template <size_t Capacity>
 void finish(const Text<Capacity> &line)
 {
-    const auto text = line.view();
-    const long written =
-        systemCall(SYS_write, 1, reinterpret_cast<long>(text.data()), long(text.size()));
-    if (written > 0)
-        systemCall(SYS_exit_group, size_t(written) == text.size() ? 0 : 1, 0, 0);
+    std::string_view rest = line.view();
+    long written = 1;
+    // A stop and its end cut a write to a full pipe short.
+    while (!rest.empty() && written > 0) {
+        written = systemCall(SYS_write, 1, reinterpret_cast<long>(rest.data()), long(rest.size()));
+        rest.remove_prefix(size_t(written > 0 ? written : 0));
+    }
+    if (rest.size() < line.view().size())
+        systemCall(SYS_exit_group, rest.empty() ? 0 : 1, 0, 0);
 }
 
 void answerCommand(std::string_view pid)

@@ -38,7 +38,6 @@ DiagEnd dumpFamily(int netlink, uint8_t family, std::vector<ListeningSocket> &so
         return DiagEnd::error;
 
     std::array<char, 32768> buffer;
-    bool interrupted = false;
     for (;;) {
         const ssize_t size = recv(netlink, buffer.data(), buffer.size(), MSG_TRUNC);
         if (size < 0 && errno == EINTR)
@@ -46,11 +45,8 @@ DiagEnd dumpFamily(int netlink, uint8_t family, std::vector<ListeningSocket> &so
         if (size <= 0 || size_t(size) > buffer.size())
             return DiagEnd::error;
         const DiagEnd end = parseDiagMessages(buffer.data(), size_t(size), sockets);
-        interrupted = interrupted || end == DiagEnd::interrupted;
-        if (end == DiagEnd::error)
-            return end;
         if (end != DiagEnd::more)
-            return interrupted ? DiagEnd::interrupted : end;
+            return end;
     }
 }
 

@@ -1,15 +1,20 @@
 #include "tools/ProcText.h"
 #include "scan/SocketScan.h"
 #include "tests/support/TestText.h"
+#include "tools/Holders.h"
 #include "tools/ProcessCells.h"
 #include "tools/SocketDump.h"
 
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <cerrno>
+#include <climits>
 #include <clocale>
 
 #include <arpa/inet.h>
+#include <linux/netlink.h>
+#include <unistd.h>
 
 using namespace tidewick::tools;
 using namespace std::string_view_literals;
@@ -143,6 +148,22 @@ TEST(ProcText, hostileNetlinkMessagesAreRefused)
     }
 }
 
+TEST(ProcText, aDumpThatTheKernelGaveUpIsNoEmptyOne)
+{
+    struct
+    {
+        nlmsghdr header{};
+        int result = 0;
+    } end;
+    end.header.nlmsg_len = sizeof end;
+    end.header.nlmsg_type = NLMSG_DONE;
+    std::vector<ListeningSocket> sockets;
+    const auto *const bytes = reinterpret_cast<const char *>(&end);
+    EXPECT_EQ(parseDiagMessages(bytes, sizeof end, sockets), DiagEnd::done);
+    end.result = -ENOENT;
+    EXPECT_EQ(parseDiagMessages(bytes, sizeof end, sockets), DiagEnd::error);
+}
+
 TEST(ProcText, bothSourcesTellTheSame)
 {
     auto netlink = socketsFromNetlink();
@@ -168,6 +189,7 @@ TEST(ProcText, bothSourcesTellTheSame)
 TEST(ProcText, addresses)
 {
     EXPECT_EQ(addressText(socketOn("0.0.0.0", 80)), "*:80");
+    EXPECT_EQ(addressText(socketOn("::ffff:0.0.0.0", 80)), "*:80");
     EXPECT_EQ(addressText(socketOn("::", 80)), "*:80");
     EXPECT_EQ(addressText(socketOn("127.0.0.2", 1)), "127.0.0.2:1");
     EXPECT_EQ(addressText(socketOn("::1", 65535)), "[::1]:65535");
@@ -358,4 +380,14 @@ TEST(ProcText, cellsOfNumbers)
     EXPECT_EQ(elapsedText(7265), "   02:01:05");
     EXPECT_EQ(elapsedText(266465), " 3-02:01:05");
     EXPECT_EQ(elapsedText(86400UL * 1234), "1234-00:00:00");
+}
+
+TEST(Holders, aProcessThatHasEndedIsNotTheOldest)
+{
+    const std::vector<ListeningSocket> sockets{socketOn("127.0.0.1", 80)};
+    Scan scan;
+    scan.processes = {{INT_MAX, 0, "ended"}, {getpid(), 0, "server"}};
+    scan.holders = {{0, 0, 3}, {1, 0, 3}};
+    sortByAncestry(scan, sockets);
+    EXPECT_EQ(scan.processes[scan.holders[0].process].command, "server");
 }

@@ -13,6 +13,7 @@
 #include <linux/filter.h>
 #include <linux/seccomp.h>
 #include <sched.h>
+#include <sys/ioctl.h>
 #include <sys/mman.h>
 #include <sys/mount.h>
 #include <sys/prctl.h>
@@ -381,6 +382,24 @@ TEST_P(SuppliedTools, dockersForwardersOfAnotherUser)
                 rowsOf(stranger.port())[0].pid == stranger.pid());
 }
 
+TEST_P(SuppliedTools, aForwarderInAnotherNetworkHoldsNothingHere)
+{
+    NEEDS_ROOT("make a network");
+    const OddProcess holder({"listen 127.0.0.1", {"x"}, "", asUser(0)});
+    const std::string proxy = program("docker-proxy");
+    const OddProcess elsewhere({"",
+                                {proxy, "-proto", "tcp", "-host-ip", "127.0.0.1", "-host-port",
+                                 std::to_string(holder.port())},
+                                proxy,
+                                [] {
+                                    return unshare(CLONE_NEWNET) == 0;
+                                }});
+    if (!elsewhere.isUp())
+        GTEST_SKIP() << "a network of its own may not be made here";
+    for (const Row &row : rowsOf(holder.port()))
+        EXPECT_EQ(row.pid, holder.pid());
+}
+
 TEST_P(SuppliedTools, aServiceOfAnotherUser)
 {
     NEEDS_ROOT("be another user");
@@ -578,6 +597,46 @@ TEST_P(SuppliedTools, theCellsOfPs)
         compare(std::to_string(process.pid()), "C");
         compare(std::to_string(process.pid()), "C.UTF-8");
     }
+}
+
+TEST_P(SuppliedTools, aStopInTheMiddleOfALineLosesNothing)
+{
+    const std::string longest(120'000, 'y');
+    const OddProcess process({"", {longest}, "", asViewer()});
+    ASSERT_TRUE(process.isUp());
+    const std::string pid = std::to_string(process.pid());
+    std::array<int, 2> ends{};
+    ASSERT_EQ(pipe2(ends.data(), O_CLOEXEC), 0);
+    const pid_t tool = fork();
+    if (tool == 0) {
+        if (dup2(ends[1], STDOUT_FILENO) >= 0 && asViewer()())
+            execl(ps().c_str(), "ps", "-p", pid.c_str(), "-o", "command=", nullptr);
+        _exit(127);
+    }
+    ASSERT_GT(tool, 0);
+    close(ends[1]);
+    const int capacity = fcntl(ends[0], F_GETPIPE_SZ);
+    int filled = 0;
+    QElapsedTimer timer;
+    timer.start();
+    while (filled < capacity && timer.elapsed() < 30'000) {
+        ASSERT_EQ(ioctl(ends[0], FIONREAD, &filled), 0);
+        usleep(1000);
+    }
+    EXPECT_EQ(filled, capacity);
+    int status = -1;
+    kill(tool, SIGSTOP);
+    waitpid(tool, &status, WUNTRACED);
+    EXPECT_TRUE(WIFSTOPPED(status));
+    kill(tool, SIGCONT);
+    std::string text;
+    std::array<char, 65536> buffer;
+    for (ssize_t count = 0; (count = read(ends[0], buffer.data(), buffer.size())) > 0;)
+        text.append(buffer.data(), size_t(count));
+    close(ends[0]);
+    EXPECT_EQ(waitpid(tool, &status, 0), tool);
+    EXPECT_EQ(status, 0);
+    EXPECT_EQ(text.size(), longest.size() + 1);
 }
 
 TEST_P(SuppliedTools, psWalksOverNoProcesses)
