@@ -36,7 +36,7 @@ namespace
 
 constexpr int poolWidth = 8;
 constexpr int patienceMs = 60'000;
-constexpr double residentRoom = 128.0 * 1024; // KiB for 1,000 rows, whatever they hold
+constexpr double residentRoom = 64.0 * 1024; // KiB for 1,000 rows and overlapping scans
 
 struct Case
 {
