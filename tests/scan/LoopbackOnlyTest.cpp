@@ -14,6 +14,8 @@
 #include <QTemporaryDir>
 #include <QTemporaryFile>
 
+#include <algorithm>
+
 #include <arpa/inet.h>
 #include <linux/if_ether.h>
 #include <linux/if_packet.h>
@@ -135,6 +137,24 @@ QByteArray bodyOf(const HttpOutcome &outcome)
     return response == nullptr ? QByteArray("no response") : response->body;
 }
 
+/// The sockets of this network that wait for somebody: TCP listeners, and any UDP.
+int socketCount()
+{
+    int count = 0;
+    for (const char *table : {"tcp", "tcp6", "udp", "udp6"}) {
+        QFile file(QStringLiteral("/proc/self/net/") + QLatin1String(table));
+        if (!file.open(QFile::ReadOnly))
+            ADD_FAILURE() << table << " cannot be read";
+        constexpr int header = 1;
+        const auto lines = file.readAll().split('\n').mid(header);
+        count += int(std::count_if(lines.begin(), lines.end(), [table](const QByteArray &line) {
+            const QByteArray state = line.simplified().split(' ').value(3);
+            return table[0] == 'u' ? !state.isEmpty() : state == "0A";
+        }));
+    }
+    return count;
+}
+
 /// Sends everyone elsewhere, and writes a line each time.
 constexpr const char *redirectingServer = R"(
 import http.server
@@ -234,6 +254,7 @@ TEST_F(LoopbackOnly, noPacketLeavesTheProgramWhileItScans)
         40'000);
     EXPECT_TRUE(scannedTwice) << program.readAllStandardError().toStdString();
     EXPECT_EQ(watch.packetCount(), 0);
+    EXPECT_EQ(socketCount(), 1) << "the server's";
     for (QProcess *process : {&program, &server}) {
         process->terminate();
         EXPECT_TRUE(process->waitForFinished());
