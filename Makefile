@@ -1,5 +1,5 @@
 # The verbs. Each does its own set-up; the scripts behind them can be called directly too.
-.PHONY: run demo test fmt lint bench screenshots package fuzz soak
+.PHONY: run demo test fmt lint bench screenshots package fuzz soak load
 
 run:
 	scripts/run
@@ -31,3 +31,6 @@ fuzz:
 
 soak:
 	scripts/soak
+
+load:
+	scripts/load

@@ -59,6 +59,25 @@ std::optional<PortInfo> parseLine(QStringView line)
                     QStringLiteral("localhost"));
 }
 
+/// The texts of the rows of one scan, each of them once: a command line may be 128 KB long, and
+/// one process may have thousands of rows.
+class SharedTexts
+{
+public:
+    void share(PortInfo &record)
+    {
+        share(record.fullCommand);
+        share(record.workingDirectory);
+        for (QString &value : record.metadata)
+            share(value);
+    }
+
+private:
+    void share(QString &text) { text = *m_texts.insert(text); }
+
+    QSet<QString> m_texts;
+};
+
 } // namespace
 
 QList<PortInfo> fetchRunningPorts(const SystemInterfaces &system, const std::stop_token &stop)
@@ -72,10 +91,12 @@ QList<PortInfo> fetchRunningPorts(const SystemInterfaces &system, const std::sto
         if (isDevelopmentProcess(record))
             kept.append(record);
     }
+    SharedTexts texts;
     for (PortInfo &record : kept) {
         if (stop.stop_requested())
             break;
         record = enrichPortInfo(record, system, stop);
+        texts.share(record);
     }
     return kept;
 }

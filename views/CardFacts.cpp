@@ -9,10 +9,17 @@ namespace tidewick
 namespace
 {
 
+/// No file's name is longer, but a process may claim one of 128 KB, and laying that out takes long.
+QString shown(const QString &name)
+{
+    constexpr qsizetype limit = 255;
+    return name.size() <= limit ? name : name.first(limit) + QStringLiteral("…");
+}
+
 /// As a label: nothing for nothing.
 QString lastComponentOf(const QString &path)
 {
-    return path.isEmpty() ? QString() : lastComponent(pathComponents(path));
+    return path.isEmpty() ? QString() : shown(lastComponent(pathComponents(path)));
 }
 
 CardFacts::Level level(double value, double raised, double high)
@@ -36,7 +43,7 @@ void CardFacts::setRecord(const QVariant &record)
 QString CardFacts::title() const
 {
     const QString name = m_record.projectName();
-    return name.isEmpty() ? QStringLiteral("Local Server") : name;
+    return name.isEmpty() ? QStringLiteral("Local Server") : shown(name);
 }
 
 QString CardFacts::framework() const

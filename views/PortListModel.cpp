@@ -1,11 +1,21 @@
 #include "views/PortListModel.h"
 
+#include <QSet>
+
 #include <algorithm>
+#include <utility>
 
 namespace tidewick
 {
 namespace
 {
+
+using RowKey = std::pair<qint64, QString>;
+
+RowKey keyOf(const PortInfo &record)
+{
+    return {record.port(), record.pid()};
+}
 
 bool isSameRow(const PortInfo &a, const PortInfo &b)
 {
@@ -13,7 +23,7 @@ bool isSameRow(const PortInfo &a, const PortInfo &b)
 }
 
 /// The place of `record`'s row in `records` from `from` on, or -1.
-int findRow(const QList<PortInfo> &records, const PortInfo &record, int from = 0)
+int findRow(const QList<PortInfo> &records, const PortInfo &record, int from)
 {
     const auto found =
         std::find_if(records.begin() + from, records.end(),
@@ -32,8 +42,11 @@ void PortListModel::setRecords(const QList<PortInfo> &records)
 
 void PortListModel::removeRowsMissingFrom(const QList<PortInfo> &records)
 {
+    QSet<RowKey> staying;
+    for (const PortInfo &record : records)
+        staying.insert(keyOf(record));
     for (int row = static_cast<int>(m_records.size()) - 1; row >= 0; --row) {
-        if (findRow(records, m_records[row]) >= 0)
+        if (staying.contains(keyOf(m_records[row])))
             continue;
         beginRemoveRows({}, row, row);
         m_records.removeAt(row);

@@ -1,7 +1,9 @@
-// What the panel costs with 200 cards: how soon it opens, how smoothly it scrolls, for how long a
-// refresh keeps the main thread, and what it uses while it is hidden. The window, the views and
-// the store are the program's own; the tools' and the servers' answers are made up. scripts/bench
-// runs it on a virtual desktop, drawn without OpenGL like the program.
+// panel_bench [CARDS] [hostile] - what the panel costs with 200 cards, or so many: how soon it
+// opens, how smoothly it scrolls, for how long a refresh keeps the main thread, how much memory
+// there is in all, and what it uses while it is hidden. Hostile ones have command lines of 100,000
+// characters, which the cards show as titles. The window, the views and the store are the program's
+// own; the tools' and the servers' answers are made up. scripts/bench runs it on a virtual desktop,
+// drawn without OpenGL like the program.
 #include "platform/PopoverWindow.h"
 #include "scan/ToolTable.h"
 #include "tests/support/RecordingHttpClient.h"
@@ -21,6 +23,8 @@
 
 #include <algorithm>
 #include <cstdio>
+#include <cstdlib>
+#include <fstream>
 #include <vector>
 
 Q_IMPORT_QML_PLUGIN(TidewickPlugin)
@@ -30,14 +34,15 @@ using namespace tidewick;
 namespace
 {
 
-constexpr int cards = 200;
 constexpr int repetitions = 25;
 constexpr int patienceMs = 20000;
 
-/// A machine with 200 listeners, most of which answer HTTP. Each refresh finds other figures.
+/// A machine with listeners, most of which answer HTTP. Each refresh finds other figures.
 class Machine
 {
 public:
+    Machine(int cards, bool isHostile) : m_cards(cards), m_isHostile(isHostile) {}
+
     SystemInterfaces interfaces()
     {
         return {std::make_shared<RecordingToolRunner>(
@@ -57,7 +62,7 @@ public:
     void goOn()
     {
         m_isHanging = false;
-        m_door.release(cards);
+        m_door.release(m_cards);
     }
 
 private:
@@ -71,25 +76,30 @@ private:
             return {sockets(), 0};
         }
         if (what == QStringLiteral("command="))
-            return {"node /home/a/shop/server.js\n", 0};
+            return {m_isHostile
+                        ? "node " + QByteArray(100'000, 'x') + call.arguments[1].toUtf8() + ".js\n"
+                        : "node /home/a/shop/server.js\n",
+                    0};
         if (what == QStringLiteral("rss=,%cpu="))
             return {QByteArray::number(20000 + 1024 * m_scan) + ' ' +
                         QByteArray::number(m_scan % 90) + ".0\n",
                     0};
         if (what == QStringLiteral("etime="))
             return {"01:02:03\n", 0};
-        return {"p1\nfcwd\nn/home/a/shop\n", 0};
+        return {m_isHostile ? "p1\nfcwd\n" : "p1\nfcwd\nn/home/a/shop\n", 0};
     }
 
-    static QByteArray sockets()
+    QByteArray sockets() const
     {
         QByteArray lines = "header\n";
-        for (int card = 0; card < cards; ++card)
+        for (int card = 0; card < m_cards; ++card)
             lines += "node " + QByteArray::number(1000 + card) +
                      " a 3u IPv4 0x1 0t0 TCP *:" + QByteArray::number(3000 + card) + " (LISTEN)\n";
         return lines;
     }
 
+    const int m_cards;
+    const bool m_isHostile;
     std::atomic<bool> m_isHanging = false;
     std::atomic<int> m_scan = 0;
     QSemaphore m_door;
@@ -224,16 +234,27 @@ double ticksInTenSeconds()
     return double(used() - before);
 }
 
+double residentMegabytes()
+{
+    std::ifstream file("/proc/self/statm"); // pages: all, resident, ...
+    double all = 0;
+    double resident = 0;
+    file >> all >> resident;
+    return resident * double(sysconf(_SC_PAGESIZE)) / (1024 * 1024);
+}
+
 } // namespace
 
 int main(int argc, char *argv[])
 {
+    const int cards = argc > 1 ? std::max(1, std::atoi(argv[1])) : 200;
+    const bool isHostile = argc > 2;
     qputenv("QT_QUICK_BACKEND", "software");
     qputenv("QT_XCB_GL_INTEGRATION", "none");
     const QGuiApplication application(argc, argv);
     QGuiApplication::setQuitOnLastWindowClosed(false);
 
-    Machine machine;
+    Machine machine(cards, isHostile);
     QThreadPool pool;
     AppState state(machine.interfaces(), pool);
     Panel panel(state);
@@ -268,6 +289,8 @@ int main(int argc, char *argv[])
               await(&state, &AppState::runningPortsChanged);
           }),
           "ms");
+
+    print("resident memory of the whole process", {residentMegabytes()}, "MiB");
 
     int frames = 0;
     window.performClose();

@@ -6,6 +6,8 @@
 
 #include <gtest/gtest.h>
 
+#include <QDBusConnectionInterface>
+
 using namespace tidewick;
 using namespace std::chrono_literals;
 
@@ -223,6 +225,22 @@ TEST_F(UpdateCheckTest, tellsAPackageThatNoSourceOffers)
     service.on(QStringLiteral("Resolve"),
                says(infoInstalled, QStringLiteral("tidewick;1.0-1;amd64;manual:local")));
     EXPECT_EQ(check().kind, UpdateOutcome::notOffered);
+}
+
+TEST_F(UpdateCheckTest, hearsNobodyButTheService)
+{
+    QDBusConnection stranger = bus.connect();
+    bool hasSpoken = false;
+    service.on(QStringLiteral("GetUpdates"), [&](const FakeTransaction &transaction) {
+        const FakeTransaction forged(stranger, transaction.path());
+        forged.package(infoNormal, updateId);
+        forged.finish();
+        // An answer from the bus: what was said before has been passed on.
+        hasSpoken = stranger.interface()->isServiceRegistered(stranger.baseService());
+        transaction.finish();
+    });
+    EXPECT_EQ(check().kind, UpdateOutcome::upToDate);
+    EXPECT_TRUE(hasSpoken);
 }
 
 TEST_F(UpdateCheckTest, neverTellsUpToDateAfterAFailedRefresh)

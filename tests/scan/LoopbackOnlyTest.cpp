@@ -1,15 +1,20 @@
-// Runs in a network of its own, whose only way out is a link that the tests listen on.
+// Runs in a network of its own, whose only way out is a link that the tests listen on: first the
+// client alone, then the whole program.
 
 #include "scan/CurlHttpClient.h"
 #include "tests/support/LoopbackServer.h"
 #include "tests/support/TestText.h"
+#include "tests/support/WaitUntil.h"
 
 #include <gtest/gtest.h>
 
 #include <QFile>
 #include <QGuiApplication>
 #include <QProcess>
+#include <QTemporaryDir>
 #include <QTemporaryFile>
+
+#include <algorithm>
 
 #include <arpa/inet.h>
 #include <linux/if_ether.h>
@@ -132,6 +137,52 @@ QByteArray bodyOf(const HttpOutcome &outcome)
     return response == nullptr ? QByteArray("no response") : response->body;
 }
 
+/// The sockets of this network that wait for somebody: TCP listeners, and any UDP.
+int socketCount()
+{
+    int count = 0;
+    for (const char *table : {"tcp", "tcp6", "udp", "udp6"}) {
+        QFile file(QStringLiteral("/proc/self/net/") + QLatin1String(table));
+        if (!file.open(QFile::ReadOnly))
+            ADD_FAILURE() << table << " cannot be read";
+        constexpr int header = 1;
+        const auto lines = file.readAll().split('\n').mid(header);
+        count += int(std::count_if(lines.begin(), lines.end(), [table](const QByteArray &line) {
+            const QByteArray state = line.simplified().split(' ').value(3);
+            return table[0] == 'u' ? !state.isEmpty() : state == "0A";
+        }));
+    }
+    return count;
+}
+
+/// Sends everyone elsewhere, and writes a line each time.
+constexpr const char *redirectingServer = R"(
+import http.server
+class Handler(http.server.BaseHTTPRequestHandler):
+    def do_GET(self):
+        print('asked', flush=True)
+        self.send_response(302)
+        self.send_header('Location', 'http://192.0.2.1/')
+        self.end_headers()
+    def log_message(self, *ignored):
+        pass
+http.server.HTTPServer(('127.0.0.1', 0), Handler).serve_forever()
+)";
+
+/// No desktop and no bus, and a proxy elsewhere.
+QProcessEnvironment bareEnvironment(const QString &home)
+{
+    QProcessEnvironment environment;
+    environment.insert(QStringLiteral("HOME"), home);
+    environment.insert(QStringLiteral("XDG_RUNTIME_DIR"), home);
+    environment.insert(QStringLiteral("QT_QPA_PLATFORM"), QStringLiteral("offscreen"));
+    for (const char *bus : {"DBUS_SESSION_BUS_ADDRESS", "DBUS_SYSTEM_BUS_ADDRESS"})
+        environment.insert(QString::fromLatin1(bus), QStringLiteral("unix:path=/nonexistent"));
+    for (const char *proxy : {"http_proxy", "https_proxy", "all_proxy"})
+        environment.insert(QString::fromLatin1(proxy), QStringLiteral("http://192.0.2.1:3128"));
+    return environment;
+}
+
 } // namespace
 
 TEST_F(LoopbackOnly, theWatchSeesAConnectionElsewhere)
@@ -182,6 +233,32 @@ TEST_F(LoopbackOnly, noPacketLeavesForLocalhostWhateverTheHostsFileSays)
     EXPECT_EQ(bodyOf(CurlHttpClient().send({url, "GET", {}}, {})), "here");
     EXPECT_EQ(watch.packetCount(), 0);
     umount("/etc/hosts");
+}
+
+TEST_F(LoopbackOnly, noPacketLeavesTheProgramWhileItScans)
+{
+    const Watch watch;
+    const QTemporaryDir home;
+    QProcess server;
+    server.start(QStringLiteral("/usr/bin/python3"),
+                 {QStringLiteral("-c"), QString::fromLatin1(redirectingServer)});
+    QProcess program;
+    program.setProcessEnvironment(bareEnvironment(home.path()));
+    program.start(QStringLiteral(TIDEWICK), {});
+    QByteArray asked;
+    const bool scannedTwice = waitUntil(
+        [&] {
+            asked += server.readAllStandardOutput();
+            return asked.count('\n') >= 2;
+        },
+        40'000);
+    EXPECT_TRUE(scannedTwice) << program.readAllStandardError().toStdString();
+    EXPECT_EQ(watch.packetCount(), 0);
+    EXPECT_EQ(socketCount(), 1) << "the server's";
+    for (QProcess *process : {&program, &server}) {
+        process->terminate();
+        EXPECT_TRUE(process->waitForFinished());
+    }
 }
 
 int main(int argc, char *argv[])

@@ -338,6 +338,25 @@ TEST(FetchRunningPorts, enrichesOneRecordAfterTheOther)
     EXPECT_TRUE(records.last().fullCommand.contains(QStringLiteral("python3")));
 }
 
+TEST(FetchRunningPorts, rowsWithTheSameTextsHoldThemOnce)
+{
+    const auto tools = std::make_shared<RecordingToolRunner>(
+        [](const RecordingToolRunner::Call &call, const auto &) -> ToolResult {
+            if (call.arguments.first() == QStringLiteral("-i"))
+                return {"h\nnode 1 a 3u IPv4 0x1 0t0 TCP *:3000 (LISTEN)\n"
+                        "node 2 a 3u IPv4 0x1 0t0 TCP *:3001 (LISTEN)\n",
+                        0};
+            return {call.program.endsWith(QStringLiteral("lsof")) ? "n/a\n" : "node server.js", 0};
+        });
+    const auto records = fetchRunningPorts(systemWith(tools), {});
+    ASSERT_EQ(records.size(), 2);
+    EXPECT_EQ(records[0].fullCommand, QStringLiteral("node server.js"));
+    EXPECT_EQ(records[0].fullCommand.constData(), records[1].fullCommand.constData());
+    EXPECT_EQ(records[0].workingDirectory.constData(), records[1].workingDirectory.constData());
+    const QString script = QStringLiteral("script");
+    EXPECT_EQ(records[0].metadata[script].constData(), records[1].metadata[script].constData());
+}
+
 TEST(FetchRunningPorts, stopEndsItAfterTheSocketList)
 {
     const auto tools = lsofPrinting("h\nnode 1 a 3u IPv4 0x1 0t0 TCP *:3000 (LISTEN)\n");

@@ -1,85 +1,66 @@
 // soak_program REFRESHES [SUPPLIED-TOOLS] - refreshes one store so often, beside real servers that
-// come and go, and holds every list against the servers that are there. Prints what the process
-// used at the beginning and at the end; exits 1 where something grew, a list was wrong or a tick
-// was missed.
+// come, go and are killed, and holds every list against the servers that are there. Prints what
+// the process held at the beginning and at the end, when nothing was under way; exits 1 where
+// something grew, a list was wrong, or a tick of the store's timer brought no list.
 //
 // Runs in a network of its own: any other development server counts as a wrong row.
 
 #include "scan/CurlHttpClient.h"
 #include "scan/ProcessToolRunner.h"
 #include "state/AppState.h"
+#include "tests/support/Holdings.h"
 #include "tests/support/ServerProgram.h"
+#include "tests/support/WaitUntil.h"
 
 #include <QCoroTask>
 
 #include <QCoreApplication>
-#include <QDir>
 #include <QElapsedTimer>
-#include <QFile>
 #include <QThreadPool>
 #include <QTimer>
 
 #include <algorithm>
 #include <array>
 #include <cstdio>
-#include <map>
+#include <memory>
 
 using namespace tidewick;
 
 namespace
 {
 
-constexpr int slots = 4;            // servers at a time, at most
-constexpr int refreshesASlot = 5;   // until one of them comes or goes
-constexpr int warmUp = 40;          // refreshes until everything was allocated once
-constexpr double tickSeconds = 5;   // the store's own timer
-constexpr double memoryRoom = 6144; // KiB that the allocator may still take after the warm-up
+constexpr int slots = 4;                 // servers at a time, at most
+constexpr int refreshesAChange = 5;      // until a server comes or goes
+constexpr int changesARound = 2 * slots; // until each has come and gone
+constexpr int warmUp = 200;              // refreshes until everything was allocated once
+constexpr int leastTicks = 2;            // of the store's own timer, however short the run
+constexpr double heapRoom = 64;          // KiB: by so much two equal moments differ
+constexpr double residentRoom = 2048;    // KiB: the allocator's reserves are not ours to know
 
-/// What the process holds of the system.
-struct Holdings
+struct Outcome
 {
-    int descriptors = 0;
-    int threads = 0;
-    int children = 0;
-    double resident = 0; ///< KiB
+    int wrongLists = 0;
+    int failedScans = 0;
+    int failedKills = 0;
+    int kills = 0;
+    int slowest = 0; ///< milliseconds
+    Holdings atFirst;
+    Holdings atLast;
 };
-
-int entries(const QString &folder)
-{
-    return static_cast<int>(
-        QDir(folder).entryList(QDir::AllEntries | QDir::System | QDir::NoDotAndDotDot).size());
-}
-
-Holdings holdings()
-{
-    Holdings result;
-    result.descriptors = entries(QStringLiteral("/proc/self/fd"));
-    result.threads = entries(QStringLiteral("/proc/self/task"));
-    QFile children(
-        QStringLiteral("/proc/self/task/%1/children").arg(QCoreApplication::applicationPid()));
-    if (children.open(QIODevice::ReadOnly))
-        result.children = static_cast<int>(children.readAll().count(' ')); // one behind each
-    QFile status(QStringLiteral("/proc/self/status"));
-    if (status.open(QIODevice::ReadOnly)) {
-        for (const QByteArray &line : status.readAll().split('\n')) {
-            if (line.startsWith("VmRSS:"))
-                result.resident = line.simplified().split(' ').value(1).toDouble();
-        }
-    }
-    return result;
-}
 
 /// Real servers, one a slot, that come and go.
 class Servers
 {
 public:
-    void toggle(int slot)
+    bool isUp(int slot) const { return m_servers.at(size_t(slot)).process != nullptr; }
+    QString pid(int slot) const
     {
-        auto &server = m_servers.at(static_cast<size_t>(slot));
-        if (server.process) {
-            server.process.reset();
-            return;
-        }
+        return QString::number(m_servers.at(size_t(slot)).process->processId());
+    }
+
+    void start(int slot)
+    {
+        Server &server = m_servers.at(size_t(slot));
         server.port = freePort(20000 + slot * 100);
         server.process = std::make_unique<ServerProgram>(
             QStringLiteral("/usr/bin/python3"),
@@ -88,25 +69,26 @@ public:
                         QString::number(server.port)},
             QStringLiteral("/"), server.port);
     }
-
+    void stop(int slot) { m_servers.at(size_t(slot)).process.reset(); }
     void stopAll()
     {
-        for (Server &server : m_servers)
-            server.process.reset();
+        for (int slot = 0; slot < slots; ++slot)
+            stop(slot);
     }
 
-    /// Whether the list holds each server that runs, with its own process, and nothing else.
+    /// Whether the list holds each server that runs, with its own process and answer, and nothing
+    /// else. The slots' ports ascend.
     bool match(const QList<PortInfo> &list) const
     {
-        std::map<qint64, QString> expected;
+        auto record = list.begin();
         for (const Server &server : m_servers) {
-            if (server.process)
-                expected[server.port] = QString::number(server.process->processId());
+            if (!server.process)
+                continue;
+            if (record == list.end() || !isRowOf(server, *record))
+                return false;
+            ++record;
         }
-        std::map<qint64, QString> found;
-        for (const PortInfo &record : list)
-            found[record.port()] = record.pid();
-        return found == expected;
+        return record == list.end();
     }
 
 private:
@@ -115,42 +97,133 @@ private:
         int port = 0;
         std::unique_ptr<ServerProgram> process;
     };
+
+    static bool isRowOf(const Server &server, const PortInfo &record)
+    {
+        return record.port() == server.port &&
+               record.pid() == QString::number(server.process->processId()) &&
+               record.fullCommand.endsWith(QString::number(server.port)) &&
+               record.workingDirectory == QStringLiteral("/") && record.memoryUsage > 0 &&
+               record.httpStatus == 200;
+    }
+
     std::array<Server, slots> m_servers;
 };
 
-struct Outcome
+/// One store, and what happens to it.
+class Soak
 {
-    int wrongLists = 0;
-    int failedScans = 0;
-    int slowest = 0; ///< milliseconds
-    Holdings atFirst;
-    Holdings atLast;
-};
+public:
+    Soak(AppState &state, QThreadPool &pool, int refreshes)
+        : m_state(state), m_pool(pool), m_refreshes(refreshes)
+    {
+    }
 
-QCoro::Task<> soak(AppState &state, int refreshes, Outcome &outcome)
-{
-    Servers servers;
-    for (int i = 0; i < warmUp + refreshes; ++i) {
-        if (i == warmUp) {
-            servers.stopAll();
-            outcome.atFirst = holdings();
+    const Outcome &outcome() const { return m_outcome; }
+
+    QCoro::Task<> run()
+    {
+        for (int i = 0; i < warmUp + m_refreshes; ++i) {
+            if (i == warmUp)
+                m_outcome.atFirst = quietHoldings();
+            if (i % refreshesAChange == 0) {
+                auto change = changeServers(i / refreshesAChange);
+                co_await change;
+            }
+            auto refresh = refreshOnce();
+            co_await refresh;
         }
-        if (i % refreshesASlot == 0)
-            servers.toggle(i / refreshesASlot % slots);
+        m_outcome.atLast = quietHoldings();
+    }
+
+private:
+    /// One server comes, or goes: by itself in one round and by a kill in the next.
+    QCoro::Task<> changeServers(int change)
+    {
+        const int slot = change % slots;
+        if (!m_servers.isUp(slot)) {
+            m_servers.start(slot);
+            co_return;
+        }
+        if (change / changesARound % 2 == 1) {
+            auto kill = m_state.killProcess(m_servers.pid(slot));
+            const bool isKilled = co_await kill;
+            ++m_outcome.kills;
+            m_outcome.failedKills += isKilled ? 0 : 1;
+        }
+        m_servers.stop(slot);
+    }
+
+    QCoro::Task<> refreshOnce()
+    {
         QElapsedTimer timer;
         timer.start();
-        auto load = state.loadRunningPorts();
+        auto load = m_state.loadRunningPorts();
         co_await load;
-        outcome.slowest = std::max(outcome.slowest, static_cast<int>(timer.elapsed()));
-        outcome.failedScans += state.lastError() ? 1 : 0;
-        outcome.wrongLists += servers.match(state.runningPorts()) ? 0 : 1;
+        m_outcome.slowest = std::max(m_outcome.slowest, static_cast<int>(timer.elapsed()));
+        m_outcome.failedScans += m_state.lastError() ? 1 : 0;
+        m_outcome.wrongLists += m_servers.match(m_state.runningPorts()) ? 0 : 1;
     }
-    servers.stopAll();
-    outcome.atLast = holdings();
-    QCoreApplication::quit();
-}
 
-bool report(const Outcome &outcome, int refreshes, int missedTicks)
+    /// What is held while no server runs and no scan, after their threads have ended.
+    Holdings quietHoldings()
+    {
+        m_servers.stopAll();
+        Holdings now;
+        waitUntil([this, &now] {
+            m_pool.waitForDone(); // the system sees its threads a little longer
+            now = holdings();
+            return now.threads == 1;
+        });
+        return now;
+    }
+
+    AppState &m_state;
+    QThreadPool &m_pool;
+    int m_refreshes;
+    Servers m_servers;
+    Outcome m_outcome;
+};
+
+/// Holds the lists that the store published against those that were due: the one at its creation,
+/// one a call of loadRunningPorts(), one a tick, except while it kills.
+class Schedule
+{
+public:
+    explicit Schedule(AppState &state)
+    {
+        QObject::connect(&state, &AppState::lastRefreshChanged, &m_context, [this] { ++m_lists; });
+        QObject::connect(state.refreshTimer(), &QTimer::timeout, &m_context, [this, &state] {
+            ++m_ticks;
+            m_heldBack += state.isKillingProcess() ? 1 : 0;
+        });
+        m_sinceStart.start();
+    }
+
+    /// Waits for `leastTicks` and for the last list. Returns how many ticks the clock saw and the
+    /// timer or the list did not.
+    int missedTicks(int calls) const
+    {
+        waitUntil([this] { return m_ticks >= leastTicks; }, 60'000);
+        const auto due = [this, calls] {
+            return 1 + calls + m_ticks - m_heldBack;
+        };
+        waitUntil([this, due] { return m_lists >= due(); });
+        const auto dueTicks =
+            static_cast<int>(m_sinceStart.elapsed() / AppState::refreshInterval.count());
+        return std::max(0, dueTicks - m_ticks) + std::abs(due() - m_lists);
+    }
+    int ticks() const { return m_ticks; }
+
+private:
+    int m_lists = 0;
+    int m_ticks = 0;
+    int m_heldBack = 0;
+    QElapsedTimer m_sinceStart;
+    QObject m_context;
+};
+
+bool report(const Outcome &outcome, int refreshes, int ticks, int missedTicks)
 {
     const Holdings &first = outcome.atFirst;
     const Holdings &last = outcome.atLast;
@@ -158,20 +231,23 @@ bool report(const Outcome &outcome, int refreshes, int missedTicks)
     std::printf("%-24s %10d %10d\n", "file descriptors", first.descriptors, last.descriptors);
     std::printf("%-24s %10d %10d\n", "threads", first.threads, last.threads);
     std::printf("%-24s %10d %10d\n", "child processes", first.children, last.children);
+    std::printf("%-24s %10.0f %10.0f\n", "heap, KiB", first.heap, last.heap);
     std::printf("%-24s %10.0f %10.0f\n", "resident memory, KiB", first.resident, last.resident);
-    std::printf(
-        "refreshes %d, the slowest %d ms; wrong lists %d, failed scans %d, missed ticks %d\n",
-        refreshes, outcome.slowest, outcome.wrongLists, outcome.failedScans, missedTicks);
-    return last.descriptors <= first.descriptors && last.threads <= first.threads + 1 &&
-           last.children == 0 && last.resident <= first.resident + memoryRoom &&
-           outcome.wrongLists == 0 && outcome.failedScans == 0 && missedTicks == 0;
+    std::printf("refreshes %d, the slowest %d ms; wrong lists %d, failed scans %d\n"
+                "kills %d, failed %d; ticks %d, missed %d\n",
+                refreshes, outcome.slowest, outcome.wrongLists, outcome.failedScans, outcome.kills,
+                outcome.failedKills, ticks, missedTicks);
+    return last.descriptors <= first.descriptors && last.threads <= first.threads &&
+           last.children == 0 && last.heap <= first.heap + heapRoom &&
+           last.resident <= first.resident + residentRoom && outcome.wrongLists == 0 &&
+           outcome.failedScans == 0 && outcome.failedKills == 0 && missedTicks == 0;
 }
 
 } // namespace
 
 int main(int argc, char *argv[])
 {
-    QCoreApplication application(argc, argv);
+    const QCoreApplication application(argc, argv);
     const int refreshes = argc > 1 ? std::max(1, QByteArray(argv[1]).toInt()) : 300;
     const ToolTable tools = argc > 2 ? ToolTable::suppliedOverStock(QString::fromLocal8Bit(argv[2]))
                                      : ToolTable::stock();
@@ -179,13 +255,11 @@ int main(int argc, char *argv[])
     pool.setMaxThreadCount(8);
     AppState state(
         {std::make_shared<ProcessToolRunner>(), tools, std::make_shared<CurlHttpClient>()}, pool);
-    int ticks = 0;
-    QObject::connect(state.refreshTimer(), &QTimer::timeout, &application, [&ticks] { ++ticks; });
-    QElapsedTimer timer;
-    timer.start();
-    Outcome outcome;
-    auto run = soak(state, refreshes, outcome);
-    QCoreApplication::exec();
-    const int dueTicks = static_cast<int>(double(timer.elapsed()) / 1000 / tickSeconds);
-    return report(outcome, refreshes, std::max(0, dueTicks - ticks)) ? EXIT_SUCCESS : EXIT_FAILURE;
+    const Schedule schedule(state);
+    Soak soak(state, pool, refreshes);
+    auto run = soak.run();
+    QCoro::waitFor(run);
+    const int missedTicks = schedule.missedTicks(warmUp + refreshes);
+    return report(soak.outcome(), refreshes, schedule.ticks(), missedTicks) ? EXIT_SUCCESS
+                                                                            : EXIT_FAILURE;
 }
