@@ -121,6 +121,12 @@ ServerProgram::~ServerProgram()
     }
 }
 
+bool ServerProgram::isRunning()
+{
+    m_process.waitForFinished(0);
+    return m_process.state() == QProcess::Running;
+}
+
 QByteArray ServerProgram::output()
 {
     m_process.waitForReadyRead(50);

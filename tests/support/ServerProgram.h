@@ -23,6 +23,8 @@ public:
     ServerProgram &operator=(const ServerProgram &) = delete;
 
     bool isUp() const { return m_isUp; }
+    /// Whether its process has not ended meanwhile.
+    bool isRunning();
     qint64 processId() const { return m_process.processId(); }
     /// Whatever it wrote so far, to either output.
     QByteArray output();
