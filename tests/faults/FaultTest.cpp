@@ -61,9 +61,10 @@ std::optional<bool> FaultTest::kill(const ServerProgram &server)
     return answer;
 }
 
-std::unique_ptr<ServerProgram> FaultTest::serve()
+std::unique_ptr<ServerProgram> FaultTest::serve(int port)
 {
-    const int port = freePort();
+    if (port == 0)
+        port = freePort();
     auto server = std::make_unique<ServerProgram>(
         QStringLiteral("/usr/bin/python3"),
         QStringList{QStringLiteral("-m"), QStringLiteral("http.server"), QStringLiteral("--bind"),

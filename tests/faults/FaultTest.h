@@ -29,8 +29,8 @@ protected:
     /// What the store answers to a request to kill `server`; nothing where it does not.
     std::optional<bool> kill(const ServerProgram &server);
 
-    /// A web server that the scan lists.
-    std::unique_ptr<ServerProgram> serve();
+    /// A web server that the scan lists, on any port where that is 0.
+    std::unique_ptr<ServerProgram> serve(int port = 0);
 
     /// The records of `server`: one, while the list is the truth.
     QList<tidewick::PortInfo> rowsOf(const ServerProgram &server) const;

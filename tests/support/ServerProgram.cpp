@@ -103,6 +103,7 @@ ServerProgram::ServerProgram(const QString &program, const QStringList &argument
     prepare(m_process, folder);
     m_process.start(program, arguments);
     m_process.waitForStarted();
+    m_processId = m_process.processId();
     const QDeadlineTimer deadline(patienceMs);
     while (!m_isUp && m_process.state() == QProcess::Running && !deadline.hasExpired()) {
         m_process.waitForFinished(20);

@@ -25,12 +25,14 @@ public:
     bool isUp() const { return m_isUp; }
     /// Whether its process has not ended meanwhile.
     bool isRunning();
-    qint64 processId() const { return m_process.processId(); }
+    /// What it had, once it has ended.
+    qint64 processId() const { return m_processId; }
     /// Whatever it wrote so far, to either output.
     QByteArray output();
 
 private:
     QProcess m_process;
+    qint64 m_processId = 0;
     bool m_isUp = false;
 };
 
