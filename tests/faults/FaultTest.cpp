@@ -35,6 +35,7 @@ SystemInterfaces FaultTest::realSystem()
 void FaultTest::start(std::optional<SystemInterfaces> system)
 {
     store = std::make_unique<AppState>(system ? *std::move(system) : realSystem(), pool);
+    const_cast<QTimer *>(store->refreshTimer())->stop();
     ASSERT_TRUE(waitUntil([this] { return store->isLoading(); }, patienceMs));
     ASSERT_TRUE(waitUntil([this] { return !store->isLoading(); }, patienceMs));
 }

@@ -20,7 +20,7 @@ protected:
     ~FaultTest() override;
 
     /// Makes the store, over other interfaces than the usual ones where they are given, and waits
-    /// for its first scan.
+    /// for its first scan. Every other is the test's own: the timer stands still.
     void start(std::optional<tidewick::SystemInterfaces> system = std::nullopt);
 
     /// One whole scan and its publication; false where it does not end.
