@@ -13,10 +13,10 @@
 #include "platform/Workspace.h"
 #include "scan/CurlHttpClient.h"
 #include "scan/ProcessToolRunner.h"
+#include "state/WorkerPool.h"
 
 #include <QIcon>
 #include <QPointer>
-#include <QThreadPool>
 #include <QTimer>
 
 #include <cstdio>
@@ -155,8 +155,7 @@ int TidewickApp::run()
     }
 
     const TerminationSignals termination; // to the very end: a second signal changes nothing
-    QThreadPool pool;
-    pool.setMaxThreadCount(poolWidth);
+    WorkerPool pool(poolWidth);
     int status = EXIT_SUCCESS;
     {
         Shell shell;

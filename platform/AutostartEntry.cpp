@@ -51,6 +51,18 @@ DesktopEntry read(const QString &path)
     return DesktopEntry(file.read(entryLimit));
 }
 
+/// A disk that is nearly full takes a part.
+bool writeAll(QIODevice &device, QByteArrayView bytes)
+{
+    while (!bytes.isEmpty()) {
+        const qint64 written = device.write(bytes.data(), bytes.size());
+        if (written <= 0)
+            return false;
+        bytes = bytes.sliced(written);
+    }
+    return true;
+}
+
 std::optional<QString> write(const QString &path, const DesktopEntry &entry)
 {
     std::error_code error;
@@ -62,12 +74,11 @@ std::optional<QString> write(const QString &path, const DesktopEntry &entry)
     const QFileInfo info(path);
     if (info.isSymLink() && !info.isFile())
         QFile::remove(path);
+    // Buffered, it would not notice a full disk, and put an empty file in the old one's place.
     QSaveFile file(path);
-    if (file.open(QIODevice::WriteOnly)) {
-        file.write(entry.toText());
-        if (file.commit())
-            return std::nullopt;
-    }
+    if (file.open(QIODevice::WriteOnly | QIODevice::Unbuffered) && writeAll(file, entry.toText()) &&
+        file.commit())
+        return std::nullopt;
     return file.errorString();
 }
 

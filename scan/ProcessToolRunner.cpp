@@ -8,6 +8,7 @@
 #include <sys/prctl.h>
 #include <sys/syscall.h>
 #include <unistd.h>
+#include <utility>
 
 namespace tidewick
 {
@@ -37,6 +38,20 @@ private:
     int m_descriptor;
 };
 
+/// Reads standard output until the child has ended; one that prints more than `outputLimit` ends
+/// there.
+QByteArray readToTheEnd(QProcess &child, const ChildHandle &handle)
+{
+    QByteArray output;
+    while (child.waitForReadyRead(-1)) {
+        output += child.readAllStandardOutput();
+        if (output.size() > ProcessToolRunner::outputLimit)
+            handle.kill();
+    }
+    child.waitForFinished(-1);
+    return (output + child.readAllStandardOutput()).left(ProcessToolRunner::outputLimit);
+}
+
 } // namespace
 
 ToolResult ProcessToolRunner::run(const QString &program, const QStringList &arguments,
@@ -62,9 +77,9 @@ ToolResult ProcessToolRunner::run(const QString &program, const QStringList &arg
         throw ToolStartError(program + QStringLiteral(": ") + qt_error_string(reason));
     }
     const std::stop_callback killWhenStopped(stop, [&handle] { handle.kill(); });
-    child.waitForFinished(-1);
+    QByteArray output = readToTheEnd(child, handle);
     const bool exited = child.exitStatus() == QProcess::NormalExit;
-    return {child.readAllStandardOutput(), exited ? child.exitCode() : -1};
+    return {std::move(output), exited ? child.exitCode() : -1};
 }
 
 } // namespace tidewick

@@ -56,6 +56,9 @@ std::optional<qint64> parseInteger(QStringView text)
 
 std::optional<double> parseNumber(QStringView text)
 {
+    constexpr qsizetype longest = 1000; // beyond it reading takes seconds
+    if (text.size() > longest)
+        return std::nullopt;
     bool isNumber = false;
     const double number = text.toDouble(&isNumber);
     return isNumber && std::isfinite(number) ? std::optional(number) : std::nullopt;

@@ -41,17 +41,27 @@ bool kill(const SystemInterfaces &system, const QString &pid, const std::stop_to
     }
 }
 
+bool isFull(const QThreadPool &pool)
+{
+    return pool.activeThreadCount() >= pool.maxThreadCount();
+}
+
 /// Runs `work` in the pool at once, in a thread more than its width where all are busy.
 template <class Work>
 auto startUrgently(QThreadPool &pool, Work work)
 {
-    auto workThenShrink = [work = std::move(work), &pool] {
-        const auto shrink = qScopeGuard([&pool] { pool.reserveThread(); });
+    const bool widens = isFull(pool);
+    auto workThenShrink = [work = std::move(work), &pool, widens] {
+        const auto shrink = qScopeGuard([&pool, widens] {
+            if (widens)
+                pool.reserveThread();
+        });
         return work();
     };
     auto ending =
         QtConcurrent::task(std::move(workThenShrink)).onThreadPool(pool).withPriority(1).spawn();
-    pool.releaseThread(); // widens the pool by one thread, for the first in its queue
+    if (widens)
+        pool.releaseThread(); // widens the pool by one thread, for the first in its queue
     return ending;
 }
 
@@ -102,8 +112,7 @@ QCoro::Task<> AppState::loadRunningPorts()
 
 QFuture<ScanOutcome> AppState::startScan()
 {
-    const bool poolIsFull = m_pool.activeThreadCount() >= m_pool.maxThreadCount();
-    if (poolIsFull && m_latestScan && !m_latestScan->hasBegun)
+    if (isFull(m_pool) && m_latestScan && !m_latestScan->hasBegun)
         return m_latestScan->ending;
     m_latestScan = std::make_shared<Scan>();
     m_latestScan->ending = QtConcurrent::run(

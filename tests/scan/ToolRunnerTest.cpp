@@ -127,6 +127,13 @@ TEST(ToolRunner, keepsNothingOfStandardError)
     EXPECT_LT(after.ru_maxrss - before.ru_maxrss, 20 * 1024); // kilobytes
 }
 
+TEST(ToolRunner, killsAToolThatPrintsForEver)
+{
+    const ToolResult result = runFaultyTool({QStringLiteral("overflow")});
+    EXPECT_EQ(result.exitStatus, -1);
+    EXPECT_TRUE(result.standardOutput == QByteArray(ProcessToolRunner::outputLimit, 'a'));
+}
+
 TEST(ToolRunner, keepsWhatACrashingToolPrinted)
 {
     const ToolResult result = runFaultyTool({QStringLiteral("crash")});

@@ -70,6 +70,12 @@ TEST_P(Number, isReadOrRefused)
     EXPECT_EQ(parseNumber(GetParam().text), GetParam().number);
 }
 
+TEST(LongNumber, ofMegabytesIsRefusedUnread)
+{
+    EXPECT_EQ(parseNumber(QString(1000, u'0')), 0);
+    EXPECT_EQ(parseNumber(QString(1001, u'0')), std::nullopt);
+}
+
 INSTANTIATE_TEST_SUITE_P(
     Rows, Number,
     testing::Values(NumberRow{"integer", u"123904", 123904}, NumberRow{"decimal", u"12.5", 12.5},

@@ -103,6 +103,7 @@ ServerProgram::ServerProgram(const QString &program, const QStringList &argument
     prepare(m_process, folder);
     m_process.start(program, arguments);
     m_process.waitForStarted();
+    m_processId = m_process.processId();
     const QDeadlineTimer deadline(patienceMs);
     while (!m_isUp && m_process.state() == QProcess::Running && !deadline.hasExpired()) {
         m_process.waitForFinished(20);
@@ -119,6 +120,12 @@ ServerProgram::~ServerProgram()
         m_process.kill();
         m_process.waitForFinished(-1);
     }
+}
+
+bool ServerProgram::isRunning()
+{
+    m_process.waitForFinished(0);
+    return m_process.state() == QProcess::Running;
 }
 
 QByteArray ServerProgram::output()

@@ -23,12 +23,16 @@ public:
     ServerProgram &operator=(const ServerProgram &) = delete;
 
     bool isUp() const { return m_isUp; }
-    qint64 processId() const { return m_process.processId(); }
+    /// Whether its process has not ended meanwhile.
+    bool isRunning();
+    /// What it had, once it has ended.
+    qint64 processId() const { return m_processId; }
     /// Whatever it wrote so far, to either output.
     QByteArray output();
 
 private:
     QProcess m_process;
+    qint64 m_processId = 0;
     bool m_isUp = false;
 };
 

@@ -24,6 +24,9 @@ int main(int argc, char **argv)
         fill(stdout, 'a', 2500000);
         fill(stderr, 'e', 1000000);
         fill(stdout, 'b', 2500000);
+    } else if (strcmp(what, "overflow") == 0) { // prints for ever
+        for (;;)
+            fill(stdout, 'a', 1000000);
     } else if (strcmp(what, "complain") == 0) { // 200 MB on standard error
         fill(stderr, 'e', 200000000);
     } else if (strcmp(what, "exit") == 0) {

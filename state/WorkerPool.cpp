@@ -1,0 +1,21 @@
+#include "state/WorkerPool.h"
+
+#include <QSemaphore>
+
+#include <memory>
+
+namespace tidewick
+{
+
+WorkerPool::WorkerPool(int width)
+{
+    setMaxThreadCount(width);
+    setExpiryTimeout(-1);
+    // No task ends before the last has its thread, so each gets one of its own.
+    const auto gate = std::make_shared<QSemaphore>();
+    for (int i = 0; i < width; ++i)
+        start([gate] { gate->acquire(); });
+    gate->release(width);
+}
+
+} // namespace tidewick

@@ -1,0 +1,169 @@
+#include "tests/faults/FaultTest.h"
+#include "tests/support/TestText.h"
+#include "tests/support/WaitUntil.h"
+
+#include <QDir>
+
+#include <array>
+#include <vector>
+
+#include <fcntl.h>
+#include <sys/prctl.h>
+#include <sys/resource.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+using namespace tidewick;
+
+namespace
+{
+
+qsizetype openDescriptors()
+{
+    const auto everything = QDir::AllEntries | QDir::System | QDir::NoDotAndDotDot;
+    return QDir(QStringLiteral("/proc/self/fd")).entryList(everything).size();
+}
+
+/// While it lives, this process may have no more than so many of a resource.
+class Limit
+{
+public:
+    Limit(__rlimit_resource resource, rlim_t most) : m_resource(resource)
+    {
+        getrlimit(resource, &m_before);
+        const rlimit low{most, m_before.rlim_max};
+        setrlimit(resource, &low);
+    }
+    ~Limit() { setrlimit(m_resource, &m_before); }
+    Q_DISABLE_COPY_MOVE(Limit)
+
+private:
+    __rlimit_resource m_resource;
+    rlimit m_before{};
+};
+
+/// While it lives, this process may open `left` more descriptors.
+class FewDescriptors
+{
+public:
+    explicit FewDescriptors(int left)
+    {
+        for (int copy = 0; (copy = fcntl(STDIN_FILENO, F_DUPFD_CLOEXEC, 0)) >= 0;)
+            m_copies.push_back(copy);
+        for (; left > 0; --left) {
+            close(m_copies.back());
+            m_copies.pop_back();
+        }
+    }
+    ~FewDescriptors()
+    {
+        for (const int copy : m_copies)
+            close(copy);
+    }
+    Q_DISABLE_COPY_MOVE(FewDescriptors)
+
+private:
+    const Limit m_limit{RLIMIT_NOFILE, 300};
+    std::vector<int> m_copies;
+};
+
+/// While it lives, this process belongs to an ordinary user, whom limits hold, as they never hold
+/// root. Where it may not change, it stays as it is.
+class OrdinaryUser
+{
+public:
+    OrdinaryUser() { become(65534); }
+    ~OrdinaryUser() { become(0); }
+    Q_DISABLE_COPY_MOVE(OrdinaryUser)
+
+private:
+    static void become(uid_t user)
+    {
+        if (setresuid(user, user, 0) == 0)
+            prctl(PR_SET_DUMPABLE, 1); // or /proc/self is root's
+    }
+};
+
+bool canFork()
+{
+    const pid_t child = fork();
+    if (child == 0)
+        _exit(0);
+    if (child > 0)
+        waitpid(child, nullptr, 0);
+    return child > 0;
+}
+
+} // namespace
+
+TEST_F(FaultTest, scanWithoutDescriptorsFailsWithTheSystemsTextAndLeaksNone)
+{
+    const auto server = serve();
+    start();
+    ASSERT_TRUE(tellsTheTruthAbout(*server));
+    const qsizetype atFirst = openDescriptors();
+    int failures = 0;
+    for (int left = 0; left <= 12; ++left) {
+        {
+            const FewDescriptors few(left);
+            ASSERT_TRUE(refresh()) << left;
+        }
+        if (store->lastError()) {
+            ++failures;
+            EXPECT_TRUE(store->lastError()->endsWith(QStringLiteral("Too many open files")))
+                << store->lastError()->toStdString();
+        }
+        EXPECT_EQ(rowsOf(*server).size(), 1) << left;
+        ASSERT_TRUE(refresh());
+        EXPECT_TRUE(tellsTheTruthAbout(*server)) << left;
+        EXPECT_TRUE(waitUntil([&] { return openDescriptors() <= atFirst; })) << left;
+    }
+    EXPECT_GT(failures, 4);
+    EXPECT_LT(failures, 12);
+}
+
+TEST_F(FaultTest, overlappingScansAndAKillWithoutDescriptorsFailTogether)
+{
+    const auto server = serve();
+    start();
+    {
+        const FewDescriptors none(0);
+        for (int i = 0; i < 3; ++i)
+            store->refreshPorts();
+        EXPECT_EQ(kill(*server), false);
+    }
+    EXPECT_TRUE(server->isRunning());
+    ASSERT_TRUE(refresh());
+    EXPECT_TRUE(tellsTheTruthAbout(*server));
+    EXPECT_EQ(kill(*server), true);
+    ASSERT_TRUE(refresh());
+    EXPECT_TRUE(rowsOf(*server).isEmpty());
+}
+
+TEST_F(FaultTest, scanAndKillWithoutProcessesFailWithTheSystemsText)
+{
+    const OrdinaryUser user;
+    const auto server = serve();
+    start();
+    ASSERT_TRUE(tellsTheTruthAbout(*server));
+    {
+        const Limit none(RLIMIT_NPROC, 0);
+        if (canFork())
+            GTEST_SKIP() << "no limit holds this user";
+        for (int i = 0; i < 3; ++i)
+            store->refreshPorts();
+        ASSERT_TRUE(refresh());
+        ASSERT_TRUE(store->lastError());
+        EXPECT_TRUE(
+            store->lastError()->endsWith(QStringLiteral("Resource temporarily unavailable")))
+            << store->lastError()->toStdString();
+        EXPECT_EQ(rowsOf(*server).size(), 1);
+        EXPECT_EQ(kill(*server), false);
+    }
+    EXPECT_TRUE(server->isRunning());
+    ASSERT_TRUE(refresh());
+    EXPECT_TRUE(tellsTheTruthAbout(*server));
+    EXPECT_EQ(kill(*server), true);
+    ASSERT_TRUE(refresh());
+    EXPECT_TRUE(rowsOf(*server).isEmpty());
+}

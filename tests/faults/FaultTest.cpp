@@ -1,0 +1,106 @@
+#include "tests/faults/FaultTest.h"
+
+#include "scan/CurlHttpClient.h"
+#include "scan/ProcessToolRunner.h"
+#include "tests/support/WaitUntil.h"
+
+using namespace tidewick;
+
+namespace
+{
+
+constexpr int patienceMs = 20'000;
+
+} // namespace
+
+FaultTest::FaultTest()
+{
+    giveToOrdinaryUser(folder.path());
+}
+
+FaultTest::~FaultTest()
+{
+    store.reset();
+    pool.waitForDone();
+    QCoreApplication::processEvents(); // lets the awaiting coroutines end
+}
+
+SystemInterfaces FaultTest::realSystem()
+{
+    return {std::make_shared<ProcessToolRunner>(),
+            ToolTable::suppliedOverStock(QStringLiteral(SUPPLIED_TOOLS)),
+            std::make_shared<CurlHttpClient>()};
+}
+
+void FaultTest::start(std::optional<SystemInterfaces> system)
+{
+    store = std::make_unique<AppState>(system ? *std::move(system) : realSystem(), pool);
+    const_cast<QTimer *>(store->refreshTimer())->stop();
+    ASSERT_TRUE(waitUntil([this] { return store->isLoading(); }, patienceMs));
+    ASSERT_TRUE(waitUntil([this] { return !store->isLoading(); }, patienceMs));
+}
+
+bool FaultTest::refresh()
+{
+    bool hasEnded = false;
+    const QObject context;
+    QObject::connect(store.get(), &AppState::isLoadingChanged, &context,
+                     [&hasEnded](bool isLoading) { hasEnded = !isLoading; });
+    store->loadRunningPorts();
+    return waitUntil([&hasEnded] { return hasEnded; }, patienceMs);
+}
+
+std::optional<bool> FaultTest::kill(const ServerProgram &server)
+{
+    std::optional<bool> answer;
+    const auto await = [](AppState &state, QString pid, auto &result) -> QCoro::Task<> {
+        auto killing = state.killProcess(pid);
+        result = co_await killing;
+    };
+    const auto waiting = await(*store, QString::number(server.processId()), answer);
+    waitUntil([&answer] { return answer.has_value(); }, patienceMs);
+    return answer;
+}
+
+std::unique_ptr<ServerProgram> FaultTest::serve(int port)
+{
+    if (port == 0)
+        port = freePort();
+    auto server = std::make_unique<ServerProgram>(
+        QStringLiteral("/usr/bin/python3"),
+        QStringList{QStringLiteral("-m"), QStringLiteral("http.server"), QStringLiteral("--bind"),
+                    QStringLiteral("127.0.0.1"), QString::number(port)},
+        folder.path(), port);
+    EXPECT_TRUE(server->isUp());
+    return server;
+}
+
+QList<PortInfo> FaultTest::rowsOf(const ServerProgram &server) const
+{
+    QList<PortInfo> rows;
+    const QString pid = QString::number(server.processId());
+    for (const PortInfo &record : store->runningPorts()) {
+        if (record.pid() == pid)
+            rows.append(record);
+    }
+    return rows;
+}
+
+testing::AssertionResult FaultTest::tellsTheTruthAbout(const ServerProgram &server) const
+{
+    if (store->lastError())
+        return testing::AssertionFailure() << store->lastError()->toStdString();
+    const QList<PortInfo> rows = rowsOf(server);
+    if (rows.size() != 1)
+        return testing::AssertionFailure() << rows.size() << " rows";
+    const PortInfo &record = rows.first();
+    if (!record.fullCommand.contains(QStringLiteral("http.server")))
+        return testing::AssertionFailure() << "command " << record.fullCommand.toStdString();
+    if (record.memoryUsage <= 0)
+        return testing::AssertionFailure() << "no memory";
+    if (record.workingDirectory != folder.path())
+        return testing::AssertionFailure() << "folder " << record.workingDirectory.toStdString();
+    if (!record.isHttpAccessible)
+        return testing::AssertionFailure() << "no answer";
+    return testing::AssertionSuccess();
+}

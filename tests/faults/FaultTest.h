@@ -1,0 +1,45 @@
+#pragma once
+
+#include "state/AppState.h"
+#include "state/WorkerPool.h"
+#include "tests/support/ServerProgram.h"
+
+#include <gtest/gtest.h>
+
+#include <QTemporaryDir>
+
+#include <memory>
+#include <optional>
+
+/// A real store over the real tools, and real servers beside it. A test breaks something, sees what
+/// a scan makes of it, mends it, and sees that the next scan tells the truth.
+class FaultTest : public testing::Test
+{
+protected:
+    FaultTest();
+    ~FaultTest() override;
+
+    /// Makes the store, over other interfaces than the usual ones where they are given, and waits
+    /// for its first scan. Every other is the test's own: the timer stands still.
+    void start(std::optional<tidewick::SystemInterfaces> system = std::nullopt);
+
+    /// One whole scan and its publication; false where it does not end.
+    bool refresh();
+
+    /// What the store answers to a request to kill `server`; nothing where it does not.
+    std::optional<bool> kill(const ServerProgram &server);
+
+    /// A web server that the scan lists, on any port where that is 0.
+    std::unique_ptr<ServerProgram> serve(int port = 0);
+
+    /// The records of `server`: one, while the list is the truth.
+    QList<tidewick::PortInfo> rowsOf(const ServerProgram &server) const;
+    /// Whether a scan without an error has listed `server` with all that there is to know of it.
+    testing::AssertionResult tellsTheTruthAbout(const ServerProgram &server) const;
+
+    static tidewick::SystemInterfaces realSystem();
+
+    const QTemporaryDir folder;
+    tidewick::WorkerPool pool{8};
+    std::unique_ptr<tidewick::AppState> store;
+};
