@@ -2,6 +2,7 @@
 
 #include <QByteArray>
 #include <QList>
+#include <QString>
 
 #include <cstddef>
 #include <cstdint>
@@ -23,11 +24,36 @@ inline QByteArray bytesOf(const uint8_t *data, size_t size)
     return {reinterpret_cast<const char *>(data), static_cast<qsizetype>(size)};
 }
 
-/// The input cut at each NUL, as several texts in one; always at least `count` of them.
-inline QList<QByteArray> pieces(const uint8_t *data, size_t size, qsizetype count)
+/// The input cut at each NUL, or other byte, as several texts in one; at least `count` of them.
+inline QList<QByteArray> pieces(const uint8_t *data, size_t size, qsizetype count, char cut = '\0')
 {
-    QList<QByteArray> result = bytesOf(data, size).split('\0');
+    QList<QByteArray> result = bytesOf(data, size).split(cut);
     while (result.size() < count)
         result.append(QByteArray());
     return result;
+}
+
+/// ps counts days, hours, minutes and seconds of a process's life: a number beyond 64 bits cannot
+/// come from it, and ends the program.
+inline bool isBeyondAnyLife(const QByteArray &elapsed)
+{
+    int digits = 0;
+    for (const char character : elapsed) {
+        digits = character >= '0' && character <= '9' ? digits + 1 : 0;
+        if (digits > 9)
+            return true;
+    }
+    return false;
+}
+
+/// No character of it ends a line, moves the pen or hides what follows.
+inline bool isSingleLine(const QString &text)
+{
+    for (const QChar character : text) {
+        const auto category = character.category();
+        if (category == QChar::Other_Control || category == QChar::Other_Format ||
+            category == QChar::Separator_Line || category == QChar::Separator_Paragraph)
+            return false;
+    }
+    return true;
 }

@@ -1,4 +1,4 @@
-// A process writes its own command line.
+// A process writes its own name and command line, and listens where it likes.
 
 #include "scan/CommandMetadata.h"
 #include "scan/ServiceDetection.h"
@@ -7,20 +7,46 @@
 
 using namespace tidewick;
 
-extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
+namespace
 {
-    const QList<QByteArray> texts = pieces(data, size, 2);
-    const QString command = QString::fromUtf8(texts[0]);
-    const QString line = QString::fromUtf8(texts[1]);
+
+QString withCapitals(QString text)
+{
+    for (QChar &character : text) {
+        if (character >= QLatin1Char('a') && character <= QLatin1Char('z'))
+            character = QChar(character.unicode() - u'a' + u'A');
+    }
+    return text;
+}
+
+void checkMetadata(const QString &line, const QString &command)
+{
     const auto metadata = extractMetadata(line, command);
     for (auto fact = metadata.begin(); fact != metadata.end(); ++fact) {
         promise(fact.key() == QStringLiteral("framework") ||
                     fact.key() == QStringLiteral("script") ||
                     fact.key() == QStringLiteral("container"),
                 "the known keys only");
-        promise(fact.key() != QStringLiteral("script") || line.contains(fact.value()),
-                "a script is a word of the command line");
+        if (fact.key() == QStringLiteral("script"))
+            promise(line.split(QLatin1Char(' ')).contains(fact.value()),
+                    "a script is a word of the command line");
+        else
+            promise(!fact.value().isEmpty() && isSingleLine(fact.value()),
+                    "all other facts are names of ours");
     }
-    detectServiceType(static_cast<qint64>(size), command, line);
+}
+
+} // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
+{
+    const QList<QByteArray> texts = pieces(data, size, 3);
+    const QString command = QString::fromUtf8(texts[0]);
+    const QString line = QString::fromUtf8(texts[1]);
+    const qint64 port = parseInteger(QString::fromUtf8(texts[2])).value_or(41234);
+    checkMetadata(line, command);
+    promise(detectServiceType(port, command, line) ==
+                detectServiceType(port, withCapitals(command), withCapitals(line)),
+            "the case of a letter makes no other service");
     return 0;
 }

@@ -6,25 +6,9 @@
 #include "tests/support/RecordingHttpClient.h"
 #include "tests/support/RecordingToolRunner.h"
 
+#include <cmath>
+
 using namespace tidewick;
-
-namespace
-{
-
-/// ps counts days, hours, minutes and seconds of a process's life: a number beyond 64 bits cannot
-/// come from it, and ends the program.
-bool isBeyondAnyLife(const QByteArray &elapsed)
-{
-    int digits = 0;
-    for (const char character : elapsed) {
-        digits = character >= '0' && character <= '9' ? digits + 1 : 0;
-        if (digits > 9)
-            return true;
-    }
-    return false;
-}
-
-} // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
 {
@@ -48,6 +32,12 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
                 after.pid() == before.pid() && after.command() == before.command() &&
                 after.user() == before.user(),
             "what the scan found stays");
+    promise(texts[0].contains(after.fullCommand.toUtf8()), "a command line is what ps printed");
+    promise(std::isfinite(after.memoryUsage) && std::isfinite(after.cpuUsage), "loads are numbers");
+    promise(after.workingDirectory.isEmpty() ||
+                texts[3].contains('n' + after.workingDirectory.toUtf8()),
+            "a directory is what lsof printed");
+    promise(!after.workingDirectory.contains(QLatin1Char('\n')), "a directory is one line");
     promise(!after.startTime || after.startTime->isValid(), "a start time is a time");
     promise(!after.isHttpAccessible, "nothing answered");
     return 0;

@@ -1,5 +1,5 @@
 // A listener answers the probe with any head and any body: a text is a header line, until one is
-// empty; the rest is the body.
+// empty; the rest is the body. The input's size says how often the body comes.
 
 #include "scan/HttpProbe.h"
 #include "tests/fuzz/Fuzz.h"
@@ -14,14 +14,21 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
     response.status = 100 + static_cast<int>(size % 500);
     while (!texts.isEmpty() && !texts.first().isEmpty())
         response.headers.addLine(texts.takeFirst());
-    response.body = texts.join('\0').left(HttpResponse::bodyLimit);
+    response.body = texts.join('\0').repeated(qsizetype(size % 16)).left(HttpResponse::bodyLimit);
     const RecordingHttpClient client([&response](const HttpRequest &) { return response; });
     const ProbeResult result = probeHttpService(3000, client, {});
-    promise(result.isAccessible, "an answer is an answer");
-    promise(!result.serverInfo || !result.serverInfo->isEmpty(), "no empty server");
+    promise(result.isAccessible && result.statusCode == response.status, "an answer is an answer");
+    promise(!result.serverInfo ||
+                (!result.serverInfo->isEmpty() && isSingleLine(*result.serverInfo)),
+            "a server's name is one line, and never empty");
     for (const char *name : {"Server", "X-Powered-By", "server"}) {
         const auto value = response.headers.value(name);
-        promise(!value || !value->contains(QLatin1Char('\n')), "a header is one line");
+        promise(!value || isSingleLine(*value), "a header is one line");
+        promise(!value || (!value->startsWith(QLatin1Char(' ')) && *value == value->trimmed()) ||
+                    value->contains(QLatin1Char(',')),
+                "a header has no blanks around it");
     }
+    promise(response.headers.value("server") == response.headers.value("Server"),
+            "the case of a header's name does not matter");
     return 0;
 }

@@ -4,23 +4,40 @@
 #include "scan/ToolText.h"
 #include "tests/fuzz/Fuzz.h"
 
+#include <algorithm>
 #include <limits>
 
 using namespace tidewick;
+
+namespace
+{
+
+/// The columns that a record is made of stand in one line, where lsof prints them.
+bool isRow(QStringView line, const PortInfo &record)
+{
+    const auto columns = line.split(QLatin1Char(' '), Qt::SkipEmptyParts);
+    if (columns.size() < 9 || columns[0] != record.command() || columns[1] != record.pid() ||
+        columns[2] != record.user())
+        return false;
+    const auto colon = columns[8].lastIndexOf(QLatin1Char(':'));
+    return colon >= 0 && parseInteger(columns[8].sliced(colon + 1)) == record.port();
+}
+
+} // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
 {
     const auto text = decodeUtf8(bytesOf(data, size));
     if (!text)
         return 0;
+    const auto lines = splitLines(*text);
     qint64 last = std::numeric_limits<qint64>::min(); // lsof prints no sign, but one would be read
     for (const PortInfo &record : parsePortInfo(*text)) {
         promise(record.port() > last, "each port once, ascending");
         promise(record.address() == QStringLiteral("localhost"), "every address is localhost");
-        promise(text->contains(record.pid()) && text->contains(record.command()),
-                "process and name stand in the text");
-        promise(!record.pid().isEmpty() && !record.pid().contains(QLatin1Char(' ')),
-                "a process id is one word");
+        promise(std::any_of(lines.begin() + 1, lines.end(),
+                            [&record](QStringView line) { return isRow(line, record); }),
+                "a record is a whole row");
         isDevelopmentProcess(record);
         last = record.port();
     }

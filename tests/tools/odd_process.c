@@ -184,8 +184,8 @@ int main(int argc, char *argv[])
         } else if (!strcmp(verb, "busy")) {
             printf("\n");
             fflush(stdout);
-            for (volatile unsigned long i = 0;; ++i) {
-            }
+            for (volatile unsigned long turns = 0;;)
+                turns = turns + 1;
         }
         fflush(stdout);
     }

@@ -39,7 +39,10 @@ TEST_P(CardShadowAt, liesBelowTheCardAndFadesToNothing)
 
 TEST_P(CardShadowAt, isTheSameOnTheLeftAndOnTheRight)
 {
-    EXPECT_EQ(image, image.mirrored(true, false));
+    for (int y = 0; y < image.height(); ++y) {
+        for (int x = 0; x < image.width() / 2; ++x)
+            ASSERT_EQ(image.pixel(x, y), image.pixel(image.width() - 1 - x, y)) << x << ", " << y;
+    }
 }
 
 INSTANTIATE_TEST_SUITE_P(Scales, CardShadowAt, testing::Values(1.0, 1.5, 2.0));

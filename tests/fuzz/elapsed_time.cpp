@@ -1,0 +1,50 @@
+// ps prints how long a process has lived; any text may stand there.
+
+#include "scan/Enrichment.h"
+#include "tests/fuzz/Fuzz.h"
+#include "tools/ProcessCells.h"
+
+#include <QRegularExpression>
+
+#include <cmath>
+#include <cstring>
+
+using namespace tidewick;
+
+namespace
+{
+
+/// The seconds in a text of ps's own form; nothing for any other.
+std::optional<double> secondsIn(const QString &text)
+{
+    static const QRegularExpression form(
+        QStringLiteral("\\A(?:(?:([0-9]+)-)?([0-9]+):)?([0-9]+):([0-9]+)\\z"));
+    const auto match = form.match(text);
+    if (!match.hasMatch())
+        return std::nullopt;
+    const auto number = [&match](int group) {
+        return match.captured(group).toDouble();
+    };
+    return number(1) * 86400 + number(2) * 3600 + number(3) * 60 + number(4);
+}
+
+} // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
+{
+    const QByteArray bytes = bytesOf(data, size);
+    if (!isBeyondAnyLife(bytes)) {
+        const QString text = QString::fromUtf8(bytes);
+        const double seconds = parseElapsedTime(text);
+        promise(std::isfinite(seconds) && std::isfinite(parseHMS(text)), "a time is a number");
+        promise(seconds == secondsIn(text).value_or(seconds), "a time is the sum of its parts");
+    }
+    uint64_t life = 0;
+    std::memcpy(&life, data, std::min(size, sizeof life));
+    life %= 100'000'000'000; // some thousand years
+    const std::string printed = tools::elapsedText(life);
+    promise(printed.size() >= 11, "the column is eleven wide");
+    promise(parseElapsedTime(QString::fromStdString(printed).trimmed()) == double(life),
+            "what our ps prints is read back");
+    return 0;
+}

@@ -1,0 +1,139 @@
+// What /proc tells of a process, most of which the process may choose. Five texts, cut at the
+// record separator (0x1e): stat, status, the command line, the executable's path, a port.
+
+#include "scan/SocketScan.h"
+#include "scan/ToolText.h"
+#include "tests/fuzz/Fuzz.h"
+#include "tools/ProcessCells.h"
+#include "tools/SocketTable.h"
+
+#include <clocale>
+#include <cmath>
+
+#include <unistd.h>
+
+using namespace tidewick::tools;
+
+namespace
+{
+
+bool isPrintable(unsigned char byte)
+{
+    return byte >= 0x20 && byte < 0x7f;
+}
+
+bool isPrintable(std::string_view text)
+{
+    return std::all_of(text.begin(), text.end(), [](char c) { return isPrintable(uint8_t(c)); });
+}
+
+void checkStat(const std::string &text)
+{
+    if (const auto stat = parseStat(text)) {
+        promise(stat->comm.size() + 2 <= text.size(), "a name is a part of the text");
+        const double seconds = lifeTime(*stat, text, 100);
+        promise(std::isfinite(seconds) && seconds >= 0, "nothing starts after now");
+        promise(isPrintable(percentage(*stat, seconds, 100)) &&
+                    isPrintable(elapsedText(uint64_t(seconds))),
+                "cells are plain");
+    }
+    const std::string whole = "77 (" + text + ") S 42 0 0 0 0 0 0 0 0 0 31 12 0 0 20 0 1 0 5150 1";
+    const auto forged = parseStat(whole);
+    promise(forged && forged->comm == text && forged->state == 'S' && forged->parent == 42 &&
+                forged->userTime == 31 && forged->systemTime == 12 && forged->startTime == 5150,
+            "no name forges a field");
+}
+
+void checkStatus(const std::string &text)
+{
+    const auto value = statusValue(text, "VmRSS");
+    promise(!value || value->find('\n') == std::string_view::npos, "a value is one line");
+    promise(
+        !value || value->empty() ||
+            (value->find_first_of(" \t") != 0 && value->find_last_of(" \t") != value->size() - 1),
+        "a value has no blanks around it");
+    const std::string cell = residentCell(text);
+    promise(cell.size() >= 5 && cell.find_first_not_of("0123456789 ") == std::string::npos,
+            "a size is a number");
+}
+
+/// A text as ps and lsof print it in the locale of now, which is UTF-8 or not.
+void checkPrinted(const std::string &text, bool isUtf8)
+{
+    for (const std::string &printed : {escapeText(joinArguments(text)), escapePath(text)}) {
+        for (const char c : printed) {
+            const auto byte = uint8_t(c);
+            promise(isPrintable(byte) || (isUtf8 && byte >= 0x80), "what is printed is plain");
+        }
+        promise(tidewick::decodeUtf8(QByteArray::fromStdString(printed)).has_value(),
+                "what is printed is read");
+    }
+}
+
+void checkLocales(const std::string &text)
+{
+    static const locale_t plain = newlocale(LC_CTYPE_MASK, "C", nullptr);
+    static const locale_t utf8 = newlocale(LC_CTYPE_MASK, "C.UTF-8", nullptr);
+    uselocale(plain);
+    checkPrinted(text, false);
+    uselocale(utf8);
+    checkPrinted(text, true);
+    uselocale(LC_GLOBAL_LOCALE);
+}
+
+void checkName(const std::string &name)
+{
+    const std::string word = escapeWord(name);
+    promise(isPrintable(word) && word.find(' ') == std::string::npos, "a word is one word");
+    std::string plain;
+    for (size_t i = 0; i < word.size(); ++i) {
+        plain += word[i] == '\\' ? char(std::stoi(word.substr(i + 2, 2), nullptr, 16)) : word[i];
+        i += word[i] == '\\' ? 3 : 0;
+    }
+    promise(plain == name, "a word can be read back");
+    const tidewick::PortInfo record(1, QStringLiteral("1"), QString::fromStdString(word),
+                                    QStringLiteral("root"), QStringLiteral("localhost"));
+    promise(isKnownName(name) == tidewick::isDevelopmentProcess(record),
+            "the names that are looked for are those that are kept");
+}
+
+void checkPort(const std::string &text, uint16_t port)
+{
+    const std::string digits = std::to_string(port);
+    promise(holdsPort(text + " --port " + digits, port), "a whole number is found");
+    promise(!holdsPort(text, port) || text.find(digits) != std::string::npos,
+            "a port that is found is there");
+    ListeningSocket socket;
+    socket.port = port;
+    const auto arguments = splitArguments(text);
+    promise(matchDockerProxy(arguments, socket) == ProxyMatch::none ||
+                text.find("host-port") != std::string::npos,
+            "no proxy without a port");
+}
+
+} // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
+{
+    const QList<QByteArray> texts = pieces(data, size, 5, '\x1e');
+    checkStat(texts[0].toStdString());
+    checkStatus(texts[1].toStdString());
+
+    const std::string line = texts[2].toStdString();
+    std::string joined;
+    const auto arguments = splitArguments(line);
+    for (const std::string_view argument : arguments)
+        joined += std::string(argument) + '\0';
+    promise(joined == line || joined == line + '\0', "the arguments are all there");
+    checkLocales(line);
+
+    const std::string path = texts[3].toStdString();
+    checkLocales(path);
+    for (const bool isReallyThere : {false, true})
+        checkName(programName(path, isReallyThere, arguments));
+    checkName(hiddenProgramName(arguments, path));
+    promise(socketInode("socket:[" + path + ']') == parseNumber(path).value_or(0),
+            "a socket is a number");
+    checkPort(line, uint16_t(texts[4].toUInt()));
+    return 0;
+}
