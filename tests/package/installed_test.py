@@ -1,5 +1,5 @@
-"""The installed package from the first start to the purge: in the tree TREE, which lies below /srv
-as two versions, and of which 0.0.9 is installed. The desktop and the servers are outside."""
+"""The installed package from the first start to the purge, in the tree TREE: an older version than
+its package source offers is installed there. The desktop and the servers are outside."""
 
 import os
 import subprocess
@@ -84,7 +84,7 @@ class InstalledTest(panel_case.PanelCase):
         desktop.screenshot("package-cards")
         self.switch_launch_at_login()
 
-        apt("install", "/srv/tidewick-0.1.0.deb")
+        apt("install", "tidewick")
         self.assertFalse(self.runs_installed())
         servers.append(self.serve("wiki"))
         desktop.wait_until(lambda: self.item.count() == 3, 8, "a card more after the upgrade")
@@ -103,7 +103,7 @@ class InstalledTest(panel_case.PanelCase):
         self.quit()
         after_removal = files()
 
-        apt("install", "/srv/tidewick-0.1.0.deb")
+        apt("install", "tidewick")
         self.assertEqual(files(), with_package)
         apt("purge", "tidewick")
         self.assertEqual(files(), after_removal)
