@@ -1,3 +1,4 @@
+# shellcheck shell=bash
 # throw_away_tree.bash - for the scripts of tests that install packages: file systems in which
 # anything may be done, since nothing of it stays. Sourced, by a script that root calls.
 
@@ -7,8 +8,8 @@ skip() {
     exit 77
 }
 
-# apart SCRIPT ARG... - goes on as "SCRIPT --inside ARG...", with mounts and processes of its own: all
-# of them end with the script.
+# apart SCRIPT ARG... - goes on as "SCRIPT --inside ARG...", with mounts and processes of its own:
+# all of them end with the script.
 apart() {
     [[ $EUID -eq 0 ]] || skip "only root can make a throw-away file system"
     unshare --mount --pid --fork --mount-proc true 2>/dev/null ||
