@@ -64,7 +64,7 @@ class InstalledTest(panel_case.PanelCase):
         window = desktop.wait_until(lambda: desktop.windows_called("Tidewick Settings$"), 5,
                                     "the settings")[0]
         subprocess.run(["xdotool", "windowfocus", "--sync", window, "key", "space"], check=True)
-        desktop.wait_until(lambda: os.path.exists(self.login_item), 3, "the login item")
+        desktop.wait_until(lambda: os.path.exists(self.login_item), 10, "the login item")
         subprocess.run(["xdotool", "key", "Escape"], check=True)
 
     def wait_for_failed_check(self):
@@ -80,7 +80,7 @@ class InstalledTest(panel_case.PanelCase):
         servers = [self.serve("shop"), self.serve("blog")]
         panel = self.launch(2)
         for server, project in zip(servers, ("shop", "blog")):
-            self.assertIn(project, self.card(panel, server).texts())
+            self.assertIn(project, self.card(panel, server, 10).texts())
         desktop.screenshot("package-cards")
         self.switch_launch_at_login()
 
