@@ -75,19 +75,21 @@ class Element:
         assert self._it.do_action(0), self.name()
 
 
+def windows():
+    """The program's windows that are on the screen, all of which are called like it."""
+    root = Atspi.get_desktop(0)
+    for index in range(root.get_child_count()):
+        program = root.get_child_at_index(index)
+        if program and program.get_name().lower() == "tidewick":
+            program.set_cache_mask(Atspi.Cache.NONE)
+            return [one for one in Element(program).children()
+                    if one.name() == "Tidewick" and one.is_("showing")]
+    return []
+
+
 def panel():
     """The open panel; waits for it."""
-    def window():
-        root = Atspi.get_desktop(0)
-        for index in range(root.get_child_count()):
-            program = root.get_child_at_index(index)
-            if program and program.get_name().lower() == "tidewick":
-                program.set_cache_mask(Atspi.Cache.NONE)
-                windows = [one for one in Element(program).children()
-                           if one.name() == "Tidewick" and one.is_("showing")]
-                return windows and windows[0]
-        return None
-    return wait_until(window, 10, "the panel on the accessibility bus")
+    return wait_until(windows, 10, "the panel on the accessibility bus")[0]
 
 
 def find(within, role, name, seconds=3):
