@@ -18,6 +18,12 @@ using namespace tidewick;
 namespace
 {
 
+#ifdef __SANITIZE_ADDRESS__
+constexpr bool isSanitized = true;
+#else
+constexpr bool isSanitized = false;
+#endif
+
 qsizetype openDescriptors()
 {
     const auto everything = QDir::AllEntries | QDir::System | QDir::NoDotAndDotDot;
@@ -96,8 +102,14 @@ bool canFork()
 
 } // namespace
 
+// NOLINTNEXTLINE(cppcoreguidelines-macro-usage): GTEST_SKIP returns from the test
+#define NEEDS_NO_DESCRIPTORS_ITSELF()                                                              \
+    if (isSanitized)                                                                               \
+    GTEST_SKIP() << "the sanitizer takes a pointer for wrong where it may open no pipe"
+
 TEST_F(FaultTest, scanWithoutDescriptorsFailsWithTheSystemsTextAndLeaksNone)
 {
+    NEEDS_NO_DESCRIPTORS_ITSELF();
     const auto server = serve();
     start();
     ASSERT_TRUE(tellsTheTruthAbout(*server));
@@ -124,6 +136,7 @@ TEST_F(FaultTest, scanWithoutDescriptorsFailsWithTheSystemsTextAndLeaksNone)
 
 TEST_F(FaultTest, overlappingScansAndAKillWithoutDescriptorsFailTogether)
 {
+    NEEDS_NO_DESCRIPTORS_ITSELF();
     const auto server = serve();
     start();
     {
@@ -135,7 +148,7 @@ TEST_F(FaultTest, overlappingScansAndAKillWithoutDescriptorsFailTogether)
     EXPECT_TRUE(server->isRunning());
     ASSERT_TRUE(refresh());
     EXPECT_TRUE(tellsTheTruthAbout(*server));
-    EXPECT_EQ(kill(*server), true);
+    EXPECT_TRUE(killEnds(*server));
     ASSERT_TRUE(refresh());
     EXPECT_TRUE(rowsOf(*server).isEmpty());
 }
@@ -163,7 +176,7 @@ TEST_F(FaultTest, scanAndKillWithoutProcessesFailWithTheSystemsText)
     EXPECT_TRUE(server->isRunning());
     ASSERT_TRUE(refresh());
     EXPECT_TRUE(tellsTheTruthAbout(*server));
-    EXPECT_EQ(kill(*server), true);
+    EXPECT_TRUE(killEnds(*server));
     ASSERT_TRUE(refresh());
     EXPECT_TRUE(rowsOf(*server).isEmpty());
 }

@@ -62,6 +62,11 @@ std::optional<bool> FaultTest::kill(const ServerProgram &server)
     return answer;
 }
 
+bool FaultTest::killEnds(ServerProgram &server)
+{
+    return kill(server) == true && waitUntil([&server] { return !server.isRunning(); }, patienceMs);
+}
+
 std::unique_ptr<ServerProgram> FaultTest::serve(int port)
 {
     if (port == 0)

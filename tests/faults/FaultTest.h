@@ -28,6 +28,8 @@ protected:
 
     /// What the store answers to a request to kill `server`; nothing where it does not.
     std::optional<bool> kill(const ServerProgram &server);
+    /// Whether the store tells that it killed `server`, and it ends.
+    bool killEnds(ServerProgram &server);
 
     /// A web server that the scan lists, on any port where that is 0.
     std::unique_ptr<ServerProgram> serve(int port = 0);

@@ -28,7 +28,7 @@ protected:
         if (unshare(CLONE_NEWNS) != 0 ||
             mount("none", "/", nullptr, MS_REC | MS_PRIVATE, nullptr) != 0 ||
             mount("none", QFile::encodeName(home.path()).constData(), "tmpfs", 0, "size=64k") != 0)
-            GTEST_SKIP() << "no disk may be mounted here: " << strerror(errno);
+            GTEST_SKIP() << "no disk may be mounted here: " << qt_error_string(errno).toStdString();
         qputenv("XDG_CONFIG_HOME", home.path().toUtf8());
         qputenv("XDG_CONFIG_DIRS", "/nowhere");
     }

@@ -50,13 +50,12 @@ public:
     {
         auto tools =
             std::make_shared<RecordingToolRunner>([this](const auto &call, const auto &stop) {
-                const ToolResult result =
-                    ProcessToolRunner().run(call.program, call.arguments, stop);
+                ToolResult result = ProcessToolRunner().run(call.program, call.arguments, stop);
                 step();
                 return result;
             });
         auto http = std::make_shared<RecordingHttpClient>([this](const HttpRequest &request) {
-            const HttpOutcome outcome = CurlHttpClient().send(request, {});
+            HttpOutcome outcome = CurlHttpClient().send(request, {});
             step();
             return outcome;
         });
