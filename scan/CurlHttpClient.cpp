@@ -264,6 +264,10 @@ int errorCode(CURLcode code)
     case CURLE_RECV_ERROR:
     case CURLE_PARTIAL_FILE:
         return HttpError::connectionLost;
+#if LIBCURL_VERSION_NUM >= 0x080600
+    case CURLE_TOO_LARGE: // a limit of its own: the number of header lines
+        return HttpError::headersTooLong;
+#endif
     case CURLE_UNSUPPORTED_PROTOCOL:
     case CURLE_WEIRD_SERVER_REPLY:
         return HttpError::badServerResponse;

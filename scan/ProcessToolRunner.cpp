@@ -70,8 +70,9 @@ ToolResult ProcessToolRunner::run(const QString &program, const QStringList &arg
 
     child.closeReadChannel(QProcess::StandardError); // drained from here on, and thrown away
     const ChildHandle handle(child.processId());
-    if (!handle.isValid()) {
-        const int reason = errno;
+    const int reason = handle.isValid() ? 0 : errno;
+    // Where Qt has already reaped a quick child there is none to kill any more.
+    if (!handle.isValid() && reason != ESRCH) {
         child.kill();
         child.waitForFinished(-1);
         throw ToolStartError(program + QStringLiteral(": ") + qt_error_string(reason));
