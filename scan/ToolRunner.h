@@ -43,9 +43,9 @@ public:
 
     /// Starts `program` (an absolute path) with exactly `arguments`, never through a shell, waits
     /// for its exit and then returns its standard output, to the end or to a limit far beyond what
-    /// any tool has to say. Blocks the calling thread without a limit of time; callable from several
-    /// threads at once. A stop request, before or during the run, kills the child at once, and the
-    /// result is then worthless. Throws ToolStartError.
+    /// any tool has to say. Blocks the calling thread without a limit of time; callable from
+    /// several threads at once. A stop request, before or during the run, kills the child at once,
+    /// and the result is then worthless. Throws ToolStartError.
     virtual ToolResult run(const QString &program, const QStringList &arguments,
                            const std::stop_token &stop) const = 0;
 };
