@@ -11,6 +11,7 @@
 #include "scan/CurlHttpClient.h"
 #include "scan/ProcessToolRunner.h"
 #include "state/AppState.h"
+#include "state/WorkerPool.h"
 #include "tests/support/Holdings.h"
 #include "tests/support/WaitUntil.h"
 
@@ -21,7 +22,6 @@
 #include <QFile>
 #include <QProcess>
 #include <QTemporaryDir>
-#include <QThreadPool>
 
 #include <algorithm>
 #include <cstdio>
@@ -116,7 +116,6 @@ class Store
 public:
     explicit Store(const ToolTable &tools)
     {
-        m_pool.setMaxThreadCount(poolWidth);
         m_state.emplace(SystemInterfaces{std::make_shared<ProcessToolRunner>(), tools,
                                          std::make_shared<CurlHttpClient>()},
                         m_pool);
@@ -136,7 +135,7 @@ public:
     }
 
 private:
-    QThreadPool m_pool;
+    WorkerPool m_pool{poolWidth};
     std::optional<AppState> m_state;
 };
 

@@ -8,6 +8,7 @@
 #include "scan/CurlHttpClient.h"
 #include "scan/ProcessToolRunner.h"
 #include "state/AppState.h"
+#include "state/WorkerPool.h"
 #include "tests/support/Holdings.h"
 #include "tests/support/ServerProgram.h"
 #include "tests/support/WaitUntil.h"
@@ -16,7 +17,6 @@
 
 #include <QCoreApplication>
 #include <QElapsedTimer>
-#include <QThreadPool>
 #include <QTimer>
 
 #include <algorithm>
@@ -251,8 +251,7 @@ int main(int argc, char *argv[])
     const int refreshes = argc > 1 ? std::max(1, QByteArray(argv[1]).toInt()) : 300;
     const ToolTable tools = argc > 2 ? ToolTable::suppliedOverStock(QString::fromLocal8Bit(argv[2]))
                                      : ToolTable::stock();
-    QThreadPool pool;
-    pool.setMaxThreadCount(8);
+    WorkerPool pool(8);
     AppState state(
         {std::make_shared<ProcessToolRunner>(), tools, std::make_shared<CurlHttpClient>()}, pool);
     const Schedule schedule(state);
