@@ -79,6 +79,23 @@ void PackageKitTransaction::begin(const QDBusMessage &created)
         deliver(UpdateFailure{UpdateError::other, {}});
         return;
     }
+    if (!m_owner.isEmpty()) {
+        run();
+        return;
+    }
+    // Newer Qt keeps a reply's sender to itself.
+    QDBusMessage question = QDBusMessage::createMethodCall(
+        QStringLiteral("org.freedesktop.DBus"), QStringLiteral("/org/freedesktop/DBus"),
+        QStringLiteral("org.freedesktop.DBus"), QStringLiteral("GetNameOwner"));
+    question << QString(packagekit::service);
+    send(question, [this](const QDBusMessage &answer) {
+        m_owner = answer.arguments().value(0).toString();
+        run();
+    });
+}
+
+void PackageKitTransaction::run()
+{
     listen();
     setHints();
     QDBusMessage call = transactionCall(m_call.method);

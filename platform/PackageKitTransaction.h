@@ -116,6 +116,7 @@ private Q_SLOTS:
 
 private:
     void begin(const QDBusMessage &created);
+    void run();
     void listen();
     void setHints();
     QDBusMessage transactionCall(const QString &method) const;
