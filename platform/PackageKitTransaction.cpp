@@ -69,10 +69,6 @@ PackageKitTransaction::~PackageKitTransaction()
 
 void PackageKitTransaction::begin(const QDBusMessage &created)
 {
-    if (m_isCancelled) {
-        deliver(UpdateFailure{UpdateError::cancelled, {}});
-        return;
-    }
     m_path = created.arguments().value(0).value<QDBusObjectPath>().path();
     m_owner = created.service();
     if (m_path.isEmpty()) {
@@ -96,6 +92,10 @@ void PackageKitTransaction::begin(const QDBusMessage &created)
 
 void PackageKitTransaction::run()
 {
+    if (m_isCancelled) {
+        deliver(UpdateFailure{UpdateError::cancelled, {}});
+        return;
+    }
     listen();
     setHints();
     QDBusMessage call = transactionCall(m_call.method);
@@ -169,7 +169,7 @@ void PackageKitTransaction::send(const QDBusMessage &message,
 void PackageKitTransaction::cancel()
 {
     m_isCancelled = true;
-    if (!m_path.isEmpty() && !m_hasEnded)
+    if (!m_owner.isEmpty() && !m_hasEnded)
         m_bus.asyncCall(transactionCall(QStringLiteral("Cancel")));
 }
 
