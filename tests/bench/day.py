@@ -1,6 +1,6 @@
-"""day.py: what the program costs somebody's working day: the processor time of a minute, all that it
-starts included, and its memory, beside the demo's servers on a virtual desktop. Called by scripts/bench, in a
-network of its own."""
+"""day.py: what the program costs somebody's working day: its share of a processor, all that it
+starts included, and its memory, beside the demo's servers on a virtual desktop. Called by
+scripts/bench, in a network of its own."""
 
 import os
 import sys

@@ -1,6 +1,6 @@
 """animation.py FILE.gif: films a panel that is opened, a card that is expanded, a server that is
-killed, with real clicks beside real servers. Called by scripts/screenshots on a virtual desktop, in a
-network of its own."""
+killed, with real clicks beside real servers. Called by scripts/screenshots on a virtual desktop,
+in a network of its own."""
 
 import subprocess
 import sys

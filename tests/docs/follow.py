@@ -1,7 +1,7 @@
 """follow.py [--all]: follows the links of the project's pages, and runs the commands of README.md
 and CONTRIBUTING.md as they are written. Those that take long, or change this machine, are run by
-what `ELSEWHERE` names; --all runs here what can be run here. Prints each failure; exits 1 where there
-is one. Called by scripts/check-docs."""
+what the tables below name; --all runs here what can be run here. Prints each failure; exits 1
+where there is one. Called by scripts/check-docs."""
 
 import os
 import re
@@ -32,6 +32,7 @@ IN_CI = {
     "scripts/test": "scripts/test",
     "make test": "scripts/test",
     "PRESET=asan scripts/test": "PRESET=asan scripts/test",
+    "PRESET=tsan scripts/test": "PRESET=tsan scripts/test",
     "make lint": "scripts/lint",
     "make fuzz": "scripts/fuzz",
     "make package": "scripts/check-package",
@@ -43,9 +44,11 @@ IN_A_TEST = {
     "sudo apt install ./build/release/packages/tidewick_*.deb": "tests/package",
     "sudo apt purge tidewick": "tests/package",
     "make soak": "tests/soak/CMakeLists.txt",
+    "make load": "tests/load/CMakeLists.txt",
 }
 # Minutes of work: with --all.
-LONG = ["make bench", "make screenshots", "scripts/try-servers", "scripts/check-package --twice"]
+LONG = ["make bench", "make screenshots", "scripts/try-servers", "scripts/newer-qt",
+        "scripts/check-package --twice"]
 SELF = [".ci/run"]
 PLACEHOLDERS = ["scripts/test -R Name"]
 
