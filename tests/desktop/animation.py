@@ -87,7 +87,6 @@ class Film:
         desktop.click(x, y)
 
     def press(self, card, name):
-        accessible.wait_until_still(accessible.find(card(), "push button", name))
         x, y, width, height = accessible.find(card(), "push button", name).box()
         self.click(x + width // 2, y + height // 2)
 
@@ -98,7 +97,7 @@ class Film:
         sheet = Image.new("RGB", (self._size[0], self._size[1] * len(some)))
         for number, frame in enumerate(some):
             sheet.paste(frame, (0, self._size[1] * number))
-        colours = sheet.quantize(COLOURS, method=Image.Quantize.MAXCOVERAGE)
+        colours = sheet.quantize(COLOURS, method=Image.Quantize.FASTOCTREE)
         ends = [since for _, since in self._frames[1:]] + [self._frames[-1][1] + LAST]
         first, *others = [frame.quantize(palette=colours, dither=Image.Dither.NONE)
                           for frame in frames]
@@ -135,7 +134,7 @@ with demo() as count:
         film.press(lambda: card(panel, "api"), "Hide details")
         time.sleep(1)
         film.press(lambda: card(panel, "docs"), "Stop service")
-        time.sleep(0.8)
+        time.sleep(0.4)
         film.press(lambda: card(panel, "docs"), "Kill port")
         desktop.wait_until(lambda: item.count() == count - 1, 10, "the end of the server")
         film.point(*START)
