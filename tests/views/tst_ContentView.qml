@@ -347,15 +347,12 @@ TestCase {
     function test_pointerMarksNoCard() {
         show([shop, api]);
         press(1, "stop");
-        tryVerify(() => findChild(card(1), "cancel").activeFocus);
-        wait(0);
-        verify(findChild(card(1), "cancel").activeFocus, "it keeps the focus");
+        tryVerify(() => card(1).isTabStop && findChild(card(1), "cancel").activeFocus);
         compare(findChild(card(1), "surface").border.width, 1);
         machine.listen([shop]);
         press(1, "confirm");
         tryCompare(findChild(view, "cards"), "count", 1);
-        wait(0);
-        verify(!card(0).activeFocus);
+        tryVerify(() => !card(0).activeFocus);
         compare(findChild(card(0), "surface").border.width, 1);
     }
 
