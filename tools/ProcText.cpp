@@ -386,7 +386,7 @@ bool isKnownName(std::string_view name)
                                                     "redis-server", "deno",     "bun"};
     constexpr std::array<std::string_view, 7> parts{"python", "ruby",   "php", "docker",
                                                     "java",   "dotnet", "go"};
-    const std::string lower = lowerCase(name);
+    const std::string lower = lowerCase(escapeWord(name));
     return std::find(whole.begin(), whole.end(), lower) != whole.end() ||
            std::any_of(parts.begin(), parts.end(), [&lower](std::string_view part) {
                return lower.find(part) != std::string::npos;

@@ -70,7 +70,7 @@ std::string_view firstWord(std::string_view text);
 
 /// One name for the spellings of one program: "nodejs" is node, ".ruby-wrapped" is ruby.
 std::string foldName(std::string_view name);
-/// Whether the application keeps a listener of that name.
+/// Whether the application keeps a listener of that name, which it reads as escapeWord wrote it.
 bool isKnownName(std::string_view name);
 /// What the link /proc/PID/exe names, ` (deleted)` taken off unless it `isReallyThere`; for the
 /// dynamic loader the program that it was asked to run.

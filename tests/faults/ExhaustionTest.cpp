@@ -144,6 +144,7 @@ TEST_F(FaultTest, overlappingScansAndAKillWithoutDescriptorsFailTogether)
         for (int i = 0; i < 3; ++i)
             store->refreshPorts();
         EXPECT_EQ(kill(*server), false);
+        endEveryScan();
     }
     EXPECT_TRUE(server->isRunning());
     ASSERT_TRUE(refresh());
@@ -166,6 +167,7 @@ TEST_F(FaultTest, scanAndKillWithoutProcessesFailWithTheSystemsText)
         for (int i = 0; i < 3; ++i)
             store->refreshPorts();
         ASSERT_TRUE(refresh());
+        endEveryScan();
         ASSERT_TRUE(store->lastError());
         EXPECT_TRUE(
             store->lastError()->endsWith(QStringLiteral("Resource temporarily unavailable")))

@@ -50,6 +50,12 @@ bool FaultTest::refresh()
     return waitUntil([&hasEnded] { return hasEnded; }, patienceMs);
 }
 
+void FaultTest::endEveryScan()
+{
+    ASSERT_TRUE(waitUntil([this] { return pool.activeThreadCount() == 0; }, patienceMs));
+    QCoreApplication::processEvents();
+}
+
 std::optional<bool> FaultTest::kill(const ServerProgram &server)
 {
     std::optional<bool> answer;

@@ -25,6 +25,8 @@ protected:
 
     /// One whole scan and its publication; false where it does not end.
     bool refresh();
+    /// Waits for the scans that overlap, and their publication.
+    void endEveryScan();
 
     /// What the store answers to a request to kill `server`; nothing where it does not.
     std::optional<bool> kill(const ServerProgram &server);

@@ -264,8 +264,11 @@ TEST(ProcText, theKnownNamesAreThoseThatAreKept)
                                    "nginx",
                                    "sh",
                                    "",
-                                   "DOTNET.exe"}) {
-        const tidewick::PortInfo record(1, QStringLiteral("1"), QString::fromLatin1(name),
+                                   "DOTNET.exe",
+                                   "\x9d"
+                                   "ocker"}) {
+        const tidewick::PortInfo record(1, QStringLiteral("1"),
+                                        QString::fromStdString(escapeWord(name)),
                                         QStringLiteral("root"), QStringLiteral("localhost"));
         EXPECT_EQ(isKnownName(name), isDevelopmentProcess(record)) << name;
     }
