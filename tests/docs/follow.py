@@ -3,6 +3,7 @@ and CONTRIBUTING.md as they are written. Those that take long, or change this ma
 what the tables below name; --all runs here what can be run here. Prints each failure; exits 1
 where there is one. Called by scripts/check-docs."""
 
+import glob
 import os
 import re
 import signal
@@ -41,8 +42,8 @@ IN_CI = {
 }
 # What a test runs in its own way, by its file.
 IN_A_TEST = {
-    "sudo apt install ./build/release/packages/tidewick_*.deb": "tests/package",
-    "sudo apt purge tidewick": "tests/package",
+    "sudo apt install ./build/release/packages/tidewick_*.deb": "tests/package/installed_test.py",
+    "sudo apt purge tidewick": "tests/package/installed_test.py",
     "make soak": "tests/soak/CMakeLists.txt",
     "make load": "tests/load/CMakeLists.txt",
 }
@@ -161,6 +162,9 @@ def try_command(command, is_all):
     if command in LONG or re.match(r"(scripts/test -R|cmake --install)", command):
         with tempfile.TemporaryDirectory() as home:
             check(run(command, env={**os.environ, "HOME": home}), command)
+            for service in glob.glob(f"{home}/.local/share/dbus-1/services/*"):
+                program = re.search("^Exec=(.*)$", read(service), flags=re.MULTILINE)[1]
+                check(os.access(program, os.X_OK), f"{command}: the menu starts {program}")
         return "run"
     return None
 

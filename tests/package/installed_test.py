@@ -1,7 +1,9 @@
 """The installed package from the first start to the purge, in the tree TREE: an older version than
-its package source offers is installed there. The desktop and the servers are outside."""
+PACKAGE, which its package source offers, is installed there. The desktop and the servers are outside."""
 
 import os
+import re
+import shutil
 import subprocess
 import unittest
 
@@ -11,6 +13,7 @@ import panel_case
 import settings_test
 
 TREE = os.environ["TREE"]
+README = os.path.join(os.path.dirname(__file__), "../../README.md")
 # What apt and dpkg keep of themselves, and what is no part of the tree.
 OTHERS = ("/proc", "/dev", "/run", "/tmp", "/var/cache/apt", "/var/lib/apt", "/var/log")
 
@@ -23,7 +26,17 @@ def in_tree(*command):
 
 
 def apt(*arguments):
-    in_tree("apt-get", "-q", "-y", "--no-install-recommends", *arguments)
+    in_tree("apt-get", *arguments)
+
+
+def as_the_readme_says(verb):
+    """Runs the README's line for that verb of apt, in a folder where the package was built."""
+    packages = TREE + "/tmp/checkout/build/release/packages"
+    os.makedirs(packages, exist_ok=True)
+    shutil.copy(os.environ["PACKAGE"], packages)
+    with open(README, encoding="utf-8") as readme:
+        line = re.search(rf"^sudo (apt {verb} .*)$", readme.read(), flags=re.MULTILINE)[1]
+    in_tree("sh", "-c", "cd /tmp/checkout && " + line)
 
 
 def share(folder):
@@ -103,9 +116,9 @@ class InstalledTest(panel_case.PanelCase):
         self.quit()
         after_removal = files()
 
-        apt("install", "tidewick")
+        as_the_readme_says("install")
         self.assertEqual(files(), with_package)
-        apt("purge", "tidewick")
+        as_the_readme_says("purge")
         self.assertEqual(files(), after_removal)
         apt("purge", "--autoremove", "lsof")
         with open(TREE + "/tmp/fresh", encoding="utf-8") as fresh:

@@ -265,8 +265,7 @@ TEST(ProcText, theKnownNamesAreThoseThatAreKept)
                                    "sh",
                                    "",
                                    "DOTNET.exe",
-                                   "\x9d"
-                                   "ocker"}) {
+                                   "\235ocker"}) {
         const tidewick::PortInfo record(1, QStringLiteral("1"),
                                         QString::fromStdString(escapeWord(name)),
                                         QStringLiteral("root"), QStringLiteral("localhost"));
