@@ -14,7 +14,7 @@ import desktop
 from showcase import demo
 
 FILE = sys.argv[1]
-START = (150, 480)  # where the pointer comes from
+START = (40, 480)  # where the pointer comes from
 STEP = 8            # pixels that the pointer moves in a fiftieth of a second, about
 FRAME = 1 / 15      # seconds between two frames, at least
 LAST = 2.5          # seconds that the last frame stays
@@ -120,6 +120,8 @@ def card(panel, text):
         10, text)
 
 
+# As a desktop has one, in a colour on which panel and icon stand out.
+subprocess.run(["xsetroot", "-solid", "#3a5068"], check=True)
 with demo() as count:
     program = desktop.start_program(**accessible.ENVIRONMENT)
     item = desktop.StatusItem()
