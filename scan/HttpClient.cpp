@@ -1,5 +1,6 @@
 #include "scan/HttpClient.h"
 
+#include "model/VisibleText.h"
 #include "scan/ToolText.h"
 
 #include <QStringList>
@@ -9,27 +10,10 @@ namespace tidewick
 namespace
 {
 
-bool isInvisible(QChar character)
-{
-    switch (character.category()) {
-    case QChar::Other_Control:
-    case QChar::Other_Format:
-    case QChar::Separator_Line:
-    case QChar::Separator_Paragraph:
-        return true;
-    default:
-        return false;
-    }
-}
-
 QString singleLineText(QByteArrayView bytes)
 {
-    QString text = decodeUtf8(bytes.toByteArray()).value_or(QString::fromLatin1(bytes));
-    for (QChar &character : text) {
-        if (isInvisible(character))
-            character = u' ';
-    }
-    return text.trimmed();
+    return visibleText(decodeUtf8(bytes.toByteArray()).value_or(QString::fromLatin1(bytes)))
+        .trimmed();
 }
 
 } // namespace

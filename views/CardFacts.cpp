@@ -1,6 +1,7 @@
 #include "views/CardFacts.h"
 
 #include "model/Paths.h"
+#include "model/VisibleText.h"
 #include "views/Formats.h"
 #include "views/PortListModel.h"
 
@@ -9,11 +10,13 @@ namespace tidewick
 namespace
 {
 
-/// No file's name is longer, but a process may claim one of 128 KB, and laying that out takes long.
+/// One line that shows all it holds. No file's name is longer, but a process may claim one of 128
+/// KB, and laying that out takes long.
 QString shown(const QString &name)
 {
     constexpr qsizetype limit = 255;
-    return name.size() <= limit ? name : name.first(limit) + QStringLiteral("…");
+    const QString visible = visibleText(name.first(qMin(name.size(), limit))).trimmed();
+    return name.size() <= limit ? visible : visible + QStringLiteral("…");
 }
 
 /// As a label: nothing for nothing.
@@ -42,8 +45,8 @@ void CardFacts::setRecord(const QVariant &record)
 
 QString CardFacts::title() const
 {
-    const QString name = m_record.projectName();
-    return name.isEmpty() ? QStringLiteral("Local Server") : shown(name);
+    const QString name = shown(m_record.projectName());
+    return name.isEmpty() ? QStringLiteral("Local Server") : name;
 }
 
 QString CardFacts::framework() const

@@ -33,14 +33,14 @@ inline QList<QByteArray> pieces(const uint8_t *data, size_t size, qsizetype coun
     return result;
 }
 
-/// ps counts days, hours, minutes and seconds of a process's life: a number beyond 64 bits cannot
-/// come from it, and ends the program.
+/// ps counts days, hours, minutes and seconds of a process's life: a time beyond 64 bits cannot come
+/// from it, and ends the program. Of 14 digits, days are within them.
 inline bool isBeyondAnyLife(const QByteArray &elapsed)
 {
     int digits = 0;
     for (const char character : elapsed) {
         digits = character >= '0' && character <= '9' ? digits + 1 : 0;
-        if (digits > 9)
+        if (digits > 14)
             return true;
     }
     return false;

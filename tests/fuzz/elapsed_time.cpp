@@ -23,9 +23,9 @@ std::optional<double> secondsIn(const QString &text)
     if (!match.hasMatch())
         return std::nullopt;
     const auto number = [&match](int group) {
-        return match.captured(group).toDouble();
+        return match.captured(group).toLongLong();
     };
-    return number(1) * 86400 + number(2) * 3600 + number(3) * 60 + number(4);
+    return double(number(1) * 86400) + double((number(2) * 60 + number(3)) * 60 + number(4));
 }
 
 } // namespace

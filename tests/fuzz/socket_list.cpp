@@ -25,11 +25,24 @@ bool isRow(QStringView line, const PortInfo &record)
 
 } // namespace
 
+/// What stands before and after it takes no row along, but for one of the same port before it.
+void checkKept(const QString &text)
+{
+    const QString row = QStringLiteral("\nnode 4242 ana 3u IPv4 77 0t0 TCP *:3000 (LISTEN)\n");
+    for (const QString &all : {text + row, QStringLiteral("COMMAND") + row + text}) {
+        const auto records = parsePortInfo(all);
+        promise(std::any_of(records.begin(), records.end(),
+                            [](const PortInfo &record) { return record.port() == 3000; }),
+                "no row is lost");
+    }
+}
+
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
 {
     const auto text = decodeUtf8(bytesOf(data, size));
     if (!text)
         return 0;
+    checkKept(*text);
     const auto lines = splitLines(*text);
     qint64 last = std::numeric_limits<qint64>::min(); // lsof prints no sign, but one would be read
     for (const PortInfo &record : parsePortInfo(*text)) {

@@ -44,6 +44,28 @@ TEST(CardFacts, aLongerNameIsCut)
     EXPECT_LT(facts->sentence().size(), 300);
 }
 
+TEST(CardFacts, noNameTurnsOrHidesWhatStandsBesideIt)
+{
+    QObject owner;
+    PortInfo record = withScript(1);
+    record.workingDirectory = QStringLiteral("/a/\u202Eevil\u2066\u200Bname\u00AD");
+    record.metadata.insert(QStringLiteral("script"), QStringLiteral("a\u2028b\u0007c.js"));
+    const CardFacts *const facts = factsOf(record, owner);
+    EXPECT_EQ(facts->title(), QStringLiteral("evil  name"));
+    EXPECT_EQ(facts->folder(), QStringLiteral("evil  name"));
+    EXPECT_EQ(facts->script(), QStringLiteral("a b c.js"));
+    EXPECT_TRUE(facts->sentence().startsWith(QStringLiteral("evil  name, port 3000")));
+    EXPECT_EQ(facts->workingDirectory(), record.workingDirectory);
+}
+
+TEST(CardFacts, aNameThatCannotBeSeenIsNone)
+{
+    QObject owner;
+    PortInfo record = withScript(0);
+    record.workingDirectory = QStringLiteral("/a/\u200B");
+    EXPECT_EQ(factsOf(record, owner)->title(), QStringLiteral("Local Server"));
+}
+
 TEST(CardFacts, theFolderToRevealIsNeverCut)
 {
     QObject owner;

@@ -1,0 +1,38 @@
+// What the package service and the package sources say, which an update's windows show.
+
+#include "platform/UpdateFailure.h"
+#include "tests/fuzz/Fuzz.h"
+
+#include <QDBusMessage>
+
+using namespace tidewick;
+
+namespace
+{
+
+void checkText(const QString &text, qsizetype limit)
+{
+    promise(text.size() <= limit + 1, "a text is cut");
+    promise(isSingleLine(text), "a text is plain");
+}
+
+void checkFailure(const UpdateFailure &failure)
+{
+    promise(!sentence(failure.error).isEmpty(), "every failure has its sentence");
+    checkText(QString(failure.details).remove(u'\n'), 4000);
+}
+
+} // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
+{
+    const QList<QByteArray> texts = pieces(data, size, 2);
+    const QString name = QString::fromUtf8(texts[0]);
+    const QString text = QString::fromUtf8(texts[1]);
+    checkText(asLine(text), 200);
+    checkFailure(failureOfErrorCode(texts[0].toUInt(), text));
+    checkFailure(failureOfExit(texts[0].toUInt()));
+    checkFailure(failureOfCall(
+        QDBusError(QDBusMessage::createError(QStringLiteral("org.freedesktop.") + name, text))));
+    return 0;
+}
