@@ -73,7 +73,10 @@ int eachNumber(int folder, Take take)
 class Walk
 {
 public:
-    explicit Walk(const std::vector<ListeningSocket> &sockets) : m_index(sockets) {}
+    explicit Walk(const std::vector<ListeningSocket> &sockets)
+        : m_index(sockets), m_lastHolder(sockets.size(), npos)
+    {
+    }
 
     Scan run()
     {
@@ -151,12 +154,21 @@ private:
                 return true;
             const ssize_t socket = m_index.find(socketInode({link, size_t(size)}));
             if (socket >= 0 && isKnown(folder.value(), pid))
-                m_scan.holders.push_back({m_process, size_t(socket), number(descriptor)});
+                add(size_t(socket), number(descriptor));
             return true;
         });
         if (refused)
             return Visit::linkShut;
         return count == 0 ? Visit::empty : Visit::read;
+    }
+
+    /// The descriptors come in their order: the first one of a socket is the one that is kept.
+    void add(size_t socket, int descriptor)
+    {
+        if (m_lastHolder[socket] == m_process)
+            return;
+        m_lastHolder[socket] = m_process;
+        m_scan.holders.push_back({m_process, socket, descriptor});
     }
 
     /// Reads what is shown of the process, once, through the folder that its socket was found in:
@@ -177,7 +189,8 @@ private:
     SocketIndex m_index;
     uint32_t m_ownUser = geteuid();
     Scan m_scan;
-    size_t m_process = npos; ///< the one that is visited, once it is known
+    size_t m_process = npos;          ///< the one that is visited, once it is known
+    std::vector<size_t> m_lastHolder; ///< of each socket
 };
 
 } // namespace

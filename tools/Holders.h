@@ -18,12 +18,12 @@ struct Process
     std::string command;
 };
 
-/// That a process has a socket open.
+/// That a process has a socket open, once however many descriptors it has of it.
 struct Holder
 {
     size_t process = 0;  ///< its place in Scan::processes
     size_t socket = 0;   ///< its place among the sockets
-    int descriptor = -1; ///< -1: not told, the process shuts its descriptors
+    int descriptor = -1; ///< the first one; -1: not told, the process shuts its descriptors
 };
 
 /// A process whose descriptors we may not read.

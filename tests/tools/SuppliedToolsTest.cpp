@@ -144,6 +144,24 @@ TEST_P(SuppliedTools, fiveForkedHoldersTheOldestFirst)
     EXPECT_EQ(list[0].pid, process.pid());
 }
 
+TEST_P(SuppliedTools, oneRowForAProcessAndItsSocket)
+{
+    const OddProcess process(
+        {"listen 127.0.0.1|again 500|fork 1|listen ::1|again 500", {"x"}, "", asViewer()});
+    ASSERT_TRUE(process.isUp());
+    const auto list = rowsOf(process.port());
+    ASSERT_EQ(list.size(), 3U);
+    EXPECT_EQ(list[0].pid, process.pid());
+    EXPECT_EQ(list[1].pid, process.pid());
+    EXPECT_NE(list[2].pid, process.pid());
+    // Each time the first descriptor, below or just above the 500 copies of the first socket.
+    for (const Row &row : list) {
+        const int above = row.name.starts_with('[') ? 500 : 0;
+        EXPECT_GT(std::stoi(row.descriptor), above);
+        EXPECT_LT(std::stoi(row.descriptor), above + 100);
+    }
+}
+
 TEST_P(SuppliedTools, bothWildcardsOnOnePort)
 {
     const OddProcess process({"listen 0.0.0.0|listen ::", {"x"}, "", asViewer()});

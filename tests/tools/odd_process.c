@@ -3,6 +3,8 @@
  *   port N          what is listened on next, if not a free one
  *   reuseport       let the sockets after this share their port
  *   fork N          N children, which inherit everything and wait
+ *   again N         N more descriptors of the last listener
+ *   launch ADDRESS  a child that listens; the port is printed
  *   servers N       N children, each with a listener of its own
  *   comm NAME       the name that prctl(PR_SET_NAME) gives
  *   argv TEXT       overwrites the arguments' memory with TEXT and NULs
@@ -31,6 +33,7 @@
 
 static int port;
 static int share;
+static int listener = -1;
 
 static int listenOn(const char *address)
 {
@@ -93,6 +96,23 @@ static void churn(void)
     }
 }
 
+static void launch(const char *address)
+{
+    int ends[2];
+    if (pipe(ends) != 0)
+        exit(6);
+    if (child() == 0) {
+        listenOn(address);
+        if (write(ends[1], &port, sizeof port) != sizeof port)
+            _exit(1);
+        waitForEver(NULL);
+    }
+    close(ends[1]);
+    if (read(ends[0], &port, sizeof port) != sizeof port)
+        exit(6);
+    close(ends[0]);
+}
+
 static void usage(const char *command)
 {
     struct rusage used;
@@ -122,7 +142,15 @@ int main(int argc, char *argv[])
         const char *verb = strsep(&step, " ");
         const char *value = step ? step : "";
         if (!strcmp(verb, "listen")) {
-            listenOn(value);
+            listener = listenOn(value);
+            printf("%d\n", port);
+        } else if (!strcmp(verb, "again")) {
+            for (int i = 0; i < atoi(value); ++i) {
+                if (dup(listener) < 0)
+                    exit(7);
+            }
+        } else if (!strcmp(verb, "launch")) {
+            launch(value);
             printf("%d\n", port);
         } else if (!strcmp(verb, "port")) {
             port = atoi(value);
