@@ -22,6 +22,20 @@ namespace
 constexpr uint32_t lastServiceUser = 999;
 constexpr int nobody = 0;
 
+/// Of one process's arguments no more is read, and of one user's.
+constexpr size_t argumentsLimit = 1U << 17U;
+constexpr size_t userArgumentsLimit = 1U << 24U;
+/// Where more processes than these name one port, it stays open which one holds it.
+constexpr size_t namersLimit = 16;
+
+/// Whether a program of that name opens its listeners before it starts more of itself.
+bool isForker(std::string_view comm)
+{
+    constexpr std::array<std::string_view, 4> names{"apache2", "nginx", "postgres", "redis-server"};
+    return std::find(names.begin(), names.end(), comm) != names.end() ||
+           comm.starts_with("php-fpm");
+}
+
 std::string procPath(int pid, const char *file)
 {
     return "/proc/" + std::to_string(pid) + '/' + file;
@@ -110,53 +124,69 @@ public:
             isExplained[holder.socket] = true;
         for (size_t i = 0; i < m_sockets.size(); ++i) {
             // A socket without an inode has no descriptor: it is not accepted yet, or orphaned.
-            if (isExplained[i] || m_sockets[i].inode == 0)
-                continue;
-            const int pid = holderOf(m_sockets[i]);
+            if (m_sockets[i].inode == 0)
+                isExplained[i] = true;
+            if (!isExplained[i])
+                m_users[m_sockets[i].user].ports.insert(m_sockets[i].port);
+        }
+        for (const DeniedProcess &process : m_scan.denied) {
+            m_denied.insert(process.pid);
+            m_users[process.user].denied.push_back(process.pid);
+        }
+        for (size_t i = 0; i < m_sockets.size(); ++i) {
+            const int pid = isExplained[i] ? nobody : holderOf(m_sockets[i]);
             if (pid != nobody)
                 add(pid, i);
         }
     }
 
 private:
+    struct Forwarder
+    {
+        int pid = 0;
+        ListeningSocket asked;
+    };
+
+    /// What is known of a user, each process of whom is read once.
+    struct User
+    {
+        std::set<uint16_t> ports; ///< of the sockets that nothing explains
+        std::vector<int> denied;
+        std::optional<std::set<int>> pids; ///< of those, the ones in this network
+        std::set<int> parents;             ///< of these, the ones with others of them below
+        /// Which of them name one of the ports in their arguments.
+        std::optional<std::map<uint16_t, std::vector<int>>> namers;
+    };
+
     int holderOf(const ListeningSocket &socket)
     {
         if (socket.user == 0) {
-            const int proxy = dockerProxy(socket);
-            if (proxy != nobody)
-                return proxy;
+            const int forwarder = dockerProxy(socket);
+            if (forwarder != nobody)
+                return forwarder;
         }
-        const int service = onlyRoot(inCgroup(socket));
-        if (service != nobody)
-            return service;
+        const int inCgroup = onlyProcessTree(socket.cgroup);
+        if (inCgroup != nobody)
+            return inCgroup;
         if (socket.user == 0)
             return nobody;
-        const std::vector<int> &own = ofUser(socket.user);
         if (socket.user <= lastServiceUser) {
-            const int root = onlyRoot(own);
-            if (root != nobody)
-                return root;
+            const int service = onlyService(socket);
+            if (service != nobody)
+                return service;
         }
-        std::vector<int> withPort;
-        for (const int pid : own) {
-            if (holdsPort(commandLine(pid), socket.port))
-                withPort.push_back(pid);
-        }
-        return onlyRoot(withPort);
+        return onlyNamer(socket);
     }
 
     int dockerProxy(const ListeningSocket &socket)
     {
         std::vector<int> exact;
         std::vector<int> wildcard;
-        for (const int pid : proxies()) {
-            if (!mayShareCgroup(pid, socket))
+        for (const Forwarder &forwarder : forwarders()) {
+            const ProxyMatch match = matchForwarder(forwarder.asked, socket);
+            if (match == ProxyMatch::none || !mayShareCgroup(forwarder.pid, socket))
                 continue;
-            const ProxyMatch match = matchDockerProxy(splitArguments(commandLine(pid)), socket);
-            if (match == ProxyMatch::exact)
-                exact.push_back(pid);
-            else if (match == ProxyMatch::wildcard)
-                wildcard.push_back(pid);
+            (match == ProxyMatch::exact ? exact : wildcard).push_back(forwarder.pid);
         }
         const std::vector<int> &best = exact.empty() ? wildcard : exact;
         return best.size() == 1 ? best[0] : nobody;
@@ -165,20 +195,22 @@ private:
     /// Root's processes of that name in this network: a container may run forwarders of its own,
     /// for the same ports. A program that only runs as root by its set-user-id bit has
     /// the arguments that its caller chose.
-    const std::vector<int> &proxies()
+    const std::vector<Forwarder> &forwarders()
     {
-        if (m_proxies)
-            return *m_proxies;
-        m_proxies.emplace();
-        std::string text;
-        for (const int pid : ofUser(0)) {
-            if (readFile(AT_FDCWD, procPath(pid, "comm").c_str(), text) &&
-                text == "docker-proxy\n" &&
-                readFile(AT_FDCWD, procPath(pid, "status").c_str(), text) &&
-                statusValue(text, "Uid") == "0\t0\t0\t0" && isInOwnNetwork(pid))
-                m_proxies->push_back(pid);
+        if (m_forwarders)
+            return *m_forwarders;
+        m_forwarders.emplace();
+        for (const int pid : m_users[0].denied) {
+            if (!readFile(AT_FDCWD, procPath(pid, "comm").c_str(), m_text) ||
+                m_text != "docker-proxy\n" ||
+                !readFile(AT_FDCWD, procPath(pid, "status").c_str(), m_text) ||
+                statusValue(m_text, "Uid") != "0\t0\t0\t0" || !isInOwnNetwork(pid) ||
+                !readFile(AT_FDCWD, procPath(pid, "cmdline").c_str(), m_text, argumentsLimit))
+                continue;
+            if (const auto asked = forwardedSocket(splitArguments(m_text)))
+                m_forwarders->push_back({pid, *asked});
         }
-        return *m_proxies;
+        return *m_forwarders;
     }
 
     /// False where the socket was made in a cgroup that the process is not in.
@@ -188,30 +220,94 @@ private:
         return members.empty() || members.contains(pid);
     }
 
-    std::vector<int> inCgroup(const ListeningSocket &socket)
+    /// What all of the cgroup's processes that shut their descriptors descend from.
+    int onlyProcessTree(uint64_t cgroup)
     {
-        std::vector<int> pids;
-        const std::set<int> &inside = m_cgroups.processes(socket.cgroup);
-        if (inside.empty())
-            return pids;
-        for (const DeniedProcess &process : m_scan.denied) {
-            if (inside.contains(process.pid) && isInOwnNetwork(process.pid))
-                pids.push_back(process.pid);
+        const auto [answer, isNew] = m_ofCgroup.try_emplace(cgroup, nobody);
+        if (!isNew)
+            return answer->second;
+        std::set<int> pids;
+        for (const int pid : m_cgroups.processes(cgroup)) {
+            if (m_denied.contains(pid) && isInOwnNetwork(pid))
+                pids.insert(pid);
         }
-        return pids;
+        return answer->second = onlyRoot(pids);
     }
 
-    const std::vector<int> &ofUser(uint32_t user)
+    /// The same of a service's user.
+    int onlyService(const ListeningSocket &socket)
     {
-        const auto known = m_ofUser.find(user);
-        if (known != m_ofUser.end())
-            return known->second;
-        std::vector<int> pids;
-        for (const DeniedProcess &process : m_scan.denied) {
-            if (process.user == user && (user == 0 || isInOwnNetwork(process.pid)))
-                pids.push_back(process.pid);
+        const auto [answer, isNew] =
+            m_ofService.try_emplace(std::pair(socket.user, socket.cgroup), nobody);
+        if (!isNew)
+            return answer->second;
+        std::set<int> pids;
+        for (const int pid : *user(socket.user).pids) {
+            if (mayShareCgroup(pid, socket))
+                pids.insert(pid);
         }
-        return m_ofUser[user] = std::move(pids);
+        return answer->second = onlyRoot(pids);
+    }
+
+    /// The process of the user's that names the port, unless another one below it may hold it.
+    int onlyNamer(const ListeningSocket &socket)
+    {
+        User &own = user(socket.user);
+        if (!own.namers)
+            readArguments(own);
+        const auto namers = own.namers->find(socket.port);
+        if (namers == own.namers->end() || namers->second.size() >= namersLimit)
+            return nobody;
+        std::set<int> pids;
+        for (const int pid : namers->second) {
+            if (mayShareCgroup(pid, socket))
+                pids.insert(pid);
+        }
+        const int root = onlyRoot(pids);
+        return root != nobody && own.parents.contains(root) && !isForker(m_tree.node(root)->comm)
+                   ? nobody
+                   : root;
+    }
+
+    /// Arguments that are not read to their end tell nothing: what is cut may be a number.
+    void readArguments(User &user)
+    {
+        user.namers.emplace();
+        size_t total = 0;
+        for (const int pid : *user.pids) {
+            if (!readFile(AT_FDCWD, procPath(pid, "cmdline").c_str(), m_text, argumentsLimit))
+                continue;
+            total += m_text.size();
+            if (total > userArgumentsLimit) {
+                user.namers->clear();
+                return;
+            }
+            if (m_text.size() == argumentsLimit)
+                continue;
+            const PortSet named = portsIn(m_text);
+            for (const uint16_t port : user.ports) {
+                if (!named[port])
+                    continue;
+                std::vector<int> &namers = (*user.namers)[port];
+                if (namers.size() < namersLimit)
+                    namers.push_back(pid);
+            }
+        }
+    }
+
+    User &user(uint32_t id)
+    {
+        User &user = m_users[id];
+        if (user.pids)
+            return user;
+        user.pids.emplace();
+        for (const int pid : user.denied) {
+            if (isInOwnNetwork(pid))
+                user.pids->insert(pid);
+        }
+        for (const int pid : *user.pids)
+            user.parents.insert(m_tree.nearestAncestor(pid, *user.pids));
+        return user;
     }
 
     bool isInOwnNetwork(int pid) const
@@ -221,14 +317,14 @@ private:
                status.st_ino == m_ownNetwork;
     }
 
-    /// The one process that all the others descend from, all of one name: a shell or a launcher and
-    /// what it started are two, and either could be the holder.
-    int onlyRoot(const std::vector<int> &pids)
+    /// The one process that all the others descend from. Where there are others, each of them could
+    /// be the holder, whatever its name: a shell, a launcher or a watcher starts the server. Only
+    /// known services hold their listeners above processes of their own name.
+    int onlyRoot(const std::set<int> &pids)
     {
         int root = nobody;
-        const std::set<int> all(pids.begin(), pids.end());
         for (const int pid : pids) {
-            if (m_tree.isBelow(pid, all))
+            if (m_tree.nearestAncestor(pid, pids) != 0)
                 continue;
             if (root != nobody)
                 return nobody;
@@ -237,20 +333,13 @@ private:
         const ProcessTree::Node *const node = root == nobody ? nullptr : m_tree.node(root);
         if (node == nullptr)
             return nobody;
-        const bool isOneProgram = std::all_of(pids.begin(), pids.end(), [&](int pid) {
-            const ProcessTree::Node *const other = m_tree.node(pid);
-            return other == nullptr || other->comm == node->comm;
-        });
-        return isOneProgram ? root : nobody;
-    }
-
-    const std::string &commandLine(int pid)
-    {
-        constexpr size_t limit = 1U << 17U;
-        const auto [line, isNew] = m_commandLines.try_emplace(pid);
-        if (isNew)
-            readFile(AT_FDCWD, procPath(pid, "cmdline").c_str(), line->second, limit);
-        return line->second;
+        const bool isAlone = pids.size() == 1;
+        const bool isForkers =
+            isForker(node->comm) && std::all_of(pids.begin(), pids.end(), [&](int pid) {
+                const ProcessTree::Node *const other = m_tree.node(pid);
+                return other == nullptr || other->comm == node->comm;
+            });
+        return isAlone || isForkers ? root : nobody;
     }
 
     void add(int pid, size_t socket)
@@ -271,9 +360,12 @@ private:
     ino_t m_ownNetwork = 0;
     Cgroups m_cgroups;
     ProcessTree m_tree;
-    std::map<uint32_t, std::vector<int>> m_ofUser;
-    std::optional<std::vector<int>> m_proxies;
-    std::map<int, std::string> m_commandLines;
+    std::set<int> m_denied;
+    std::map<uint32_t, User> m_users;
+    std::map<uint64_t, int> m_ofCgroup;
+    std::map<std::pair<uint32_t, uint64_t>, int> m_ofService;
+    std::optional<std::vector<Forwarder>> m_forwarders;
+    std::string m_text; ///< the file that is read
     std::map<int, size_t> m_added;
 };
 

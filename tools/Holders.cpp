@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <array>
 #include <cerrno>
+#include <climits>
 #include <cstring>
 #include <tuple>
 
@@ -240,6 +241,8 @@ std::string commandOf(int folder, std::string_view prefix)
     }
     if (name.empty())
         name = comm.empty() ? "?" : comm;
+    // No file's name is longer, but what a process calls itself may be.
+    name.resize(std::min<size_t>(name.size(), NAME_MAX));
     return name;
 }
 
@@ -269,16 +272,17 @@ int ProcessTree::depth(int pid)
     return depth;
 }
 
-bool ProcessTree::isBelow(int pid, const std::set<int> &ancestors)
+int ProcessTree::nearestAncestor(int pid, const std::set<int> &among)
 {
-    constexpr int longest = 10'000;
+    // Deeper trees are made by hand, to keep us busy.
+    constexpr int longest = 100;
     const Node *at = node(pid);
     for (int steps = 0; at != nullptr && at->parent > 0 && steps < longest; ++steps) {
-        if (ancestors.contains(at->parent))
-            return true;
+        if (among.contains(at->parent))
+            return at->parent;
         at = node(at->parent);
     }
-    return false;
+    return 0;
 }
 
 void sortByAncestry(Scan &scan, const std::vector<ListeningSocket> &sockets)

@@ -61,8 +61,8 @@ public:
     const Node *node(int pid);
     /// How many ancestors it has.
     int depth(int pid);
-    /// Whether one of its ancestors is among them.
-    bool isBelow(int pid, const std::set<int> &ancestors);
+    /// The nearest of its ancestors that is among them; 0 where none is.
+    int nearestAncestor(int pid, const std::set<int> &among);
 
 private:
     std::map<int, Node> m_nodes;

@@ -431,19 +431,23 @@ std::string hiddenProgramName(const std::vector<std::string_view> &arguments, st
     return foldName(comm);
 }
 
-ProxyMatch matchDockerProxy(const std::vector<std::string_view> &arguments,
-                            const ListeningSocket &socket)
+std::optional<ListeningSocket> forwardedSocket(const std::vector<std::string_view> &arguments)
 {
     const std::string host(optionValue(arguments, "host-ip"));
-    if (optionValue(arguments, "proto") != "tcp" ||
-        parseNumber(optionValue(arguments, "host-port")) != socket.port)
-        return ProxyMatch::none;
+    const auto port = parseNumber(optionValue(arguments, "host-port"));
     ListeningSocket asked;
-    if (inet_pton(AF_INET, host.c_str(), asked.address) != 1) {
-        asked.isIpv6 = true;
-        if (inet_pton(AF_INET6, host.c_str(), asked.address) != 1)
-            return ProxyMatch::none;
-    }
+    asked.isIpv6 = host.find(':') != std::string::npos;
+    if (optionValue(arguments, "proto") != "tcp" || !port || *port > UINT16_MAX ||
+        inet_pton(asked.isIpv6 ? AF_INET6 : AF_INET, host.c_str(), asked.address) != 1)
+        return std::nullopt;
+    asked.port = uint16_t(*port);
+    return asked;
+}
+
+ProxyMatch matchForwarder(const ListeningSocket &asked, const ListeningSocket &socket)
+{
+    if (asked.port != socket.port)
+        return ProxyMatch::none;
     if (asked.isIpv6 == socket.isIpv6 &&
         memcmp(asked.address, socket.address, sizeof asked.address) == 0)
         return ProxyMatch::exact;
@@ -451,26 +455,34 @@ ProxyMatch matchDockerProxy(const std::vector<std::string_view> &arguments,
     return isUnspecified(asked) && isUnspecified(socket) ? ProxyMatch::wildcard : ProxyMatch::none;
 }
 
-bool holdsPort(std::string_view text, uint16_t port)
+PortSet portsIn(std::string_view text)
 {
-    const std::string digits = std::to_string(port);
-    for (size_t at = text.find(digits); at != std::string_view::npos;
-         at = text.find(digits, at + 1)) {
-        const std::string_view before = text.substr(0, at);
-        const std::string_view after = text.substr(at + digits.size());
-        const auto isDotted = [](char dot, char digit) {
-            return dot == '.' && isDigit(digit);
-        };
-        const bool begins =
-            before.empty() ||
-            (!isDigit(before.back()) &&
-             (before.size() < 2 || !isDotted(before.back(), before[before.size() - 2])));
-        const bool ends = after.empty() || (!isDigit(after[0]) &&
-                                            (after.size() < 2 || !isDotted(after[0], after[1])));
-        if (begins && ends)
-            return true;
+    const auto isDotted = [text](size_t dot, size_t digit) {
+        return dot < text.size() && digit < text.size() && text[dot] == '.' && isDigit(text[digit]);
+    };
+    PortSet ports;
+    bool isInUrl = false;
+    for (size_t at = 0; at < text.size(); ++at) {
+        if (!isDigit(text[at])) {
+            // A URL ends with its argument, or at a blank.
+            if (static_cast<unsigned char>(text[at]) <= ' ')
+                isInUrl = false;
+            else if (text[at] == ':' && text.substr(at).starts_with("://"))
+                isInUrl = true;
+            continue;
+        }
+        const size_t start = at;
+        while (at + 1 < text.size() && isDigit(text[at + 1]))
+            ++at;
+        // Before the text's start the places wrap to ones beyond its end.
+        if (isInUrl || isDotted(start - 1, start - 2) || isDotted(at + 1, at + 2) ||
+            (text[start] == '0' && at > start))
+            continue;
+        const auto number = parseNumber(text.substr(start, at + 1 - start));
+        if (number && *number < ports.size())
+            ports.set(size_t(*number));
     }
-    return false;
+    return ports;
 }
 
 } // namespace tidewick::tools

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <bitset>
 #include <cstdint>
 #include <optional>
 #include <string>
@@ -83,12 +84,16 @@ std::string hiddenProgramName(const std::vector<std::string_view> &arguments,
 /// there.
 bool stripDeleted(std::string_view &path);
 
-/// How well a docker-proxy's arguments fit a socket.
+/// The TCP address and port that a docker-proxy was told to listen on.
+std::optional<ListeningSocket> forwardedSocket(const std::vector<std::string_view> &arguments);
+/// How well that fits a socket.
 enum class ProxyMatch { none, wildcard, exact };
-ProxyMatch matchDockerProxy(const std::vector<std::string_view> &arguments,
-                            const ListeningSocket &socket);
-/// Whether the port stands in the text as a number of its own, not inside a longer one or an
-/// address.
-bool holdsPort(std::string_view text, uint16_t port);
+ProxyMatch matchForwarder(const ListeningSocket &asked, const ListeningSocket &socket);
+
+/// A set of ports.
+using PortSet = std::bitset<1U << 16U>;
+/// The numbers of their own in the text that may be ports listened on: not inside a longer number
+/// or an address, nor in a URL, which tells where others listen.
+PortSet portsIn(std::string_view text);
 
 } // namespace tidewick::tools

@@ -100,15 +100,15 @@ void checkName(const std::string &name)
 void checkPort(const std::string &text, uint16_t port)
 {
     const std::string digits = std::to_string(port);
-    promise(holdsPort(text + " --port " + digits, port), "a whole number is found");
-    promise(!holdsPort(text, port) || text.find(digits) != std::string::npos,
+    promise(portsIn(text + " --port " + digits)[port], "a whole number is found");
+    promise(!portsIn(text)[port] || text.find(digits) != std::string::npos,
             "a port that is found is there");
-    ListeningSocket socket;
-    socket.port = port;
-    const auto arguments = splitArguments(text);
-    promise(matchDockerProxy(arguments, socket) == ProxyMatch::none ||
-                text.find("host-port") != std::string::npos,
-            "no proxy without a port");
+    promise(portsIn(text + " http://localhost:" + digits) == portsIn(text),
+            "a URL is where others listen");
+    const auto asked = forwardedSocket(splitArguments(text));
+    promise(!asked || text.find("host-port") != std::string::npos, "no proxy without a port");
+    promise(!asked || matchForwarder(*asked, *asked) == ProxyMatch::exact,
+            "a proxy fits what it was asked for");
 }
 
 } // namespace

@@ -303,7 +303,8 @@ TEST(ProcText, programsByWhatTheyCallThemselves)
 TEST(ProcText, dockerProxies)
 {
     const auto match = [](const std::vector<std::string_view> &arguments, const char *address) {
-        return matchDockerProxy(arguments, socketOn(address, 8080));
+        const auto asked = forwardedSocket(arguments);
+        return asked ? matchForwarder(*asked, socketOn(address, 8080)) : ProxyMatch::none;
     };
     const std::vector<std::string_view> exact{"/usr/bin/docker-proxy",
                                               "-proto",
@@ -336,9 +337,26 @@ TEST(ProcText, aPortIsAWholeNumber)
 {
     for (const char *const text : {"8080", "--port=8080", "0.0.0.0:8080", "x 8080.", "18080 8080",
                                    "[::]:8080/", "-p8080", "a.8080"})
-        EXPECT_TRUE(holdsPort(text, 8080)) << text;
-    for (const char *const text : {"", "18080", "80801", "8 080", "1.8080", "8080.5"})
-        EXPECT_FALSE(holdsPort(text, 8080)) << text;
+        EXPECT_TRUE(portsIn(text)[8080]) << text;
+    for (const char *const text :
+         {"", "18080", "80801", "8 080", "1.8080", "8080.5", "08080", "808099999999999999999999"})
+        EXPECT_FALSE(portsIn(text)[8080]) << text;
+    PortSet all;
+    for (const size_t port : {0U, 7U, 3000U, 65535U})
+        all.set(port);
+    EXPECT_EQ(portsIn("0 7,3000\0--x=65535 3000 65536 007 1.5"sv), all);
+}
+
+TEST(ProcText, aPortInAUrlIsAnothers)
+{
+    for (const char *const text :
+         {"--upstream=http://localhost:8080", "http://[::1]:8080/", "postgres://u:p@db:8080/x",
+          "http://a/8080", "http://a?port=8080", "a://b c://d:8080"})
+        EXPECT_FALSE(portsIn(text)[8080]) << text;
+    for (const std::string_view text :
+         {"http://a\0008080"sv, "http://a 8080"sv, "--port=8080 http://a"sv, "//a:8080"sv,
+          "a:/b:8080"sv, "localhost:8080"sv})
+        EXPECT_TRUE(portsIn(text)[8080]) << text;
 }
 
 // NOLINTBEGIN(concurrency-mt-unsafe): this program has one thread

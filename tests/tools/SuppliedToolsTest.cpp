@@ -447,6 +447,94 @@ TEST_P(SuppliedTools, aLauncherIsNotTheService)
         EXPECT_NE(row.pid, launcher.pid());
 }
 
+TEST_P(SuppliedTools, aLauncherThatNamesThePortIsNotTheServer)
+{
+    NEEDS_ROOT("be another user");
+    const std::string server = program("python3");
+    const int port = freePort();
+    const std::string onPort = "port " + std::to_string(port) + "|";
+    // A service, and a person's one whose arguments, and those of its child, name the port.
+    for (const uid_t user : {984U, 54399U}) {
+        const OddProcess launcher({onPort + "launch 127.0.0.1",
+                                   {"python3", "--port=" + std::to_string(port)},
+                                   server,
+                                   asUser(user)});
+        ASSERT_TRUE(launcher.isUp());
+        const auto list = rowsOf(port);
+        EXPECT_EQ(list.size(), viewer() == 0 ? 1U : 0U);
+        for (const Row &row : list)
+            EXPECT_NE(row.pid, launcher.pid());
+    }
+    // Only the launcher names it, and its name is another one.
+    const OddProcess shell(
+        {"",
+         {"sh", "-c", "ODD='" + onPort + "listen 127.0.0.1' " + server + " & wait"},
+         "/bin/sh",
+         asUser(54399)});
+    ASSERT_TRUE(shell.isUp());
+    for (const Row &row : rowsOf(port))
+        EXPECT_NE(row.pid, shell.pid());
+}
+
+TEST_P(SuppliedTools, aClientIsNotTheServer)
+{
+    NEEDS_ROOT("be another user");
+    const std::string node = program("node");
+    const OddProcess server({"listen 127.0.0.1", {"node", "server.js"}, node, asUser(54399)});
+    const std::string port = std::to_string(server.port());
+    const OddProcess client(
+        {"", {"node", "--upstream=http://localhost:" + port}, node, asUser(54399)});
+    ASSERT_TRUE(client.isUp());
+    const auto list = rowsOf(server.port());
+    EXPECT_EQ(list.size(), viewer() == 0 ? 1U : 0U);
+    for (const Row &row : list)
+        EXPECT_EQ(row.pid, server.pid());
+}
+
+TEST_P(SuppliedTools, aUserWithTooManyArgumentsHidesOnlyItsOwn)
+{
+    NEEDS_ROOT("be another user");
+    if (isSanitized)
+        GTEST_SKIP() << "the sanitizers need more memory";
+    const std::string node = program("node");
+    const int port = freePort();
+    const std::string number = std::to_string(port);
+    const OddProcess told({"port " + number + "|listen 127.0.0.1",
+                           {"node", "--port=" + number},
+                           node,
+                           asUser(54399)});
+    std::string text;
+    for (int i = 0; i < 100; ++i)
+        text += number + ' ' + std::string(1200, '4') + ' ';
+    const OddProcess crowd({"idle 300", {"x", text}, node, asUser(54398)});
+    const int other = freePort();
+    const OddProcess lost({"port " + std::to_string(other) + "|listen 127.0.0.1",
+                           {"node", "--port=" + std::to_string(other)},
+                           node,
+                           asUser(54398)});
+    ASSERT_TRUE(told.isUp() && crowd.isUp() && lost.isUp());
+    const auto list = rowsOf(port);
+    ASSERT_EQ(list.size(), 1U);
+    EXPECT_EQ(list[0].pid, told.pid());
+    EXPECT_EQ(rowsOf(other).size(), viewer() == 0 ? 1U : 0U);
+    const OddProcess usage(
+        {"usage " + lsof() + " -i TCP -P -n -sTCP:LISTEN", {"x"}, "", asViewer()});
+    ASSERT_EQ(usage.lines().size(), 1U);
+    RecordProperty("KiB", usage.port());
+    EXPECT_LT(usage.port(), 6144);
+}
+
+TEST_P(SuppliedTools, aNameThatAnotherUserMadeLong)
+{
+    NEEDS_ROOT("be another user");
+    const OddProcess process(
+        {"listen 127.0.0.1", {std::string(100'000, 'n')}, program("n"), asUser(984)});
+    const auto list = rowsOf(process.port());
+    ASSERT_EQ(list.size(), 1U);
+    EXPECT_EQ(list[0].pid, process.pid());
+    EXPECT_EQ(list[0].command, viewer() == 0 ? "n" : std::string(255, 'n'));
+}
+
 TEST_P(SuppliedTools, aServerOfAnotherPerson)
 {
     NEEDS_ROOT("be another user");
@@ -494,6 +582,19 @@ TEST_P(SuppliedTools, aServiceByItsCgroup)
         EXPECT_EQ(list[0].command, "redis-server");
         const OddProcess other({"", {service}, service, inGroup});
         EXPECT_EQ(rowsOf(own.port()).size(), viewer() == 0 ? 3U : 0U);
+    }
+    {
+        const auto personInGroup = [&inGroup] {
+            return inGroup() && asUser(54399)();
+        };
+        const OddProcess own({"listen 127.0.0.1", {service}, service, personInGroup});
+        const OddProcess other({"", {service}, service, personInGroup});
+        // One outside the cgroup in which the socket was made does not hold it, whatever it names.
+        const OddProcess outside(
+            {"", {service, "--port", std::to_string(own.port())}, service, asUser(54399)});
+        ASSERT_TRUE(own.isUp() && other.isUp() && outside.isUp());
+        for (const Row &row : rowsOf(own.port()))
+            EXPECT_EQ(row.pid, own.pid());
     }
     for (int attempt = 0; attempt < 100 && rmdir(group.c_str()) != 0; ++attempt)
         usleep(10'000);
