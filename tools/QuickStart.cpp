@@ -217,6 +217,7 @@ extern "C" void quickStart(const char *const *stack)
 asm(R"(
     .globl tidewickStart
 tidewickStart:
+    endbr64
     mov %rsp, %rdi
     push %rdx
     sub $8, %rsp
