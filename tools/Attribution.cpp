@@ -25,7 +25,7 @@ constexpr int nobody = 0;
 /// Of one process's arguments no more is read, and of one user's.
 constexpr size_t argumentsLimit = 1U << 17U;
 constexpr size_t userArgumentsLimit = 1U << 24U;
-/// Where more processes than these name one port, it stays open which one holds it.
+/// Where as many processes name one port, it stays open which one holds it.
 constexpr size_t namersLimit = 16;
 
 /// Whether a program of that name opens its listeners before it starts more of itself.
