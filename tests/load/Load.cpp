@@ -4,6 +4,8 @@
 //   usual    a few processes with many listeners each
 //   crowded  1,000 processes
 //   hostile  1,000 processes with names of 200 characters and command lines of 100,000 bytes
+//   foreign  the same as another user's, which the list leaves out, beside one server of one's own;
+//            needs root, to start them: else the status is 77
 //   silent   listeners that take connections and never answer: no scan comes to an end
 //
 // Runs in a network of its own: any other development server counts as a row too many.
@@ -29,6 +31,10 @@
 #include <memory>
 #include <optional>
 
+#include <grp.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
 using namespace tidewick;
 
 namespace
@@ -36,6 +42,9 @@ namespace
 
 constexpr int poolWidth = 8;
 constexpr int patienceMs = 60'000;
+constexpr uid_t ownUser = 54321;
+constexpr uid_t foreignUser = 54398;
+constexpr int skipped = 77;
 constexpr double residentRoom = 64.0 * 1024; // KiB for 1,000 rows and overlapping scans
 
 struct Case
@@ -46,7 +55,13 @@ struct Case
     const char *manner;
     QString program;
     QByteArray argument;
+    std::optional<uid_t> user = {}; ///< whose they are, if not ours
 };
+
+Case ownServer()
+{
+    return {"own", 1, 1, "answer", QStringLiteral("node"), {}, ownUser};
+}
 
 QList<Case> allCases()
 {
@@ -55,6 +70,8 @@ QList<Case> allCases()
             {"crowded", 1000, 1, "answer", QStringLiteral("node"), {}},
             {"hostile", 1000, 1, "answer", QStringLiteral("python").leftJustified(200, u'x'),
              nasty.repeated(100'000 / int(nasty.size()))},
+            {"foreign", 1000, 1, "answer", QStringLiteral("python"), QByteArray(100'000, '4'),
+             foreignUser},
             {"silent", 4, 250, "silent", QStringLiteral("node"), {}}};
 }
 
@@ -66,6 +83,13 @@ public:
     {
         const QString program = m_folder.filePath(which.program);
         QFile::copy(QStringLiteral(CROWD), program);
+        if (which.user) {
+            chmod(QFile::encodeName(m_folder.path()).constData(), 0755);
+            m_process.setChildProcessModifier([user = *which.user] {
+                if (setgroups(0, nullptr) != 0 || setgid(user) != 0 || setuid(user) != 0)
+                    _exit(1);
+            });
+        }
         m_process.start(program,
                         {QString::number(which.processes), QString::number(which.listeners),
                          QString::fromLatin1(which.manner), QString::fromUtf8(which.argument)});
@@ -108,6 +132,41 @@ private:
     QTemporaryDir m_folder;
     QProcess m_process;
     std::map<qint64, QString> m_listeners;
+};
+
+/// The supplied tools where every user may run them.
+class SharedTools
+{
+public:
+    explicit SharedTools(const QString &folder)
+    {
+        chmod(QFile::encodeName(m_folder.path()).constData(), 0755);
+        for (const QString &tool : {QStringLiteral("lsof"), QStringLiteral("ps")})
+            QFile::copy(folder + u'/' + tool, m_folder.filePath(tool));
+    }
+
+    ToolTable table() const { return ToolTable::suppliedOverStock(m_folder.path()); }
+
+private:
+    QTemporaryDir m_folder;
+};
+
+/// Until its end this process, which is root's, has an ordinary user's rights.
+class OrdinaryUser
+{
+public:
+    OrdinaryUser() { m_isOrdinary = setegid(ownUser) == 0 && seteuid(ownUser) == 0; }
+    ~OrdinaryUser()
+    {
+        if (m_isOrdinary && (seteuid(0) != 0 || setegid(0) != 0))
+            std::abort();
+    }
+    Q_DISABLE_COPY_MOVE(OrdinaryUser)
+
+    bool isOrdinary() const { return m_isOrdinary; }
+
+private:
+    bool m_isOrdinary = false;
 };
 
 /// A store with a pool of its own. What both held is given back at the end, or `isClean` tells.
@@ -183,6 +242,15 @@ bool scanAll(const Crowd &crowd, const ToolTable &tools, int scans)
     return leavesNothing(before) && isGood;
 }
 
+/// Another user's crowd changes nothing in the list.
+bool overlookOthers(const QString &tools, int scans)
+{
+    const SharedTools shared(tools);
+    const Crowd own(ownServer());
+    const OrdinaryUser user;
+    return user.isOrdinary() && own.size() == 1 && scanAll(own, shared.table(), scans);
+}
+
 /// No scan ends. Requests go on, and a process is killed, and then it is all over at once.
 bool endureSilence(const Crowd &crowd, const ToolTable &tools)
 {
@@ -223,11 +291,17 @@ int main(int argc, char *argv[])
     });
     if (which == cases.end())
         return EXIT_FAILURE;
-    const ToolTable tools = ToolTable::suppliedOverStock(QString::fromLocal8Bit(argv[3]));
+    if (which->user && (geteuid() != 0 || setgroups(0, nullptr) != 0)) {
+        std::printf("%s: needs root\n", which->name);
+        return skipped;
+    }
+    const QString folder = QString::fromLocal8Bit(argv[3]);
+    const ToolTable tools = ToolTable::suppliedOverStock(folder);
+    const int scans = QByteArray(argv[2]).toInt();
     const Crowd crowd(*which);
     std::printf("%s: %zu listeners\n", which->name, crowd.size());
-    const bool isGood = QByteArray(which->manner) == "silent"
-                            ? endureSilence(crowd, tools)
-                            : scanAll(crowd, tools, QByteArray(argv[2]).toInt());
+    const bool isGood = which->user                             ? overlookOthers(folder, scans)
+                        : QByteArray(which->manner) == "silent" ? endureSilence(crowd, tools)
+                                                                : scanAll(crowd, tools, scans);
     return isGood && crowd.size() == 1000 ? EXIT_SUCCESS : EXIT_FAILURE;
 }
