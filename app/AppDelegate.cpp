@@ -34,9 +34,9 @@ QImage networkSymbol()
 
 } // namespace
 
-AppDelegate::AppDelegate(SystemInterfaces system, QThreadPool &pool, Desktop desktop)
+AppDelegate::AppDelegate(SystemInterfaces system, Workers &workers, Desktop desktop)
     : m_system(std::move(system)),
-      m_pool(pool),
+      m_workers(workers),
       m_desktop(std::move(desktop)),
       m_updaterController(m_desktop.makeUpdater(true))
 {
@@ -55,7 +55,7 @@ void AppDelegate::applicationDidFinishLaunching()
     m_popover->setContentSize(panelPoints);
     m_popover->setBehavior(PopoverBehavior::transient);
 
-    m_appState = std::make_unique<AppState>(m_system, m_pool);
+    m_appState = std::make_unique<AppState>(m_system, m_workers);
     m_appState->stream(&AppState::runningPorts, &AppState::runningPortsChanged, this,
                        [this](const QList<PortInfo> &runningPorts) {
                            updateStatusIcon(runningPorts.size());

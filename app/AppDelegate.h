@@ -17,8 +17,6 @@
 #include <functional>
 #include <memory>
 
-class QThreadPool;
-
 namespace tidewick
 {
 
@@ -44,8 +42,8 @@ class AppDelegate : public QObject
     Q_OBJECT
 
 public:
-    /// Creates the updater, and nothing else yet. `pool` must outlive the delegate.
-    AppDelegate(SystemInterfaces system, QThreadPool &pool, Desktop desktop);
+    /// Creates the updater, and nothing else yet. `workers` must outlive the delegate.
+    AppDelegate(SystemInterfaces system, Workers &workers, Desktop desktop);
     ~AppDelegate() override;
     Q_DISABLE_COPY_MOVE(AppDelegate)
 
@@ -77,7 +75,7 @@ private:
     std::unique_ptr<SettingsWindow> makeSettingsWindow();
 
     SystemInterfaces m_system;
-    QThreadPool &m_pool;
+    Workers &m_workers;
     Desktop m_desktop;
 
     std::unique_ptr<StatusItem> m_statusItem;

@@ -13,7 +13,7 @@
 #include "platform/Workspace.h"
 #include "scan/CurlHttpClient.h"
 #include "scan/ProcessToolRunner.h"
-#include "state/WorkerPool.h"
+#include "state/Workers.h"
 
 #include <QIcon>
 #include <QPointer>
@@ -26,9 +26,6 @@ namespace tidewick
 {
 namespace
 {
-
-/// Wide enough that a few scans stuck in a tool leave room for the next.
-constexpr int poolWidth = 8;
 
 /// How long a start by hand waits for a tray before it shows the panel without one.
 constexpr int trayPatienceMs = 1500;
@@ -155,11 +152,11 @@ int TidewickApp::run()
     }
 
     const TerminationSignals termination; // to the very end: a second signal changes nothing
-    WorkerPool pool(poolWidth);
+    Workers workers;
     int status = EXIT_SUCCESS;
     {
         Shell shell;
-        AppDelegate delegate(realSystem(), pool, realDesktop(shell));
+        AppDelegate delegate(realSystem(), workers, realDesktop(shell));
         QObject::connect(&termination, &TerminationSignals::received, &delegate,
                          &AppDelegate::quitApp);
         QObject::connect(&instance, &SingleInstance::sessionEnded, &delegate,
@@ -175,7 +172,7 @@ int TidewickApp::run()
         status = QApplication::exec();
     }
     // A task that does not come back, its tool beyond even a kill, must not hold up the end.
-    if (!pool.waitForDone(stopPatienceMs))
+    if (!workers.waitForDone(stopPatienceMs))
         std::_Exit(status);
     return status;
 }

@@ -1,15 +1,18 @@
 #include "state/AppState.h"
 
 #include "scan/SocketScan.h"
+#include "scan/ToolText.h"
 
 #include <QCoroFuture>
 #include <QCoroThread>
 
 #include <QPointer>
-#include <QScopeGuard>
 #include <QThread>
-#include <QThreadPool>
 #include <QtConcurrent>
+
+#include <limits>
+
+#include <sys/types.h>
 
 namespace tidewick
 {
@@ -28,9 +31,19 @@ ScanOutcome scan(const SystemInterfaces &system, const std::stop_token &stop)
     }
 }
 
+/// Whether `pid` names one process. To /bin/kill "-1" names all there are, "0" the program's own
+/// group, and a number beyond 32 bits whatever is left of it.
+bool isProcessId(const QString &pid)
+{
+    const auto number = parseInteger(pid);
+    return number && *number > 0 && *number <= std::numeric_limits<pid_t>::max();
+}
+
 /// Whether /bin/kill ran and succeeded.
 bool kill(const SystemInterfaces &system, const QString &pid, const std::stop_token &stop)
 {
+    if (!isProcessId(pid) || stop.stop_requested())
+        return false;
     try {
         const ToolResult result = system.tools->run(presentTool(system.toolTable.kill),
                                                     {QStringLiteral("-9"), pid}, stop);
@@ -41,34 +54,21 @@ bool kill(const SystemInterfaces &system, const QString &pid, const std::stop_to
     }
 }
 
+template <class Work>
+auto start(QThreadPool &pool, Work work)
+{
+    return QtConcurrent::task(std::move(work)).onThreadPool(pool).spawn();
+}
+
 bool isFull(const QThreadPool &pool)
 {
     return pool.activeThreadCount() >= pool.maxThreadCount();
 }
 
-/// Runs `work` in the pool at once, in a thread more than its width where all are busy.
-template <class Work>
-auto startUrgently(QThreadPool &pool, Work work)
-{
-    const bool widens = isFull(pool);
-    auto workThenShrink = [work = std::move(work), &pool, widens] {
-        const auto shrink = qScopeGuard([&pool, widens] {
-            if (widens)
-                pool.reserveThread();
-        });
-        return work();
-    };
-    auto ending =
-        QtConcurrent::task(std::move(workThenShrink)).onThreadPool(pool).withPriority(1).spawn();
-    if (widens)
-        pool.releaseThread(); // widens the pool by one thread, for the first in its queue
-    return ending;
-}
-
 } // namespace
 
-AppState::AppState(SystemInterfaces system, QThreadPool &pool, QObject *parent)
-    : QObject(parent), m_system(std::move(system)), m_pool(pool)
+AppState::AppState(SystemInterfaces system, Workers &workers, QObject *parent)
+    : QObject(parent), m_system(std::move(system)), m_workers(workers)
 {
     refreshPorts();
     startAutoRefresh();
@@ -112,14 +112,14 @@ QCoro::Task<> AppState::loadRunningPorts()
 
 QFuture<ScanOutcome> AppState::startScan()
 {
-    if (isFull(m_pool) && m_latestScan && !m_latestScan->hasBegun)
+    if (isFull(m_workers.scans) && m_latestScan && !m_latestScan->hasBegun)
         return m_latestScan->ending;
     m_latestScan = std::make_shared<Scan>();
-    m_latestScan->ending = QtConcurrent::run(
-        &m_pool, [own = m_latestScan, system = m_system, stop = m_stop.get_token()] {
-            own->hasBegun = true;
-            return scan(system, stop);
-        });
+    auto work = [own = m_latestScan, system = m_system, stop = m_stop.get_token()] {
+        own->hasBegun = true;
+        return scan(system, stop);
+    };
+    m_latestScan->ending = start(m_workers.scans, std::move(work));
     return m_latestScan->ending;
 }
 
@@ -127,16 +127,13 @@ QCoro::Task<bool> AppState::killProcess(QString pid)
 {
     const QPointer<AppState> self(this);
     const QFuture<void> marked =
-        startUrgently(m_pool, [flag = m_isKillingProcess] { *flag = true; });
+        start(m_workers.kills, [flag = m_isKillingProcess] { *flag = true; });
     co_await marked;
     if (!self)
         co_return false;
     removeRows(pid);
 
-    const QFuture<bool> killing =
-        startUrgently(m_pool, [system = m_system, pid, stop = m_stop.get_token()] {
-            return kill(system, pid, stop);
-        });
+    const QFuture<bool> killing = startKill(pid);
     const bool isKilled = co_await killing;
     if (!self)
         co_return isKilled;
@@ -148,6 +145,17 @@ QCoro::Task<bool> AppState::killProcess(QString pid)
     }
     *m_isKillingProcess = false;
     co_return isKilled;
+}
+
+QFuture<bool> AppState::startKill(const QString &pid)
+{
+    std::stop_source timeLimit;
+    QTimer::singleShot(killTimeLimit, this, [timeLimit]() mutable { timeLimit.request_stop(); });
+    return start(
+        m_workers.kills, [system = m_system, pid, timeLimit, stop = m_stop.get_token()]() mutable {
+            const std::stop_callback stopToo(stop, [&timeLimit] { timeLimit.request_stop(); });
+            return kill(system, pid, timeLimit.get_token());
+        });
 }
 
 void AppState::removeRows(const QString &pid)

@@ -2,6 +2,7 @@
 
 #include "model/PortInfo.h"
 #include "scan/SystemInterfaces.h"
+#include "state/Workers.h"
 
 #include <QCoroTask>
 
@@ -19,8 +20,6 @@
 #include <stop_token>
 #include <type_traits>
 
-class QThreadPool;
-
 namespace tidewick
 {
 
@@ -34,17 +33,19 @@ struct ScanOutcome
 /// The one observable store of what is known about this machine's listeners, and its refresh
 /// cycle: a scan at creation, one every 5 seconds, and one whenever somebody asks.
 ///
-/// Lives on the main thread, as do all its signals. Scans run on `pool`, which must outlive the
-/// store; they may overlap, and the list published last wins. Destroying the store stops the scans
-/// under way without waiting for them.
+/// Lives on the main thread, as do all its signals. Scans and kills run on `workers`, which
+/// must outlive the store; they may overlap, and the list published last wins. Destroying the store
+/// stops the scans under way without waiting for them.
 class AppState : public QObject
 {
     Q_OBJECT
 
 public:
     static constexpr std::chrono::milliseconds refreshInterval{5000};
+    /// What a kill may take, the wait for those before it included. /bin/kill takes milliseconds.
+    static constexpr std::chrono::milliseconds killTimeLimit{5000};
 
-    AppState(SystemInterfaces system, QThreadPool &pool, QObject *parent = nullptr);
+    AppState(SystemInterfaces system, Workers &workers, QObject *parent = nullptr);
     ~AppState() override;
     Q_DISABLE_COPY_MOVE(AppState)
 
@@ -75,8 +76,10 @@ public:
     QCoro::Task<> loadRunningPorts();
 
     /// Ends the process `pid` at once, with a signal that cannot be caught. Its rows leave the list
-    /// before the tool runs; where the tool fails a rescan brings back what still runs. True where
-    /// /bin/kill ran and exited with 0. Main thread; the tool runs in a pool thread.
+    /// before the tool runs; where the tool fails, or is ended after `killTimeLimit`, a rescan
+    /// brings back what still runs. True where /bin/kill ran and exited with 0; it does not run
+    /// where `pid` is not the decimal number of one process. Main thread; the tool runs in a pool
+    /// thread.
     QCoro::Task<bool> killProcess(QString pid);
 
     /// (Re)starts the timer, whose first tick comes one interval from now.
@@ -115,11 +118,14 @@ private:
     /// serves this request too: it will see nothing older. So slow scans never queue up.
     QFuture<ScanOutcome> startScan();
 
+    /// Hands a kill to the pool; its time limit begins.
+    QFuture<bool> startKill(const QString &pid);
+
     /// Takes the rows of `pid` from the list, in one change.
     void removeRows(const QString &pid);
 
     SystemInterfaces m_system;
-    QThreadPool &m_pool;
+    Workers &m_workers;
     std::stop_source m_stop;
     std::shared_ptr<Scan> m_latestScan;
     /// Written in the kill's pool threads, which may outlive the store.

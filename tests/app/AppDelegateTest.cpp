@@ -6,7 +6,6 @@
 
 #include <gtest/gtest.h>
 
-#include <QThreadPool>
 #include <QTimer>
 
 using namespace tidewick;
@@ -217,7 +216,7 @@ protected:
     ~AppDelegateTest() override
     {
         delegate.reset();
-        m_pool.waitForDone();
+        m_workers.waitForDone();
         QCoreApplication::processEvents();
     }
 
@@ -255,11 +254,11 @@ private:
             return ToolResult{lsofOutput, 0};
         }),
         ToolTable::stock(), RecordingHttpClient::refusing()};
-    QThreadPool m_pool;
+    Workers m_workers;
 
 protected:
     std::unique_ptr<AppDelegate> delegate = std::make_unique<AppDelegate>(
-        m_system, m_pool,
+        m_system, m_workers,
         Desktop{[this](bool isStarting) {
                     record.log(isStarting ? QStringLiteral("updater starting")
                                           : QStringLiteral("updater"));

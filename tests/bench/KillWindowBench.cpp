@@ -5,7 +5,7 @@
 #include "scan/CurlHttpClient.h"
 #include "scan/ProcessToolRunner.h"
 #include "state/AppState.h"
-#include "state/WorkerPool.h"
+#include "state/Workers.h"
 #include "tests/support/ServerProgram.h"
 #include "tests/support/WaitUntil.h"
 
@@ -131,9 +131,9 @@ int main(int argc, char *argv[])
     const QCoreApplication application(argc, argv);
     const ToolTable tools = argc > 1 ? ToolTable::suppliedOverStock(QString::fromLocal8Bit(argv[1]))
                                      : ToolTable::stock();
-    WorkerPool pool(8);
+    Workers workers;
     AppState state(
-        {std::make_shared<ProcessToolRunner>(), tools, std::make_shared<CurlHttpClient>()}, pool);
+        {std::make_shared<ProcessToolRunner>(), tools, std::make_shared<CurlHttpClient>()}, workers);
     print("from the end of a process to a list without it:", timesInTheList(state));
     print("from the press to the end of the process:", timesOfAKill(state));
     const double rate = newProcessesASecond();

@@ -15,7 +15,6 @@
 #include <QQmlExtensionPlugin>
 #include <QQuickItem>
 #include <QSemaphore>
-#include <QThreadPool>
 #include <QTimer>
 
 #include <sys/times.h>
@@ -255,8 +254,8 @@ int main(int argc, char *argv[])
     QGuiApplication::setQuitOnLastWindowClosed(false);
 
     Machine machine(cards, isHostile);
-    QThreadPool pool;
-    AppState state(machine.interfaces(), pool);
+    Workers workers;
+    AppState state(machine.interfaces(), workers);
     Panel panel(state);
     QElapsedTimer creation;
     creation.start();

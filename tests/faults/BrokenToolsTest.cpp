@@ -1,30 +1,15 @@
-#include "scan/CurlHttpClient.h"
-#include "scan/ProcessToolRunner.h"
-#include "tests/faults/FaultTest.h"
+#include "tests/faults/BrokenTools.h"
 #include "tests/support/TestText.h"
 #include "tests/support/WaitUntil.h"
 
-#include <QFile>
-
 #include <array>
+#include <cerrno>
 #include <csignal>
 
 using namespace tidewick;
 
-struct ToolFault
-{
-    const char *name;
-    /// What the tool does instead of its task, as a shell has it; null where it is missing.
-    const char *script;
-    /// The system's text where it cannot be started.
-    const char *error = nullptr;
-};
-
 namespace
 {
-
-/// The part of a scan, or of a kill, that a tool has.
-enum class Task { list, processFacts, folder, kill };
 
 const std::array toolFaults{
     ToolFault{"missing", nullptr, "No such file or directory"},
@@ -39,100 +24,21 @@ const std::array toolFaults{
     ToolFault{"floodingItsErrors", "\"$faulty\" flood >&2; exit 0"},
 };
 
-/// Tools in a folder of the test's own, each the real one until it is broken.
-class BrokenTools : public FaultTest
+class BrokenTool : public BrokenTools, public testing::WithParamInterface<ToolFault>
 {
-protected:
-    BrokenTools()
-    {
-        for (const Task task : {Task::list, Task::processFacts, Task::kill})
-            mend(task);
-    }
-
-    SystemInterfaces system() const
-    {
-        const ToolTable table{{path(Task::list)}, {path(Task::processFacts)}, {path(Task::kill)}};
-        return {std::make_shared<ProcessToolRunner>(), table, std::make_shared<CurlHttpClient>()};
-    }
-
-    void breakTool(Task task, const ToolFault &fault) const
-    {
-        QFile::remove(path(task));
-        if (fault.script == nullptr)
-            return;
-        QFile file(path(task));
-        ASSERT_TRUE(file.open(QIODevice::WriteOnly));
-        // A kill that half works works.
-        const QString own = task == Task::kill ? QStringLiteral("/bin/echo") : real(task);
-        file.write("#!/bin/sh\nreal='" + own.toLocal8Bit() + "' faulty='" FAULTY_TOOL "'\n");
-        // lsof has two of the tasks.
-        if (task == Task::list || task == Task::folder)
-            file.write(QByteArray("if [ \"$1\" != ") + (task == Task::list ? "-i" : "-p") +
-                       " ]; then exec \"$real\" \"$@\"; fi\n");
-        file.write(fault.script);
-        if (fault.error == nullptr)
-            file.setPermissions(file.permissions() | QFile::ExeOwner);
-    }
-
-    /// Lets the list hang in so many scans at once; returns the tools' process ids.
-    QList<pid_t> hang(int scans)
-    {
-        const QString file = m_tools.filePath(QStringLiteral("pids"));
-        const QByteArray script = "echo $$ >>'" + file.toLocal8Bit() + "'; exec sleep 1000";
-        breakTool(Task::list, {"hanging", script.constData()});
-        for (int i = 0; i < scans; ++i)
-            store->refreshPorts();
-        QList<pid_t> pids;
-        EXPECT_TRUE(waitUntil([&] {
-            QFile in(file);
-            if (in.open(QIODevice::ReadOnly) && in.size() > 0) {
-                pids.clear();
-                for (const QByteArray &line : in.readAll().trimmed().split('\n'))
-                    pids.append(line.toInt());
-            }
-            return pids.size() == scans;
-        }));
-        QFile::remove(file);
-        mend(Task::list);
-        return pids;
-    }
-
-    void mend(Task task) const
-    {
-        QFile::remove(path(task));
-        ASSERT_TRUE(QFile::link(real(task), path(task)));
-    }
-
-private:
-    QString path(Task task) const
-    {
-        return m_tools.filePath(task == Task::kill           ? QStringLiteral("kill")
-                                : task == Task::processFacts ? QStringLiteral("ps")
-                                                             : QStringLiteral("lsof"));
-    }
-
-    static QString real(Task task)
-    {
-        const ToolTable table = realSystem().toolTable;
-        return presentTool(task == Task::kill           ? table.kill
-                           : task == Task::processFacts ? table.ps
-                                                        : table.lsof);
-    }
-
-    const QTemporaryDir m_tools;
 };
 
-class BrokenTool : public BrokenTools, public testing::WithParamInterface<ToolFault>
+class HangingTool : public BrokenTools, public testing::WithParamInterface<Task>
 {
 };
 
 } // namespace
 
-TEST_F(BrokenTools, thatHangLeaveTheOtherScansAlone)
+TEST_P(HangingTool, leavesTheOtherScansAlone)
 {
     const auto server = serve();
     start(system());
-    const QList<pid_t> hanging = hang(pool.maxThreadCount() - 1);
+    const QList<pid_t> hanging = hang(workers.scans.maxThreadCount() - 1, GetParam());
     const auto another = serve();
     ASSERT_TRUE(refresh());
     EXPECT_TRUE(tellsTheTruthAbout(*server));
@@ -142,29 +48,60 @@ TEST_F(BrokenTools, thatHangLeaveTheOtherScansAlone)
     EXPECT_TRUE(rowsOf(*another).isEmpty());
     EXPECT_TRUE(tellsTheTruthAbout(*server));
 
-    for (const pid_t pid : hanging)
-        EXPECT_EQ(::kill(pid, SIGKILL), 0);
-    ASSERT_TRUE(waitUntil([this] { return pool.activeThreadCount() == 0; }));
+    endHanging(hanging);
     ASSERT_TRUE(refresh());
     EXPECT_TRUE(tellsTheTruthAbout(*server));
 }
 
-TEST_F(BrokenTools, thatHangInEveryThreadHoldUpScansUntilTheyEndAndNoKill)
+TEST_P(HangingTool, inEveryThreadHoldsUpScansUntilOneEndsAndNoKill)
 {
     const auto server = serve();
     const auto another = serve();
     start(system());
-    const QList<pid_t> hanging = hang(pool.maxThreadCount());
+    const QList<pid_t> hanging = hang(workers.scans.maxThreadCount(), GetParam());
     store->refreshPorts();
     EXPECT_TRUE(killEnds(*another));
     EXPECT_TRUE(tellsTheTruthAbout(*server)) << "the last good list stays";
 
-    for (const pid_t pid : hanging)
-        EXPECT_EQ(::kill(pid, SIGKILL), 0);
-    ASSERT_TRUE(waitUntil([this] { return pool.activeThreadCount() == 0; }));
+    endHanging(hanging);
     ASSERT_TRUE(refresh());
     EXPECT_TRUE(tellsTheTruthAbout(*server));
     EXPECT_TRUE(rowsOf(*another).isEmpty());
+}
+
+INSTANTIATE_TEST_SUITE_P(At, HangingTool,
+                         testing::Values(Task::list, Task::processFacts, Task::folder),
+                         [](const auto &info) {
+                             return info.param == Task::list           ? "theList"
+                                    : info.param == Task::processFacts ? "processFacts"
+                                                                       : "theFolder";
+                         });
+
+TEST_F(BrokenTools, killThatHangsIsEndedAfterItsTimeAndTakesNoRowForLong)
+{
+    const auto server = serve();
+    start(system());
+    letHang(Task::kill);
+    const int together = workers.kills.maxThreadCount();
+    const auto first = startKill(server->processId());
+    const auto second = startKill(server->processId());
+    const QList<pid_t> hanging = hangingTools(together);
+    const auto last = startKill(server->processId()); // waits for its thread
+    EXPECT_TRUE(rowsOf(*server).isEmpty());
+    EXPECT_FALSE(*first);
+
+    ASSERT_TRUE(waitUntil([&] { return *first && *second && *last; }, 30'000));
+    EXPECT_EQ(*first, false);
+    EXPECT_EQ(*second, false);
+    EXPECT_EQ(*last, false);
+    for (const pid_t pid : hanging)
+        EXPECT_EQ(::kill(pid, 0), -1) << pid;
+    EXPECT_FALSE(store->isKillingProcess());
+    EXPECT_TRUE(server->isRunning());
+    EXPECT_TRUE(tellsTheTruthAbout(*server));
+
+    mend(Task::kill);
+    EXPECT_TRUE(killEnds(*server));
 }
 
 TEST_P(BrokenTool, ofTheListCostsOneScan)
@@ -175,12 +112,12 @@ TEST_P(BrokenTool, ofTheListCostsOneScan)
 
     breakTool(Task::list, GetParam());
     ASSERT_TRUE(refresh());
-    if (GetParam().error == nullptr) {
+    if (GetParam().listError == nullptr) {
         EXPECT_EQ(store->lastError(), std::nullopt);
         EXPECT_TRUE(rowsOf(*server).isEmpty());
     } else {
         ASSERT_TRUE(store->lastError());
-        EXPECT_TRUE(store->lastError()->endsWith(QLatin1String(GetParam().error)))
+        EXPECT_TRUE(store->lastError()->endsWith(QLatin1String(GetParam().listError)))
             << store->lastError()->toStdString();
         EXPECT_EQ(rowsOf(*server).size(), 1) << "the list before it stays";
     }
@@ -195,7 +132,7 @@ TEST_P(BrokenTool, ofTheDetailsCostsThemAndNoRow)
     const auto server = serve();
     start(system());
     for (const Task task : {Task::processFacts, Task::folder}) {
-        if (task == Task::folder && GetParam().error != nullptr)
+        if (task == Task::folder && GetParam().startError != nullptr)
             continue; // without lsof there is no list either
         breakTool(task, GetParam());
         ASSERT_TRUE(refresh());

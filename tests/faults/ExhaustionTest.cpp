@@ -1,4 +1,4 @@
-#include "tests/faults/FaultTest.h"
+#include "tests/faults/BrokenTools.h"
 #include "tests/support/TestText.h"
 #include "tests/support/WaitUntil.h"
 
@@ -100,6 +100,43 @@ bool canFork()
     return child > 0;
 }
 
+/// Scans hang in every thread, and what a kill needs is exhausted.
+class BusyMachine : public BrokenTools
+{
+protected:
+    void startAndHang()
+    {
+        m_server = serve();
+        start(system());
+        m_hanging = hang(workers.scans.maxThreadCount());
+    }
+
+    /// A kill fails at once. Its rescan waits as any, and with it the answer.
+    void killFailsAsSoonAsAScanEnds()
+    {
+        const auto answer = startKill(m_server->processId());
+        EXPECT_TRUE(waitUntil([this] { return rowsOf(*m_server).isEmpty(); }));
+        EXPECT_TRUE(waitUntil([this] { return workers.kills.activeThreadCount() == 0; }));
+        EXPECT_EQ(*answer, std::nullopt);
+        endHanging(m_hanging);
+        EXPECT_TRUE(waitUntil([&answer] { return answer->has_value(); }));
+        EXPECT_EQ(*answer, false);
+        EXPECT_FALSE(store->isKillingProcess());
+        EXPECT_TRUE(m_server->isRunning());
+    }
+
+    void allIsWellAfterwards()
+    {
+        ASSERT_TRUE(refresh());
+        EXPECT_TRUE(tellsTheTruthAbout(*m_server));
+        EXPECT_TRUE(killEnds(*m_server));
+    }
+
+private:
+    std::unique_ptr<ServerProgram> m_server;
+    QList<pid_t> m_hanging;
+};
+
 } // namespace
 
 // NOLINTNEXTLINE(cppcoreguidelines-macro-usage): GTEST_SKIP returns from the test
@@ -181,4 +218,28 @@ TEST_F(FaultTest, scanAndKillWithoutProcessesFailWithTheSystemsText)
     EXPECT_TRUE(killEnds(*server));
     ASSERT_TRUE(refresh());
     EXPECT_TRUE(rowsOf(*server).isEmpty());
+}
+
+TEST_F(BusyMachine, withoutDescriptorsFailsAKillAndGoesOn)
+{
+    NEEDS_NO_DESCRIPTORS_ITSELF();
+    startAndHang();
+    {
+        const FewDescriptors none(0);
+        killFailsAsSoonAsAScanEnds();
+    }
+    allIsWellAfterwards();
+}
+
+TEST_F(BusyMachine, withoutProcessesFailsAKillAndGoesOn)
+{
+    const OrdinaryUser user;
+    startAndHang();
+    {
+        const Limit none(RLIMIT_NPROC, 0);
+        if (canFork())
+            GTEST_SKIP() << "no limit holds this user";
+        killFailsAsSoonAsAScanEnds();
+    }
+    allIsWellAfterwards();
 }

@@ -21,7 +21,7 @@ FaultTest::FaultTest()
 FaultTest::~FaultTest()
 {
     store.reset();
-    pool.waitForDone();
+    workers.waitForDone();
     QCoreApplication::processEvents(); // lets the awaiting coroutines end
 }
 
@@ -34,7 +34,7 @@ SystemInterfaces FaultTest::realSystem()
 
 void FaultTest::start(std::optional<SystemInterfaces> system)
 {
-    store = std::make_unique<AppState>(system ? *std::move(system) : realSystem(), pool);
+    store = std::make_unique<AppState>(system ? *std::move(system) : realSystem(), workers);
     const_cast<QTimer *>(store->refreshTimer())->stop();
     ASSERT_TRUE(waitUntil([this] { return store->isLoading(); }, patienceMs));
     ASSERT_TRUE(waitUntil([this] { return !store->isLoading(); }, patienceMs));
@@ -52,20 +52,26 @@ bool FaultTest::refresh()
 
 void FaultTest::endEveryScan()
 {
-    ASSERT_TRUE(waitUntil([this] { return pool.activeThreadCount() == 0; }, patienceMs));
+    ASSERT_TRUE(waitUntil([this] { return workers.scans.activeThreadCount() == 0; }, patienceMs));
     QCoreApplication::processEvents();
 }
 
-std::optional<bool> FaultTest::kill(const ServerProgram &server)
+std::shared_ptr<const std::optional<bool>> FaultTest::startKill(qint64 pid)
 {
-    std::optional<bool> answer;
-    const auto await = [](AppState &state, QString pid, auto &result) -> QCoro::Task<> {
+    const auto answer = std::make_shared<std::optional<bool>>();
+    const auto await = [](AppState &state, QString pid, auto result) -> QCoro::Task<> {
         auto killing = state.killProcess(pid);
-        result = co_await killing;
+        *result = co_await killing;
     };
-    const auto waiting = await(*store, QString::number(server.processId()), answer);
-    waitUntil([&answer] { return answer.has_value(); }, patienceMs);
+    await(*store, QString::number(pid), answer);
     return answer;
+}
+
+std::optional<bool> FaultTest::kill(qint64 pid)
+{
+    const auto answer = startKill(pid);
+    waitUntil([&answer] { return answer->has_value(); }, patienceMs);
+    return *answer;
 }
 
 bool FaultTest::killEnds(ServerProgram &server)

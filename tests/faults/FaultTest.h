@@ -1,7 +1,7 @@
 #pragma once
 
 #include "state/AppState.h"
-#include "state/WorkerPool.h"
+#include "state/Workers.h"
 #include "tests/support/ServerProgram.h"
 
 #include <gtest/gtest.h>
@@ -28,8 +28,11 @@ protected:
     /// Waits for the scans that overlap, and their publication.
     void endEveryScan();
 
-    /// What the store answers to a request to kill `server`; nothing where it does not.
-    std::optional<bool> kill(const ServerProgram &server);
+    /// Asks the store to kill the process. What it answers is there once it does.
+    std::shared_ptr<const std::optional<bool>> startKill(qint64 pid);
+    /// What the store answers to a request to kill the process; nothing where it does not.
+    std::optional<bool> kill(qint64 pid);
+    std::optional<bool> kill(const ServerProgram &server) { return kill(server.processId()); }
     /// Whether the store tells that it killed `server`, and it ends.
     bool killEnds(ServerProgram &server);
 
@@ -44,6 +47,6 @@ protected:
     static tidewick::SystemInterfaces realSystem();
 
     const QTemporaryDir folder;
-    tidewick::WorkerPool pool{8};
+    tidewick::Workers workers;
     std::unique_ptr<tidewick::AppState> store;
 };

@@ -13,7 +13,7 @@
 #include "scan/CurlHttpClient.h"
 #include "scan/ProcessToolRunner.h"
 #include "state/AppState.h"
-#include "state/WorkerPool.h"
+#include "state/Workers.h"
 #include "tests/support/Holdings.h"
 #include "tests/support/WaitUntil.h"
 
@@ -40,7 +40,6 @@ using namespace tidewick;
 namespace
 {
 
-constexpr int poolWidth = 8;
 constexpr int patienceMs = 60'000;
 constexpr uid_t ownUser = 54321;
 constexpr uid_t foreignUser = 54398;
@@ -169,7 +168,7 @@ private:
     bool m_isOrdinary = false;
 };
 
-/// A store with a pool of its own. What both held is given back at the end, or `isClean` tells.
+/// A store with threads of its own. What both held is given back at the end, or `isClean` tells.
 class Store
 {
 public:
@@ -177,11 +176,12 @@ public:
     {
         m_state.emplace(SystemInterfaces{std::make_shared<ProcessToolRunner>(), tools,
                                          std::make_shared<CurlHttpClient>()},
-                        m_pool);
+                        m_workers);
     }
 
     AppState &state() { return *m_state; }
-    int busyThreads() const { return m_pool.activeThreadCount(); }
+    int scansUnderWay() const { return m_workers.scans.activeThreadCount(); }
+    int scansAtOnce() const { return m_workers.scans.maxThreadCount(); }
 
     /// Milliseconds from the end of the store to that of its last thread.
     double end()
@@ -189,12 +189,12 @@ public:
         QElapsedTimer timer;
         timer.start();
         m_state.reset();
-        m_pool.waitForDone();
+        m_workers.waitForDone();
         return double(timer.nsecsElapsed()) / 1e6;
     }
 
 private:
-    WorkerPool m_pool{poolWidth};
+    Workers m_workers;
     std::optional<AppState> m_state;
 };
 
@@ -263,8 +263,8 @@ bool endureSilence(const Crowd &crowd, const ToolTable &tools)
             store.state().refreshPorts();
             QCoreApplication::processEvents();
         }
-        isGood = waitUntil([&store] { return store.busyThreads() == poolWidth; });
-        std::printf("%d requests: %d scans under way; ", requests, store.busyThreads());
+        isGood = waitUntil([&store] { return store.scansUnderWay() == store.scansAtOnce(); });
+        std::printf("%d requests: %d scans under way; ", requests, store.scansUnderWay());
         isGood = fits(before, holdings()) && isGood;
 
         QElapsedTimer timer;

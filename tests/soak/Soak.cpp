@@ -8,7 +8,7 @@
 #include "scan/CurlHttpClient.h"
 #include "scan/ProcessToolRunner.h"
 #include "state/AppState.h"
-#include "state/WorkerPool.h"
+#include "state/Workers.h"
 #include "tests/support/Holdings.h"
 #include "tests/support/ServerProgram.h"
 #include "tests/support/WaitUntil.h"
@@ -114,8 +114,8 @@ private:
 class Soak
 {
 public:
-    Soak(AppState &state, QThreadPool &pool, int refreshes)
-        : m_state(state), m_pool(pool), m_refreshes(refreshes)
+    Soak(AppState &state, Workers &workers, int refreshes)
+        : m_state(state), m_workers(workers), m_refreshes(refreshes)
     {
     }
 
@@ -171,7 +171,7 @@ private:
         m_servers.stopAll();
         Holdings now;
         waitUntil([this, &now] {
-            m_pool.waitForDone(); // the system sees its threads a little longer
+            m_workers.waitForDone(); // the system sees its threads a little longer
             now = holdings();
             return now.threads == 1;
         });
@@ -179,7 +179,7 @@ private:
     }
 
     AppState &m_state;
-    QThreadPool &m_pool;
+    Workers &m_workers;
     int m_refreshes;
     Servers m_servers;
     Outcome m_outcome;
@@ -251,11 +251,12 @@ int main(int argc, char *argv[])
     const int refreshes = argc > 1 ? std::max(1, QByteArray(argv[1]).toInt()) : 300;
     const ToolTable tools = argc > 2 ? ToolTable::suppliedOverStock(QString::fromLocal8Bit(argv[2]))
                                      : ToolTable::stock();
-    WorkerPool pool(8);
+    Workers workers;
     AppState state(
-        {std::make_shared<ProcessToolRunner>(), tools, std::make_shared<CurlHttpClient>()}, pool);
+        {std::make_shared<ProcessToolRunner>(), tools, std::make_shared<CurlHttpClient>()},
+        workers);
     const Schedule schedule(state);
-    Soak soak(state, pool, refreshes);
+    Soak soak(state, workers, refreshes);
     auto run = soak.run();
     QCoro::waitFor(run);
     const int missedTicks = schedule.missedTicks(warmUp + refreshes);

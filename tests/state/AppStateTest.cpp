@@ -10,7 +10,6 @@
 #include <QFile>
 #include <QTemporaryDir>
 #include <QThread>
-#include <QThreadPool>
 
 #include <condition_variable>
 #include <map>
@@ -104,17 +103,16 @@ public:
     void finish(int run, int exitStatus) { finish(run, ToolResult{{}, exitStatus}); }
 };
 
-/// A store over held tools. The store goes first, then the pool, then the tools.
+/// A store over held tools. The store goes first, then its threads, then the tools.
 class AppStateTest : public testing::Test
 {
 protected:
     static constexpr int poolWidth = 4;
 
-    AppStateTest() { m_pool.setMaxThreadCount(poolWidth); }
     ~AppStateTest() override
     {
         store.reset();
-        m_pool.waitForDone();
+        m_workers.waitForDone();
         QCoreApplication::processEvents(); // lets the awaiting coroutines end
     }
 
@@ -169,13 +167,13 @@ private:
         return what == QStringLiteral("-9") ? kill.run(stop) : ToolResult();
     }
 
-    QThreadPool m_pool;
+    Workers m_workers{poolWidth};
 
 protected:
     std::shared_ptr<RecordingToolRunner> tools = std::make_shared<RecordingToolRunner>(
         [this](const auto &call, const auto &stop) { return run(call, stop); });
     std::unique_ptr<AppState> store = std::make_unique<AppState>(
-        SystemInterfaces{tools, ToolTable::stock(), RecordingHttpClient::refusing()}, m_pool);
+        SystemInterfaces{tools, ToolTable::stock(), RecordingHttpClient::refusing()}, m_workers);
 };
 
 } // namespace
@@ -499,6 +497,29 @@ TEST_F(AppStateTest, killRunsTheToolWithSignalNineAndThePidAsItIs)
     EXPECT_EQ(call.arguments, QStringList({QStringLiteral("-9"), QStringLiteral("4711")}));
 }
 
+TEST_F(AppStateTest, killOfWhatIsNoProcessIdIsFalseAfterARescanAndRunsNoTool)
+{
+    publish({3000});
+    int scans = 1;
+    for (const QString &pid :
+         {QStringLiteral("-1"), QStringLiteral("0"), QStringLiteral("00"), QStringLiteral("1x"),
+          QStringLiteral("١"), QStringLiteral("1 2"), QStringLiteral("-"), QString(),
+          QStringLiteral("2147483648"), QStringLiteral("4294967295")}) {
+        killed.reset();
+        lsof.finish(++scans, {3000});
+        startKill(pid);
+        ASSERT_TRUE(waitForResult()) << pid.toStdString();
+        EXPECT_EQ(killed, false) << pid.toStdString();
+        EXPECT_EQ(lsof.started(), scans);
+        EXPECT_FALSE(store->isKillingProcess());
+    }
+    EXPECT_EQ(kill.started(), 0);
+    EXPECT_EQ(ports(store->runningPorts()), QList<qint64>({3000}));
+
+    startKill(QStringLiteral("2147483647"));
+    EXPECT_TRUE(waitForKill(1));
+}
+
 TEST_F(AppStateTest, killOfAnUnlistedPidRunsTheToolAndLeavesTheList)
 {
     publish({3000});
@@ -611,9 +632,9 @@ TEST(AppStateWithRealTools, missingLsofIsAnErrorUntilItIsThereAgain)
     ToolTable table;
     table.lsof = QStringList(lsof);
     table.ps = QStringList(QStringLiteral("/bin/true"));
-    QThreadPool pool;
+    Workers workers;
     AppState store({std::make_shared<ProcessToolRunner>(), table, RecordingHttpClient::refusing()},
-                   pool);
+                   workers);
     const auto refresh = [&store] {
         const QTimer *const timer = store.refreshTimer();
         bool ended = false;

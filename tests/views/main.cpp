@@ -11,7 +11,6 @@
 #include <QQuickItem>
 #include <QQuickWindow>
 #include <QTcpServer>
-#include <QThreadPool>
 #include <QtQuickTest>
 
 Q_IMPORT_QML_PLUGIN(TidewickPlugin)
@@ -156,13 +155,13 @@ private:
     std::atomic<int> m_killMilliseconds = 0;
     std::atomic<bool> m_isSlow = false;
     QStringList m_log;
-    QThreadPool m_pool;
+    Workers m_workers;
     AppState m_state{{std::make_shared<RecordingToolRunner>(
                           [this](const auto &call, const auto &stop) { return run(call, stop); }),
                       ToolTable::stock(),
                       std::make_shared<RecordingHttpClient>(
                           [this](const auto &request) { return answerHttp(request); })},
-                     m_pool};
+                     m_workers};
     Panel m_panel{m_state};
     QString m_registrationError;
     QTcpServer m_trap;
