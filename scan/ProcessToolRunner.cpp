@@ -49,7 +49,7 @@ QByteArray readToTheEnd(QProcess &child, const ChildHandle &handle)
             handle.kill();
     }
     child.waitForFinished(-1);
-    return (output + child.readAllStandardOutput()).left(ProcessToolRunner::outputLimit);
+    return output + child.readAllStandardOutput();
 }
 
 } // namespace
@@ -78,9 +78,10 @@ ToolResult ProcessToolRunner::run(const QString &program, const QStringList &arg
         throw ToolStartError(program + QStringLiteral(": ") + qt_error_string(reason));
     }
     const std::stop_callback killWhenStopped(stop, [&handle] { handle.kill(); });
-    QByteArray output = readToTheEnd(child, handle);
+    const QByteArray output = readToTheEnd(child, handle);
     const bool exited = child.exitStatus() == QProcess::NormalExit;
-    return {std::move(output), exited ? child.exitCode() : -1};
+    const bool isCut = output.size() > outputLimit;
+    return {output.left(outputLimit), exited ? child.exitCode() : -1, isCut};
 }
 
 } // namespace tidewick

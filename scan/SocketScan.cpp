@@ -9,6 +9,7 @@
 #include <algorithm>
 #include <array>
 #include <optional>
+#include <stdexcept>
 
 namespace tidewick
 {
@@ -85,6 +86,8 @@ QList<PortInfo> fetchRunningPorts(const SystemInterfaces &system, const std::sto
     const QStringList arguments{QStringLiteral("-i"), QStringLiteral("TCP"), QStringLiteral("-P"),
                                 QStringLiteral("-n"), QStringLiteral("-sTCP:LISTEN")};
     const ToolResult lsof = system.tools->run(presentTool(system.toolTable.lsof), arguments, stop);
+    if (lsof.isCut)
+        throw std::length_error("lsof: the list of listeners is too long");
     QList<PortInfo> kept;
     for (const PortInfo &record :
          parsePortInfo(decodeUtf8(lsof.standardOutput).value_or(QString()))) {

@@ -13,7 +13,8 @@ namespace tidewick
 
 /// One whole scan: the development listeners of this machine, enriched, ascending by port.
 /// Blocks; call it in a pool thread. A stop request ends it early with a list that is worthless.
-/// Throws ToolStartError where lsof cannot be started; every other trouble is an empty list.
+/// Throws ToolStartError where lsof cannot be started, and std::length_error where it prints more
+/// than can be kept, for then rows would be missing; every other trouble is an empty list.
 QList<PortInfo> fetchRunningPorts(const SystemInterfaces &system, const std::stop_token &stop);
 
 /// Reads lsof's nine-column output (lsof(8), "OUTPUT"; the header line is skipped unread).

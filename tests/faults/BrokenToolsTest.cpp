@@ -20,7 +20,8 @@ const std::array toolFaults{
     ToolFault{"killedHalfway", "\"$real\" \"$@\" | head -c 9; kill -9 $$"},
     ToolFault{"halfALine", "\"$real\" \"$@\" | head -c -40; exit 0"},
     ToolFault{"noUtf8", "\"$real\" \"$@\"; printf '\\377\\376\\n'; exit 0"},
-    ToolFault{"flooding", "exec \"$faulty\" overflow"},
+    ToolFault{"flooding", "exec \"$faulty\" overflow", nullptr,
+              "lsof: the list of listeners is too long"},
     ToolFault{"floodingItsErrors", "\"$faulty\" flood >&2; exit 0"},
 };
 

@@ -9,6 +9,7 @@
 #include <QFile>
 
 #include <random>
+#include <stdexcept>
 
 using namespace tidewick;
 
@@ -68,6 +69,17 @@ TEST(ParsePortInfo, headerAloneYieldsNothing)
 TEST(ParsePortInfo, firstLineIsSkippedWhateverItSays)
 {
     EXPECT_TRUE(parse("node 812 alice 23u IPv4 0x1a2b 0t0 TCP *:3000 (LISTEN)\n").isEmpty());
+}
+
+TEST(ParsePortInfo, pidIsKeptAsItIsPrinted)
+{
+    for (const QString &pid : {QStringLiteral("-1"), QStringLiteral("0"), QStringLiteral("1x"),
+                               QStringLiteral("١"), QStringLiteral("4294967295")}) {
+        const auto records = parsePortInfo(
+            header + QStringLiteral("node %1 a 3u IPv4 0x1 0t0 TCP *:3000 (LISTEN)\n").arg(pid));
+        ASSERT_EQ(records.size(), 1) << pid.toStdString();
+        EXPECT_EQ(records.first().pid(), pid);
+    }
 }
 
 TEST(ParsePortInfo, lineYieldsARecordWithTheScansFieldsOnly)
@@ -363,6 +375,15 @@ TEST(FetchRunningPorts, stopEndsItAfterTheSocketList)
     std::stop_source stopped;
     stopped.request_stop();
     fetchRunningPorts(systemWith(tools), stopped.get_token());
+    EXPECT_EQ(tools->calls().size(), 1U);
+}
+
+TEST(FetchRunningPorts, listThatIsCutIsAFailure)
+{
+    const auto tools = std::make_shared<RecordingToolRunner>([](const auto &, const auto &) {
+        return ToolResult{"header\nnode 1 a 3u IPv4 0x1 0t0 TCP *:3000 (LISTEN)\n", -1, true};
+    });
+    EXPECT_THROW(fetchRunningPorts(systemWith(tools), {}), std::length_error);
     EXPECT_EQ(tools->calls().size(), 1U);
 }
 

@@ -112,6 +112,7 @@ TEST(ToolRunner, carriesMegabytesOnBothPipesWithoutLosingAByte)
     const ToolResult result = runFaultyTool({QStringLiteral("flood")});
     EXPECT_EQ(result.exitStatus, 0);
     EXPECT_TRUE(result.standardOutput == QByteArray(2500000, 'a') + QByteArray(2500000, 'b'));
+    EXPECT_FALSE(result.isCut);
 }
 
 TEST(ToolRunner, keepsNothingOfStandardError)
@@ -132,6 +133,7 @@ TEST(ToolRunner, killsAToolThatPrintsForEver)
     const ToolResult result = runFaultyTool({QStringLiteral("overflow")});
     EXPECT_EQ(result.exitStatus, -1);
     EXPECT_TRUE(result.standardOutput == QByteArray(ProcessToolRunner::outputLimit, 'a'));
+    EXPECT_TRUE(result.isCut);
 }
 
 TEST(ToolRunner, keepsWhatACrashingToolPrinted)
