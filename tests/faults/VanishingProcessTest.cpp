@@ -153,6 +153,25 @@ INSTANTIATE_TEST_SUITE_P(Rows, VanishingProcess,
                                          StepRow{"afterItsAnswer", 6, true, true, true}),
                          rowName);
 
+TEST_F(FaultTest, processIdGivenToAnotherBeforeTheNextListHasThatOneKilled)
+{
+    auto server = serve();
+    const auto pid = pid_t(server->processId());
+    start();
+    ASSERT_TRUE(tellsTheTruthAbout(*server));
+    server.reset();
+
+    if (startServerAs(pid, freePort()) != pid)
+        GTEST_SKIP() << "the system grants no process id of one's choice";
+    ASSERT_EQ(store->runningPorts().size(), 1) << "still the row of the one that has ended";
+    EXPECT_EQ(kill(pid), true);
+    EXPECT_TRUE(store->runningPorts().isEmpty());
+    int status = 0;
+    ASSERT_EQ(waitpid(pid, &status, 0), pid);
+    EXPECT_TRUE(WIFSIGNALED(status));
+    EXPECT_EQ(WTERMSIG(status), SIGKILL);
+}
+
 TEST_F(FaultTest, processIdOfAnotherProcessIsListedAsThatProcess)
 {
     auto server = serve();
