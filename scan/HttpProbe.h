@@ -24,8 +24,9 @@ struct ProbeResult
 };
 
 /// Finds out whether the local listener on `port` speaks HTTP. Up to nine attempts, one after
-/// another, each followed by an HTTPS check where it met TLS. Blocks, for about nine seconds where
-/// every attempt times out. Never fails. A stop request ends it early with a worthless result.
+/// another, each followed by an HTTPS check where it met TLS, and each of these a second at most.
+/// Blocks: for about nine seconds where every attempt times out, for up to 18 where a server delays
+/// both on purpose. Never fails. A stop request ends it early with a worthless result.
 ProbeResult probeHttpService(qint64 port, const HttpClient &client, const std::stop_token &stop);
 
 } // namespace tidewick
