@@ -87,7 +87,7 @@ QList<pid_t> BrokenTools::hang(int scans, Task task)
     letHang(task);
     for (int i = 0; i < scans; ++i)
         store->refreshPorts();
-    const QList<pid_t> tools = hangingTools(scans);
+    QList<pid_t> tools = hangingTools(scans);
     mend(task);
     return tools;
 }
