@@ -1,6 +1,8 @@
 #include "state/WorkerPool.h"
 
+#include <QDeadlineTimer>
 #include <QSemaphore>
+#include <QThread>
 
 #include <memory>
 
@@ -16,6 +18,10 @@ WorkerPool::WorkerPool(int width)
     for (int i = 0; i < width; ++i)
         start([gate] { gate->acquire(); });
     gate->release(width);
+    // Until a thread waits for work it counts as busy.
+    const QDeadlineTimer patience(1000);
+    while (activeThreadCount() > 0 && !patience.hasExpired())
+        QThread::yieldCurrentThread();
 }
 
 } // namespace tidewick

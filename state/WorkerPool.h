@@ -11,6 +11,7 @@ namespace tidewick
 class WorkerPool : public QThreadPool
 {
 public:
+    /// Comes back with all threads idle.
     explicit WorkerPool(int width);
 };
 

@@ -133,7 +133,8 @@ int main(int argc, char *argv[])
                                      : ToolTable::stock();
     Workers workers;
     AppState state(
-        {std::make_shared<ProcessToolRunner>(), tools, std::make_shared<CurlHttpClient>()}, workers);
+        {std::make_shared<ProcessToolRunner>(), tools, std::make_shared<CurlHttpClient>()},
+        workers);
     print("from the end of a process to a list without it:", timesInTheList(state));
     print("from the press to the end of the process:", timesOfAKill(state));
     const double rate = newProcessesASecond();
