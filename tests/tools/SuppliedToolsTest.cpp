@@ -451,28 +451,26 @@ TEST_P(SuppliedTools, aLauncherThatNamesThePortIsNotTheServer)
 {
     NEEDS_ROOT("be another user");
     const std::string server = program("python3");
-    const int port = freePort();
-    const std::string onPort = "port " + std::to_string(port) + "|";
     // A service, and a person's one whose arguments, and those of its child, name the port.
     for (const uid_t user : {984U, 54399U}) {
-        const OddProcess launcher({onPort + "launch 127.0.0.1",
-                                   {"python3", "--port=" + std::to_string(port)},
+        // A new port each time: the last one's holder may still be ending.
+        const std::string port = std::to_string(freePort());
+        const OddProcess launcher({"port " + port + "|launch 127.0.0.1",
+                                   {"python3", "--port=" + port},
                                    server,
                                    asUser(user)});
         ASSERT_TRUE(launcher.isUp());
-        const auto list = rowsOf(port);
+        const auto list = rowsOf(launcher.port());
         EXPECT_EQ(list.size(), viewer() == 0 ? 1U : 0U);
         for (const Row &row : list)
             EXPECT_NE(row.pid, launcher.pid());
     }
     // Only the launcher names it, and its name is another one.
+    const std::string listen = "ODD='port " + std::to_string(freePort()) + "|listen 127.0.0.1' ";
     const OddProcess shell(
-        {"",
-         {"sh", "-c", "ODD='" + onPort + "listen 127.0.0.1' " + server + " & wait"},
-         "/bin/sh",
-         asUser(54399)});
+        {"", {"sh", "-c", listen + server + " & wait"}, "/bin/sh", asUser(54399)});
     ASSERT_TRUE(shell.isUp());
-    for (const Row &row : rowsOf(port))
+    for (const Row &row : rowsOf(shell.port()))
         EXPECT_NE(row.pid, shell.pid());
 }
 
