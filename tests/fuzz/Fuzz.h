@@ -33,8 +33,8 @@ inline QList<QByteArray> pieces(const uint8_t *data, size_t size, qsizetype coun
     return result;
 }
 
-/// ps counts days, hours, minutes and seconds of a process's life: a time beyond 64 bits cannot come
-/// from it, and ends the program. Of 14 digits, days are within them.
+/// ps counts days, hours, minutes and seconds of a process's life: a time beyond 64 bits cannot
+/// come from it, and ends the program. Of 14 digits, days are within them.
 inline bool isBeyondAnyLife(const QByteArray &elapsed)
 {
     int digits = 0;
