@@ -50,8 +50,8 @@ IN_A_TEST = {
 # Minutes of work: with --all.
 LONG = ["make bench", "make screenshots", "scripts/try-servers", "scripts/newer-qt",
         "scripts/check-package --twice"]
-SELF = [".ci/run"]
-PLACEHOLDERS = ["scripts/test -R Name"]
+SELF = [".ci/run", "scripts/check-docs --all"]
+PLACEHOLDERS = ["scripts/test -R Name", "scripts/virtual-desktop COMMAND"]
 
 failures = []
 
