@@ -42,7 +42,7 @@ ListView {
         if (item === list) {
             if (currentItem && isByKeyboard)
                 currentItem.forceActiveFocus(Qt.TabFocusReason);
-        } else if (item === given && !isByKeyboard) {
+        } else if (item && item === given && !isByKeyboard) {
             item.focus = false;
         } else if (focusedCard) {
             isByKeyboard = item === focusedCard || item.visualFocus;

@@ -42,6 +42,16 @@ class PanelTest(PanelCase):
                           ("label", "push button", "list", "list item", "scroll bar"),
                           element.name())
 
+    def test_opening_and_closing_prints_nothing(self):
+        self.serve("shop")
+        self.launch(1)
+        for _ in range(2):
+            desktop.click(200, 700)
+            desktop.wait_for_no_panel()
+            self.open_panel()
+        self.program.terminate()
+        self.assertEqual(self.program.communicate(timeout=5)[1], "")
+
     def test_loading_then_empty(self):
         lister = held_lister.HeldLister()
         self.addCleanup(lister.remove)
