@@ -1,6 +1,7 @@
 // panel_soak_program REFRESHES - refreshes the panel so often, while it is shown, with cards that
 // come, go and change, over a machine that is made up. Prints what the process held at the
-// beginning and at the end, when there was no card; exits 1 where something grew.
+// beginning and at the end, when there was no card; exits 1 where something grew, and aborts where
+// no card is shown in between.
 
 #include "state/Workers.h"
 #include "tests/support/Holdings.h"
@@ -10,6 +11,7 @@
 #include <QGuiApplication>
 #include <QQmlEngine>
 #include <QQmlExtensionPlugin>
+#include <QQuickItem>
 #include <QQuickView>
 
 #include <algorithm>
@@ -143,6 +145,9 @@ int main(int argc, char *argv[])
     view.show();
 
     refresh(state, warmUp);
+    const auto *const cards = view.rootObject()->findChild<QQuickItem *>(QStringLiteral("cards"));
+    if (cards == nullptr || cards->property("count").toInt() == 0)
+        qFatal("panel_soak_program: the panel shows no card");
     const Holdings first = quietHoldings(state, *machine, view);
     refresh(state, refreshes);
     return report(first, quietHoldings(state, *machine, view)) ? EXIT_SUCCESS : EXIT_FAILURE;
