@@ -1,6 +1,6 @@
 // What the supplied tools cost against the stock ones and ss, in one run: tools_bench FOLDER
 // [PROCESSES...] measures those in FOLDER beside 160 listeners, with that many more processes.
-#include "tests/tools/OddProcess.h"
+#include "tests/libexec/OddProcess.h"
 
 #include <QElapsedTimer>
 

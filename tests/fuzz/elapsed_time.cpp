@@ -1,8 +1,8 @@
 // ps prints how long a process has lived; any text may stand there.
 
+#include "libexec/ProcessCells.h"
 #include "scan/Enrichment.h"
 #include "tests/fuzz/Fuzz.h"
-#include "tools/ProcessCells.h"
 
 #include <QRegularExpression>
 

@@ -1,11 +1,11 @@
 // What /proc tells of a process, most of which the process may choose. Five texts, cut at the
 // record separator (0x1e): stat, status, the command line, the executable's path, a port.
 
+#include "libexec/ProcessCells.h"
+#include "libexec/SocketTable.h"
 #include "scan/SocketScan.h"
 #include "scan/ToolText.h"
 #include "tests/fuzz/Fuzz.h"
-#include "tools/ProcessCells.h"
-#include "tools/SocketTable.h"
 
 #include <clocale>
 #include <cmath>

@@ -1,7 +1,7 @@
 // The kernel's lists of listening sockets, by netlink and as texts: any bytes are taken for one.
 
+#include "libexec/ProcText.h"
 #include "tests/fuzz/Fuzz.h"
-#include "tools/ProcText.h"
 
 #include <arpa/inet.h>
 #include <linux/inet_diag.h>

@@ -1,10 +1,10 @@
 // What the supplied lsof prints, the scan reads, whatever the processes call themselves. Each text
 // is a process: two bytes of its port, one that chooses its address, its name.
 
+#include "libexec/SocketTable.h"
 #include "scan/SocketScan.h"
 #include "scan/ToolText.h"
 #include "tests/fuzz/Fuzz.h"
-#include "tools/SocketTable.h"
 
 #include <algorithm>
 #include <map>

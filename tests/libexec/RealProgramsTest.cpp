@@ -3,9 +3,9 @@
 #include "scan/CurlHttpClient.h"
 #include "scan/ProcessToolRunner.h"
 #include "scan/SocketScan.h"
+#include "tests/libexec/SuppliedTools.h"
 #include "tests/support/ServerProgram.h"
 #include "tests/support/TestText.h"
-#include "tests/tools/SuppliedTools.h"
 
 #include <QFile>
 #include <QTemporaryDir>

@@ -1,9 +1,9 @@
-#include "tools/ProcText.h"
+#include "libexec/ProcText.h"
+#include "libexec/Holders.h"
+#include "libexec/ProcessCells.h"
+#include "libexec/SocketDump.h"
 #include "scan/SocketScan.h"
 #include "tests/support/TestText.h"
-#include "tools/Holders.h"
-#include "tools/ProcessCells.h"
-#include "tools/SocketDump.h"
 
 #include <gtest/gtest.h>
 

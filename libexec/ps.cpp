@@ -1,8 +1,8 @@
 // The supplied ps: what ps(1) prints for the three argument lists that the application uses,
 // without a walk over all processes. Any other argument is refused.
-#include "tools/ProcFiles.h"
-#include "tools/ProcText.h"
-#include "tools/ProcessCells.h"
+#include "libexec/ProcFiles.h"
+#include "libexec/ProcText.h"
+#include "libexec/ProcessCells.h"
 
 #include <climits>
 #include <clocale>

@@ -1,4 +1,4 @@
-#include "tools/ProcFiles.h"
+#include "libexec/ProcFiles.h"
 
 #include <cerrno>
 #include <climits>

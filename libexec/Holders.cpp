@@ -1,6 +1,6 @@
-#include "tools/Holders.h"
+#include "libexec/Holders.h"
 
-#include "tools/ProcFiles.h"
+#include "libexec/ProcFiles.h"
 
 #include <algorithm>
 #include <array>

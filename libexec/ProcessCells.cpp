@@ -1,7 +1,7 @@
-#include "tools/ProcessCells.h"
+#include "libexec/ProcessCells.h"
 
-#include "tools/ProcFiles.h"
-#include "tools/ProcText.h"
+#include "libexec/ProcFiles.h"
+#include "libexec/ProcText.h"
 
 #include <algorithm>
 #include <cstring>

@@ -1,9 +1,9 @@
 // The supplied lsof: what lsof(8) prints for the two argument lists that the application uses,
 // without lsof's cuts of a name. Any other argument is refused.
-#include "tools/Attribution.h"
-#include "tools/ProcFiles.h"
-#include "tools/SocketDump.h"
-#include "tools/SocketTable.h"
+#include "libexec/Attribution.h"
+#include "libexec/ProcFiles.h"
+#include "libexec/SocketDump.h"
+#include "libexec/SocketTable.h"
 
 #include <climits>
 #include <clocale>

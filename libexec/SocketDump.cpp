@@ -1,6 +1,6 @@
-#include "tools/SocketDump.h"
+#include "libexec/SocketDump.h"
 
-#include "tools/ProcFiles.h"
+#include "libexec/ProcFiles.h"
 
 #include <array>
 #include <cerrno>

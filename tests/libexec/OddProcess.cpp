@@ -1,4 +1,4 @@
-#include "tests/tools/OddProcess.h"
+#include "tests/libexec/OddProcess.h"
 
 #include <QElapsedTimer>
 #include <QFile>

@@ -1,4 +1,4 @@
-#include "tools/ProcText.h"
+#include "libexec/ProcText.h"
 
 #include <algorithm>
 #include <array>

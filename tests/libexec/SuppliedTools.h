@@ -1,6 +1,6 @@
 #pragma once
 
-#include "tests/tools/OddProcess.h"
+#include "tests/libexec/OddProcess.h"
 
 #include <gtest/gtest.h>
 

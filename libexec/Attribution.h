@@ -1,6 +1,6 @@
 #pragma once
 
-#include "tools/Holders.h"
+#include "libexec/Holders.h"
 
 namespace tidewick::tools
 {

@@ -1,6 +1,6 @@
-#include "tools/Attribution.h"
+#include "libexec/Attribution.h"
 
-#include "tools/ProcFiles.h"
+#include "libexec/ProcFiles.h"
 
 #include <algorithm>
 #include <array>

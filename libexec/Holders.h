@@ -1,6 +1,6 @@
 #pragma once
 
-#include "tools/ProcText.h"
+#include "libexec/ProcText.h"
 
 #include <map>
 #include <set>

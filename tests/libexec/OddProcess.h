@@ -30,7 +30,7 @@ struct Output
 Output runProgram(const std::string &program, const std::vector<std::string> &arguments,
                   const BeforeExec &before = {}, const char *locale = "C.UTF-8");
 
-/// tests/tools/odd_process.c, running; it dies with the test, and its children with it.
+/// tests/libexec/odd_process.c, running; it dies with the test, and its children with it.
 class OddProcess
 {
 public:

@@ -1,6 +1,6 @@
-#include "tools/SocketTable.h"
+#include "libexec/SocketTable.h"
 
-#include "tools/ProcFiles.h"
+#include "libexec/ProcFiles.h"
 
 #include <algorithm>
 #include <cwchar>

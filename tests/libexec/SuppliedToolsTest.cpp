@@ -1,5 +1,5 @@
 // The supplied lsof and ps beside real processes, each as odd as one that was met.
-#include "tests/tools/SuppliedTools.h"
+#include "tests/libexec/SuppliedTools.h"
 #include "tests/support/ServerProgram.h"
 
 #include <QElapsedTimer>
