@@ -1,6 +1,6 @@
 #include "model/PortInfo.h"
 
-#include "model/Paths.h"
+#include "text/Paths.h"
 
 #include <QStringList>
 

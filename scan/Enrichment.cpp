@@ -3,7 +3,9 @@
 #include "scan/CommandMetadata.h"
 #include "scan/HttpProbe.h"
 #include "scan/ServiceDetection.h"
-#include "scan/ToolText.h"
+#include "text/Lines.h"
+#include "text/Numbers.h"
+#include "text/Utf8.h"
 
 #include <algorithm>
 #include <optional>

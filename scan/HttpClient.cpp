@@ -1,7 +1,7 @@
 #include "scan/HttpClient.h"
 
-#include "model/VisibleText.h"
-#include "scan/ToolText.h"
+#include "text/Utf8.h"
+#include "text/VisibleText.h"
 
 #include <QStringList>
 

@@ -1,6 +1,6 @@
 #include "scan/HttpProbe.h"
 
-#include "scan/ToolText.h"
+#include "text/Utf8.h"
 
 #include <QByteArrayView>
 #include <QStringView>

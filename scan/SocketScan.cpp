@@ -1,7 +1,9 @@
 #include "scan/SocketScan.h"
 
 #include "scan/Enrichment.h"
-#include "scan/ToolText.h"
+#include "text/Lines.h"
+#include "text/Numbers.h"
+#include "text/Utf8.h"
 
 #include <QSet>
 #include <QStringView>

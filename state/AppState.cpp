@@ -1,7 +1,7 @@
 #include "state/AppState.h"
 
 #include "scan/SocketScan.h"
-#include "scan/ToolText.h"
+#include "text/Numbers.h"
 
 #include <QCoroFuture>
 #include <QCoroThread>

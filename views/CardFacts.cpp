@@ -1,7 +1,7 @@
 #include "views/CardFacts.h"
 
-#include "model/Paths.h"
-#include "model/VisibleText.h"
+#include "text/Paths.h"
+#include "text/VisibleText.h"
 #include "views/Formats.h"
 #include "views/PortListModel.h"
 

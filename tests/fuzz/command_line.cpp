@@ -2,8 +2,8 @@
 
 #include "scan/CommandMetadata.h"
 #include "scan/ServiceDetection.h"
-#include "scan/ToolText.h"
 #include "tests/fuzz/Fuzz.h"
+#include "text/Numbers.h"
 
 using namespace tidewick;
 

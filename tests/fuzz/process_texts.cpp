@@ -4,8 +4,8 @@
 #include "libexec/ProcessCells.h"
 #include "libexec/SocketTable.h"
 #include "scan/SocketScan.h"
-#include "scan/ToolText.h"
 #include "tests/fuzz/Fuzz.h"
+#include "text/Utf8.h"
 
 #include <clocale>
 #include <cmath>

@@ -1,8 +1,10 @@
 // lsof's output is any text.
 
 #include "scan/SocketScan.h"
-#include "scan/ToolText.h"
 #include "tests/fuzz/Fuzz.h"
+#include "text/Lines.h"
+#include "text/Numbers.h"
+#include "text/Utf8.h"
 
 #include <algorithm>
 #include <limits>

@@ -3,8 +3,8 @@
 
 #include "libexec/SocketTable.h"
 #include "scan/SocketScan.h"
-#include "scan/ToolText.h"
 #include "tests/fuzz/Fuzz.h"
+#include "text/Utf8.h"
 
 #include <algorithm>
 #include <map>

@@ -1,5 +1,5 @@
 #include "scan/SocketScan.h"
-#include "scan/ToolText.h"
+#include "text/Utf8.h"
 #include "tests/support/RecordingHttpClient.h"
 #include "tests/support/RecordingToolRunner.h"
 #include "tests/support/TestText.h"

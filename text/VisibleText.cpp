@@ -1,4 +1,4 @@
-#include "model/VisibleText.h"
+#include "text/VisibleText.h"
 
 namespace tidewick
 {

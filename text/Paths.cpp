@@ -1,4 +1,4 @@
-#include "model/Paths.h"
+#include "text/Paths.h"
 
 #include <QDir>
 

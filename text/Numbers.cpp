@@ -1,44 +1,12 @@
-#include "scan/ToolText.h"
+#include "text/Numbers.h"
 
-#include <QStringDecoder>
+#include <QString> // defines the conversions of QStringView
 
 #include <algorithm>
 #include <cmath>
 
 namespace tidewick
 {
-namespace
-{
-
-bool isNewline(QChar character)
-{
-    const char16_t c = character.unicode();
-    return (c >= u'\n' && c <= u'\r') || c == u'\u0085' || c == u'\u2028' || c == u'\u2029';
-}
-
-} // namespace
-
-std::optional<QString> decodeUtf8(const QByteArray &bytes)
-{
-    QStringDecoder decoder(QStringDecoder::Utf8, QStringDecoder::Flag::Stateless |
-                                                     QStringDecoder::Flag::ConvertInitialBom);
-    QString text = decoder(bytes);
-    return decoder.hasError() ? std::nullopt : std::optional(std::move(text));
-}
-
-QList<QStringView> splitLines(QStringView text)
-{
-    QList<QStringView> lines;
-    qsizetype start = 0;
-    for (qsizetype i = 0; i < text.size(); ++i) {
-        if (isNewline(text[i])) {
-            lines.append(text.sliced(start, i - start));
-            start = i + 1;
-        }
-    }
-    lines.append(text.sliced(start));
-    return lines;
-}
 
 std::optional<qint64> parseInteger(QStringView text)
 {

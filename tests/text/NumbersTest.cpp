@@ -1,0 +1,41 @@
+#include "text/Numbers.h"
+#include "tests/support/TestText.h"
+
+#include <gtest/gtest.h>
+
+using namespace tidewick;
+
+struct NumberRow
+{
+    const char *name;
+    const char16_t *text;
+    std::optional<double> number;
+};
+
+class Number : public testing::TestWithParam<NumberRow>
+{
+};
+
+TEST_P(Number, isReadOrRefused)
+{
+    EXPECT_EQ(parseNumber(GetParam().text), GetParam().number);
+}
+
+TEST(LongNumber, ofMegabytesIsRefusedUnread)
+{
+    EXPECT_EQ(parseNumber(QString(1000, u'0')), 0);
+    EXPECT_EQ(parseNumber(QString(1001, u'0')), std::nullopt);
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Rows, Number,
+    testing::Values(NumberRow{"integer", u"123904", 123904}, NumberRow{"decimal", u"12.5", 12.5},
+                    NumberRow{"zero", u"0.0", 0}, NumberRow{"negative", u"-1.5", -1.5},
+                    NumberRow{"exponent", u"1e3", 1000}, NumberRow{"empty", u"", std::nullopt},
+                    NumberRow{"text", u"x", std::nullopt},
+                    NumberRow{"trailingText", u"1.5x", std::nullopt},
+                    NumberRow{"commaDecimal", u"1,5", std::nullopt},
+                    NumberRow{"infinity", u"inf", std::nullopt},
+                    NumberRow{"overflow", u"1e999", std::nullopt},
+                    NumberRow{"notANumber", u"nan", std::nullopt}),
+    rowName);
