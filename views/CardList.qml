@@ -1,3 +1,5 @@
+pragma ComponentBehavior: Bound
+
 import QtQuick
 import Tidewick
 import QtQuick.Templates as T
@@ -91,16 +93,20 @@ ListView {
     }
 
     delegate: PortCard {
-        readonly property CardList cards: ListView.view as CardList
+        id: card
 
-        x: 12
-        width: cards ? cards.width - 24 : 0
-        panel: cards ? cards.panel : null
+        width: list.width - 24
+        panel: list.panel
         // Once it has the focus it stays a stop until the focus has moved on.
-        isTabStop: ListView.isCurrentItem || (cards?.focusedCard === this)
-        isExpanded: cards ? cards.expandedPort === facts.port : false
-        onToggleExpand: cards.toggleExpand(facts.port)
-        onKill: panel.kill(facts.pid)
+        isTabStop: ListView.isCurrentItem || list.focusedCard === card
+        isExpanded: list.expandedPort === facts.port
+        onToggleExpand: list.toggleExpand(facts.port)
+        onKill: list.panel.kill(facts.pid)
+
+        // A view puts its delegates at its own left edge, whatever their x is.
+        transform: Translate {
+            x: 12
+        }
     }
 
     T.ScrollBar.vertical: T.ScrollBar {
