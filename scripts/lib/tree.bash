@@ -1,0 +1,95 @@
+# shellcheck shell=bash
+# tree.bash - minimal Debian systems in directories, and throw-away copies of them in which anything
+# may be done, since nothing of it stays. Sourced by scripts that root runs.
+
+# skip REASON - ends the script as a test that this machine cannot run.
+skip() {
+    echo "SKIPPED: $1"
+    exit 77
+}
+
+# package_sources SUITE - the lines of sources.list for Debian's SUITE, from where this machine gets
+# its packages. sid has neither security updates nor stable updates.
+package_sources() {
+    local line
+    # shellcheck disable=SC2016 # apt expands it
+    apt-get indextargets --format 'deb $(REPO_URI) $(CODENAME) $(COMPONENT)' \
+        'Identifier: Packages' 'Origin: Debian' 'Component: main' |
+        sed -nE "s/^(deb .*) [a-z]+(-security|-updates)? main$/\1 $1\2 main/p" | sort -u |
+        while read -r line; do
+            [[ $1 == sid && $line == *' sid-'* ]] || echo "$line"
+        done
+}
+
+# minimal_tree SUITE DIRECTORY - makes DIRECTORY/tree: Debian's SUITE with its essential packages and
+# apt alone, as debootstrap's variant minbase, and a name for the loopback address. Does nothing
+# where it is there. Ends with the status 77 where it cannot be made: that needs root, debootstrap
+# and a package source.
+minimal_tree() (
+    suite=$1 directory=$2
+    [[ ! -d $directory/tree ]] || exit 0
+    [[ $EUID -eq 0 ]] || skip "only root can make a Debian tree"
+    command -v debootstrap >/dev/null || skip "debootstrap is missing; scripts/setup installs it"
+    sources=$(package_sources "$suite")
+    mirror=$(sed -n "s/^deb \(.*\) $suite main$/\1/p" <<<"$sources" | head -n 1)
+    [[ -n $mirror ]] || skip "this machine has no package source of Debian"
+
+    tree=$directory/unfinished
+    trap 'rm -rf "$tree"' EXIT
+    rm -rf "$tree"
+    mkdir -p "$directory"
+    # debootstrap knows the suites of its own time; all later ones are made as sid is.
+    debootstrap --variant=minbase "$suite" "$tree" "$mirror" sid >"$directory/log" 2>&1 || {
+        tail -n 5 "$directory/log"
+        skip "$suite cannot be fetched; see $directory/log"
+    }
+    echo "$sources" >"$tree/etc/apt/sources.list"
+    apt-config dump Acquire::http Acquire::https >"$tree/etc/apt/apt.conf.d/99machine"
+    printf '%s\n' '127.0.0.1 localhost' '::1 localhost' >"$tree/etc/hosts"
+    rm -f "$tree"/var/cache/apt/archives/*.deb
+    mv "$tree" "$directory/tree"
+)
+
+# apart SCRIPT ARG... - goes on as "SCRIPT --inside ARG...", with mounts and processes of its own:
+# all of them end with the script.
+apart() {
+    [[ $EUID -eq 0 ]] || skip "only root can make a throw-away file system"
+    unshare --mount --pid --fork --mount-proc true 2>/dev/null ||
+        skip "this machine allows no mount namespace"
+    exec unshare --mount --pid --fork --mount-proc --kill-child "$1" --inside "${@:2}"
+}
+
+# copy_of TREE [CHANGES] - sets $root to a throw-away copy of the directory TREE. What is changed
+# there is kept in memory, and /mnt is covered meanwhile; or in the directory CHANGES, which must be
+# empty, and which the caller removes.
+copy_of() {
+    local place=${2:-/mnt}
+    [[ -n ${2:-} ]] || mount -t tmpfs tmpfs "$place"
+    mkdir "$place"/{upper,work,root}
+    mount -t overlay -o "lowerdir=$1,upperdir=$place/upper,workdir=$place/work" overlay \
+        "$place/root" || skip "this machine allows no overlay of a file system"
+    root=$place/root
+    mount -t proc proc "$root/proc"
+    mount --rbind /dev "$root/dev"
+    mount -t tmpfs tmpfs "$root/run"
+    mount -t tmpfs tmpfs "$root/tmp"
+    chmod 1777 "$root/tmp"
+}
+
+# The environment in a tree.
+bare=(/usr/bin/env -i PATH=/usr/sbin:/usr/bin:/sbin:/bin LC_ALL=C.UTF-8
+    DEBIAN_FRONTEND=noninteractive)
+
+# inside COMMAND... - runs it in the copy, with a bare environment.
+inside() { chroot "$root" "${bare[@]}" "$@"; }
+
+# enter COMMAND... - goes on as COMMAND, with a bare environment and with the copy as its file
+# system. Unlike chroot alone, this lets COMMAND make user namespaces.
+enter() {
+    mount --rbind /sys "$root/sys"
+    mount -t tmpfs tmpfs "$root/dev/shm"
+    cd "$root" || return
+    pivot_root . mnt
+    # shellcheck disable=SC2016 # for the inner shell
+    exec chroot . "${bare[@]}" /bin/sh -c 'umount --lazy /mnt && exec "$@"' sh "$@"
+}
