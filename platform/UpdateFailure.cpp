@@ -1,5 +1,8 @@
 #include "platform/UpdateFailure.h"
 
+#include "text/Truncated.h"
+#include "text/VisibleText.h"
+
 namespace tidewick
 {
 namespace
@@ -7,27 +10,6 @@ namespace
 
 constexpr qsizetype maxLine = 200;
 constexpr qsizetype maxParagraphs = 4000;
-
-QString cut(const QString &text, qsizetype length)
-{
-    return text.size() <= length ? text : text.left(length) + QChar(0x2026);
-}
-
-/// The character itself, a space for what is no text, and line breaks where they may stay.
-QChar printable(QChar character, bool keepsLines)
-{
-    if (keepsLines && character == QLatin1Char('\n'))
-        return character;
-    const bool isText = character.isPrint() || character.isSurrogate();
-    return isText ? character : QChar(QChar::Space);
-}
-
-QString printable(QString text, bool keepsLines)
-{
-    for (QChar &character : text)
-        character = printable(character, keepsLines);
-    return text;
-}
 
 UpdateError errorOfCode(uint code)
 {
@@ -173,12 +155,12 @@ UpdateFailure failureOfCall(const QDBusError &error)
 
 QString asLine(const QString &text)
 {
-    return cut(printable(text.left(2 * maxLine), false).simplified(), maxLine);
+    return truncated(visibleText(text.left(2 * maxLine)).simplified(), maxLine);
 }
 
 QString asParagraphs(const QString &text)
 {
-    return cut(printable(text.left(2 * maxParagraphs), true).trimmed(), maxParagraphs);
+    return truncated(visibleLines(text.left(2 * maxParagraphs)).trimmed(), maxParagraphs);
 }
 
 } // namespace tidewick

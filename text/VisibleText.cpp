@@ -1,13 +1,15 @@
 #include "text/VisibleText.h"
 
+#include <QList>
+
 namespace tidewick
 {
 namespace
 {
 
-bool isVisible(QChar character)
+bool isVisible(char32_t character)
 {
-    switch (character.category()) {
+    switch (QChar::category(character)) {
     case QChar::Other_Control:
     case QChar::Other_Format:
     case QChar::Separator_Line:
@@ -18,15 +20,27 @@ bool isVisible(QChar character)
     }
 }
 
+QString visible(const QString &text, bool keepsLineFeeds)
+{
+    QString result;
+    result.reserve(text.size());
+    for (const char32_t character : text.toUcs4()) {
+        const bool stays = isVisible(character) || (keepsLineFeeds && character == U'\n');
+        result += QChar::fromUcs4(stays ? character : U' ');
+    }
+    return result;
+}
+
 } // namespace
 
-QString visibleText(QString text)
+QString visibleText(const QString &text)
 {
-    for (QChar &character : text) {
-        if (!isVisible(character))
-            character = QChar::Space;
-    }
-    return text;
+    return visible(text, false);
+}
+
+QString visibleLines(const QString &text)
+{
+    return visible(text, true);
 }
 
 } // namespace tidewick

@@ -1,6 +1,7 @@
 #include "views/CardFacts.h"
 
 #include "text/Paths.h"
+#include "text/Truncated.h"
 #include "text/VisibleText.h"
 #include "views/Formats.h"
 #include "views/PortListModel.h"
@@ -15,8 +16,7 @@ namespace
 QString shown(const QString &name)
 {
     constexpr qsizetype limit = 255;
-    const QString visible = visibleText(name.first(qMin(name.size(), limit))).trimmed();
-    return name.size() <= limit ? visible : visible + QStringLiteral("…");
+    return visibleText(truncated(name, limit)).trimmed();
 }
 
 /// As a label: nothing for nothing.

@@ -49,8 +49,8 @@ inline bool isBeyondAnyLife(const QByteArray &elapsed)
 /// No character of it ends a line, moves the pen or hides what follows.
 inline bool isSingleLine(const QString &text)
 {
-    for (const QChar character : text) {
-        const auto category = character.category();
+    for (const char32_t character : text.toUcs4()) {
+        const auto category = QChar::category(character);
         if (category == QChar::Other_Control || category == QChar::Other_Format ||
             category == QChar::Separator_Line || category == QChar::Separator_Paragraph)
             return false;

@@ -95,6 +95,8 @@ TEST(UpdateFailure, boundsAndCleansForeignText)
 {
     EXPECT_EQ(asLine(QStringLiteral(" a\n\tb\u202e\u0000c ")), QStringLiteral("a b c"));
     EXPECT_EQ(asParagraphs(QStringLiteral("a\r\nb\x1b[31m")), QStringLiteral("a \nb [31m"));
+    EXPECT_EQ(asLine(QStringLiteral("a\u2028b")), QStringLiteral("a b"));
+    EXPECT_EQ(asParagraphs(QStringLiteral("a\u2028b\u2029c")), QStringLiteral("a b c"));
     EXPECT_LE(asLine(QString(1 << 20, QLatin1Char('x'))).size(), 201);
     EXPECT_LE(asParagraphs(QString(1 << 20, QLatin1Char('x'))).size(), 4001);
 }
