@@ -7,8 +7,8 @@
 // Until then there is neither memory to take nor anything thread-local, and the C library's own
 // functions may not be called: hence the system calls and the few memory functions in here. The
 // file is compiled with options that keep the compiler from calling others.
-#include "libexec/ProcText.h"
-#include "libexec/ProcessCells.h"
+#include "libexec/cells/ProcessCells.h"
+#include "libexec/proc/Words.h"
 
 #include <climits>
 #include <cstddef>

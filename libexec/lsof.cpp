@@ -1,14 +1,20 @@
 // The supplied lsof: what lsof(8) prints for the two argument lists that the application uses,
 // without lsof's cuts of a name. Any other argument is refused.
-#include "libexec/Attribution.h"
-#include "libexec/ProcFiles.h"
-#include "libexec/SocketDump.h"
-#include "libexec/SocketTable.h"
+#include "libexec/holders/Attribution.h"
+#include "libexec/holders/Holders.h"
+#include "libexec/holders/RowOrder.h"
+#include "libexec/proc/Descriptor.h"
+#include "libexec/proc/Words.h"
+#include "libexec/rows/SocketTable.h"
+#include "libexec/rows/WorkingDirectory.h"
+#include "libexec/sockets/SocketDump.h"
 
 #include <climits>
 #include <clocale>
 #include <cstdio>
 #include <cstdlib>
+
+#include <unistd.h>
 
 using namespace tidewick::tools;
 
@@ -24,7 +30,7 @@ int listSockets()
     attributeHidden(scan, sockets);
     sortByAncestry(scan, sockets);
     const std::string table = socketTable(scan, sockets);
-    return !table.empty() && writeOut(table) ? EXIT_SUCCESS : EXIT_FAILURE;
+    return !table.empty() && writeAll(STDOUT_FILENO, table) ? EXIT_SUCCESS : EXIT_FAILURE;
 }
 
 int printWorkingDirectory(int pid)
@@ -32,7 +38,7 @@ int printWorkingDirectory(int pid)
     // NOLINTNEXTLINE(concurrency-mt-unsafe): this program has one thread
     setlocale(LC_CTYPE, "");
     const std::string fields = workingDirectoryFields(pid);
-    return !fields.empty() && writeOut(fields) ? EXIT_SUCCESS : EXIT_FAILURE;
+    return !fields.empty() && writeAll(STDOUT_FILENO, fields) ? EXIT_SUCCESS : EXIT_FAILURE;
 }
 
 } // namespace

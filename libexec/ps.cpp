@@ -1,13 +1,15 @@
 // The supplied ps: what ps(1) prints for the three argument lists that the application uses,
 // without a walk over all processes. Any other argument is refused.
-#include "libexec/ProcFiles.h"
-#include "libexec/ProcText.h"
-#include "libexec/ProcessCells.h"
+#include "libexec/cells/ProcessCells.h"
+#include "libexec/proc/Descriptor.h"
+#include "libexec/proc/Words.h"
 
 #include <climits>
 #include <clocale>
 #include <cstdio>
 #include <cstdlib>
+
+#include <unistd.h>
 
 using namespace tidewick::tools;
 
@@ -29,7 +31,7 @@ int main(int argc, char *argv[])
             // NOLINTNEXTLINE(concurrency-mt-unsafe): this program has one thread
             setlocale(LC_CTYPE, "");
             const std::string line = query.line(int(*pid));
-            return !line.empty() && writeOut(line) ? EXIT_SUCCESS : EXIT_FAILURE;
+            return !line.empty() && writeAll(STDOUT_FILENO, line) ? EXIT_SUCCESS : EXIT_FAILURE;
         }
     }
     std::fputs("ps: only \"-p PID -o\" with \"command=\", \"rss=,%cpu=\" or \"etime=\" is known "

@@ -1,6 +1,6 @@
 // ps prints how long a process has lived; any text may stand there.
 
-#include "libexec/ProcessCells.h"
+#include "libexec/cells/ProcessCells.h"
 #include "scan/Enrichment.h"
 #include "tests/fuzz/Fuzz.h"
 

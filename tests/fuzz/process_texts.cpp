@@ -1,8 +1,14 @@
 // What /proc tells of a process, most of which the process may choose. Five texts, cut at the
 // record separator (0x1e): stat, status, the command line, the executable's path, a port.
 
-#include "libexec/ProcessCells.h"
-#include "libexec/SocketTable.h"
+#include "libexec/cells/ProcessCells.h"
+#include "libexec/holders/DockerProxy.h"
+#include "libexec/holders/NamedPorts.h"
+#include "libexec/names/EscapedText.h"
+#include "libexec/names/KnownNames.h"
+#include "libexec/names/ProgramName.h"
+#include "libexec/proc/Arguments.h"
+#include "libexec/proc/Words.h"
 #include "scan/SocketScan.h"
 #include "tests/fuzz/Fuzz.h"
 #include "text/Utf8.h"

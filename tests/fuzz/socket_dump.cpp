@@ -1,6 +1,7 @@
 // The kernel's lists of listening sockets, by netlink and as texts: any bytes are taken for one.
 
-#include "libexec/ProcText.h"
+#include "libexec/sockets/DiagMessages.h"
+#include "libexec/sockets/TcpTable.h"
 #include "tests/fuzz/Fuzz.h"
 
 #include <arpa/inet.h>

@@ -1,7 +1,8 @@
 // What the supplied lsof prints, the scan reads, whatever the processes call themselves. Each text
 // is a process: two bytes of its port, one that chooses its address, its name.
 
-#include "libexec/SocketTable.h"
+#include "libexec/names/EscapedText.h"
+#include "libexec/rows/SocketTable.h"
 #include "scan/SocketScan.h"
 #include "tests/fuzz/Fuzz.h"
 #include "text/Utf8.h"

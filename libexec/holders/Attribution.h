@@ -1,6 +1,7 @@
 #pragma once
 
-#include "libexec/Holders.h"
+#include "libexec/holders/Scan.h"
+#include "libexec/sockets/ListeningSocket.h"
 
 namespace tidewick::tools
 {

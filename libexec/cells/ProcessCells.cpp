@@ -1,7 +1,8 @@
-#include "libexec/ProcessCells.h"
+#include "libexec/cells/ProcessCells.h"
 
-#include "libexec/ProcFiles.h"
-#include "libexec/ProcText.h"
+#include "libexec/proc/Descriptor.h"
+#include "libexec/proc/ProcFiles.h"
+#include "libexec/proc/Words.h"
 
 #include <algorithm>
 #include <cstring>
@@ -58,17 +59,17 @@ void appendPrintable(std::string &escaped, std::string_view text)
     }
 }
 
-/// A process's folder, and the file that tells most about it.
+/// A process's directory, and the file that tells most about it.
 struct OpenProcess
 {
-    Descriptor folder;
+    Descriptor directory;
     std::string text;
     std::optional<ProcessStat> stat; ///< of that text
 
     explicit OpenProcess(int pid)
-        : folder(openFolder(AT_FDCWD, ("/proc/" + std::to_string(pid)).c_str()))
+        : directory(openDirectory(AT_FDCWD, ("/proc/" + std::to_string(pid)).c_str()))
     {
-        if (folder.isOpen() && readFile(folder.value(), "stat", text))
+        if (directory.isOpen() && readFile(directory.value(), "stat", text))
             stat = parseStat(text);
     }
 };
@@ -94,7 +95,7 @@ std::string commandCell(int pid)
     if (!process.stat)
         return {};
     std::string text;
-    if (readFile(process.folder.value(), "cmdline", text, commandLineLimit) && !text.empty())
+    if (readFile(process.directory.value(), "cmdline", text, commandLineLimit) && !text.empty())
         return escapeText(joinArguments(text)) + '\n';
     return escapeText('[' + std::string(process.stat->comm) + ']') +
            (process.stat->state == 'Z' ? " <defunct>\n" : "\n");
@@ -106,7 +107,7 @@ std::string memoryAndCpuCells(int pid)
     if (!process.stat)
         return {};
     std::string status;
-    readFile(process.folder.value(), "status", status);
+    readFile(process.directory.value(), "status", status);
     return residentCell(status) + ' ' +
            percentage(*process.stat, lifeTime(*process.stat), ticksPerSecond()) + '\n';
 }

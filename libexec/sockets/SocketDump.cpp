@@ -1,6 +1,9 @@
-#include "libexec/SocketDump.h"
+#include "libexec/sockets/SocketDump.h"
 
-#include "libexec/ProcFiles.h"
+#include "libexec/proc/Descriptor.h"
+#include "libexec/proc/ProcFiles.h"
+#include "libexec/sockets/DiagMessages.h"
+#include "libexec/sockets/TcpTable.h"
 
 #include <array>
 #include <cerrno>

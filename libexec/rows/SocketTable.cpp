@@ -1,12 +1,10 @@
-#include "libexec/SocketTable.h"
+#include "libexec/rows/SocketTable.h"
 
-#include "libexec/ProcFiles.h"
+#include "libexec/names/EscapedText.h"
 
 #include <algorithm>
-#include <cwchar>
-#include <cwctype>
+#include <map>
 
-#include <fcntl.h>
 #include <pwd.h>
 
 namespace tidewick::tools
@@ -86,55 +84,6 @@ std::string socketTable(const Scan &scan, const std::vector<ListeningSocket> &so
                  padLeft(row.device, deviceWidth) + "      0t0  TCP " + row.name + " (LISTEN)\n";
     }
     return table;
-}
-
-std::string workingDirectoryFields(int pid)
-{
-    const std::string link = "/proc/" + std::to_string(pid) + "/cwd";
-    std::string text;
-    if (!readLink(AT_FDCWD, link.c_str(), text))
-        return {};
-    std::string_view path = text;
-    if (stripDeleted(path) && isSameFile(AT_FDCWD, link.c_str(), AT_FDCWD, text.c_str()))
-        path = text;
-    return 'p' + std::to_string(pid) + "\nn" + escapePath(path) + '\n';
-}
-
-std::string escapePath(std::string_view path)
-{
-    constexpr std::string_view hex = "0123456789abcdef";
-    std::string escaped;
-    while (!path.empty()) {
-        const auto byte = static_cast<unsigned char>(path[0]);
-        if (byte >= 0x80) {
-            mbstate_t state{};
-            wchar_t character = 0;
-            // NOLINTNEXTLINE(concurrency-mt-unsafe): the state is its own
-            const size_t length = mbrtowc(&character, path.data(), path.size(), &state);
-            if (length <= path.size() && iswprint(wint_t(character)) != 0) {
-                escaped += path.substr(0, length);
-                path.remove_prefix(length);
-                continue;
-            }
-            escaped += "\\x";
-            escaped += hex[byte >> 4];
-            escaped += hex[byte & 15];
-        } else if (byte == 0x7f) {
-            escaped += "\\x7f";
-        } else if (byte == '\\') {
-            escaped += "\\\\";
-        } else if (byte >= 0x20) {
-            escaped += path[0];
-        } else {
-            // The order of the control characters is that of their letters from 8 to 13.
-            constexpr std::string_view letters("btn\0fr", 6);
-            const char letter = byte >= 8 && byte <= 13 && byte != 11 ? letters[byte - 8] : '\0';
-            escaped += letter != '\0' ? '\\' : '^';
-            escaped += letter != '\0' ? letter : char(byte + '@');
-        }
-        path.remove_prefix(1);
-    }
-    return escaped;
 }
 
 } // namespace tidewick::tools

@@ -1,17 +1,23 @@
-#include "libexec/Attribution.h"
+#include "libexec/holders/Attribution.h"
 
-#include "libexec/ProcFiles.h"
+#include "libexec/holders/Cgroups.h"
+#include "libexec/holders/DockerProxy.h"
+#include "libexec/holders/NamedPorts.h"
+#include "libexec/holders/ProcessTree.h"
+#include "libexec/names/CommandName.h"
+#include "libexec/proc/Arguments.h"
+#include "libexec/proc/Descriptor.h"
+#include "libexec/proc/ProcFiles.h"
+#include "libexec/proc/ProcessStat.h"
 
 #include <algorithm>
 #include <array>
-#include <cstring>
+#include <map>
+#include <optional>
 #include <set>
 
-#include <dirent.h>
 #include <fcntl.h>
-#include <linux/magic.h>
 #include <sys/stat.h>
-#include <sys/vfs.h>
 
 namespace tidewick::tools
 {
@@ -40,71 +46,6 @@ std::string procPath(int pid, const char *file)
 {
     return "/proc/" + std::to_string(pid) + '/' + file;
 }
-
-/// The folders of the version 2 hierarchy by their ids, which are their inodes (cgroups(7)).
-class Cgroups
-{
-public:
-    Cgroups()
-    {
-        for (const char *const place : {"/sys/fs/cgroup", "/sys/fs/cgroup/unified"}) {
-            struct statfs system;
-            if (statfs(place, &system) == 0 && system.f_type == CGROUP2_SUPER_MAGIC) {
-                m_root = place;
-                break;
-            }
-        }
-    }
-
-    /// The processes directly in it. None for the root, which holds what belongs to no service.
-    const std::set<int> &processes(uint64_t id)
-    {
-        const auto [entry, isNew] = m_processes.try_emplace(id);
-        std::set<int> &pids = entry->second;
-        if (!isNew)
-            return pids;
-        if (m_root.empty() || id == 0)
-            return pids;
-        if (!m_isCollected)
-            collect(m_root, 0);
-        m_isCollected = true;
-        const auto path = m_paths.find(id);
-        std::string text;
-        if (path == m_paths.end() ||
-            !readFile(AT_FDCWD, (path->second + "/cgroup.procs").c_str(), text))
-            return pids;
-        std::string_view rest = text;
-        while (!rest.empty()) {
-            const size_t end = std::min(rest.find('\n'), rest.size());
-            pids.insert(int(parseNumber(rest.substr(0, end)).value_or(0)));
-            rest.remove_prefix(std::min(end + 1, rest.size()));
-        }
-        return pids;
-    }
-
-private:
-    void collect(const std::string &folder, int level)
-    {
-        constexpr int deepest = 32;
-        DIR *const entries = level < deepest ? opendir(folder.c_str()) : nullptr;
-        if (entries == nullptr)
-            return;
-        // NOLINTNEXTLINE(concurrency-mt-unsafe): each stream has one reader
-        while (const dirent *const entry = readdir(entries)) {
-            if (entry->d_type != DT_DIR || entry->d_name[0] == '.')
-                continue;
-            const std::string path = folder + '/' + entry->d_name;
-            m_paths.emplace(entry->d_ino, path);
-            collect(path, level + 1);
-        }
-        closedir(entries);
-    }
-
-    std::string m_root;
-    bool m_isCollected = false;
-    std::map<uint64_t, std::string> m_paths;
-    std::map<uint64_t, std::set<int>> m_processes;
-};
 
 class Attribution
 {
@@ -345,12 +286,12 @@ private:
     void add(int pid, size_t socket)
     {
         if (!m_added.contains(pid)) {
-            const Descriptor folder(openFolder(AT_FDCWD, procPath(pid, "").c_str()));
+            const Descriptor directory(openDirectory(AT_FDCWD, procPath(pid, "").c_str()));
             struct stat status;
-            if (!folder.isOpen() || fstat(folder.value(), &status) != 0)
+            if (!directory.isOpen() || fstat(directory.value(), &status) != 0)
                 return;
             m_added[pid] = m_scan.processes.size();
-            m_scan.processes.push_back({pid, status.st_uid, commandOf(folder.value(), "")});
+            m_scan.processes.push_back({pid, status.st_uid, commandOf(directory.value(), "")});
         }
         m_scan.holders.push_back({m_added[pid], socket, -1});
     }

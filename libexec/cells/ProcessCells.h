@@ -1,6 +1,8 @@
 #pragma once
 
-#include "libexec/ProcText.h"
+#include "libexec/proc/ProcessStat.h"
+
+#include <string>
 
 namespace tidewick::tools
 {

@@ -1,7 +1,8 @@
 #pragma once
 
-#include "libexec/ProcText.h"
+#include "libexec/sockets/ListeningSocket.h"
 
+#include <optional>
 #include <vector>
 
 namespace tidewick::tools

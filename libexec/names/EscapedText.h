@@ -1,0 +1,15 @@
+#pragma once
+
+#include <string>
+#include <string_view>
+
+namespace tidewick::tools
+{
+
+/// Every byte that could end a word or a line, or that is not ASCII, as \xNN.
+std::string escapeWord(std::string_view text);
+
+/// A path as lsof prints it: bytes that are not printable in this locale escaped (lsof(8)).
+std::string escapePath(std::string_view path);
+
+} // namespace tidewick::tools

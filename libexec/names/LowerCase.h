@@ -1,0 +1,12 @@
+#pragma once
+
+#include <string>
+#include <string_view>
+
+namespace tidewick::tools
+{
+
+/// The text with ASCII capitals made small.
+std::string lowerCase(std::string_view text);
+
+} // namespace tidewick::tools

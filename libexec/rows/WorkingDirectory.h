@@ -1,0 +1,11 @@
+#pragma once
+
+#include <string>
+
+namespace tidewick::tools
+{
+
+/// The fields of `lsof -p PID -a -d cwd -F n`; nothing where the directory may not be read.
+std::string workingDirectoryFields(int pid);
+
+} // namespace tidewick::tools

@@ -1,0 +1,114 @@
+#include "libexec/names/EscapedText.h"
+#include "libexec/names/KnownNames.h"
+#include "libexec/names/ProgramName.h"
+#include "scan/SocketScan.h"
+#include "tests/support/TestText.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+
+using namespace tidewick::tools;
+
+TEST(Names, noByteOfAWordEndsIt)
+{
+    for (int byte = 0; byte < 256; ++byte) {
+        const std::string escaped = escapeWord(std::string(1, char(byte)));
+        EXPECT_FALSE(escaped.empty());
+        EXPECT_TRUE(std::all_of(escaped.begin(), escaped.end(),
+                                [](char c) { return c > 0x20 && c < 0x7f; }));
+        EXPECT_EQ(escaped.size(), byte > 0x20 && byte < 0x7f && byte != '\\' ? 1U : 4U);
+    }
+    EXPECT_EQ(escapeWord("node 1 root"), "node\\x201\\x20root");
+    EXPECT_EQ(escapeWord("a\\x20\n\xff"), "a\\x5cx20\\x0a\\xff");
+}
+
+TEST(Names, spellingsOfOneProgram)
+{
+    const std::pair<const char *, const char *> spellings[] = {{"node", "node"},
+                                                               {"nodejs", "node"},
+                                                               {"node-22", "node"},
+                                                               {"node-20.11", "node"},
+                                                               {"node.exe", "node"},
+                                                               {".ruby-wrapped", "ruby"},
+                                                               {".nodejs-wrapped", "node"},
+                                                               {"bunx", "bun"},
+                                                               {"mariadbd", "mysqld"},
+                                                               {"node-", "node-"},
+                                                               {"node-gyp", "node-gyp"},
+                                                               {"node-22a", "node-22a"},
+                                                               {"-wrapped", "-wrapped"},
+                                                               {".-wrapped", ".-wrapped"},
+                                                               {".exe", ".exe"},
+                                                               {"Python.EXE", "Python"},
+                                                               {"", ""}};
+    for (const auto &[spelling, name] : spellings)
+        EXPECT_EQ(foldName(spelling), name) << spelling;
+}
+
+TEST(Names, theKnownNamesAreThoseThatAreKept)
+{
+    for (const char *const name : {"node",
+                                   "Node",
+                                   "nodemon",
+                                   "node-MainThread",
+                                   "python3.11",
+                                   "Python",
+                                   "ruby3.1",
+                                   "php-fpm",
+                                   "postgres",
+                                   "postgresql",
+                                   "mysqld",
+                                   "mysqld_safe",
+                                   "mongod",
+                                   "mongodb",
+                                   "redis-server",
+                                   "redis-check-rdb",
+                                   "docker-proxy",
+                                   "com.docker.backend",
+                                   "deno",
+                                   "bun",
+                                   "bundle",
+                                   "java",
+                                   "dotnet",
+                                   "go",
+                                   "Google",
+                                   "gopls",
+                                   "nginx",
+                                   "sh",
+                                   "",
+                                   "DOTNET.exe",
+                                   "\235ocker"}) {
+        const tidewick::PortInfo record(1, QStringLiteral("1"),
+                                        QString::fromStdString(escapeWord(name)),
+                                        QStringLiteral("root"), QStringLiteral("localhost"));
+        EXPECT_EQ(isKnownName(name), isDevelopmentProcess(record)) << name;
+    }
+}
+
+TEST(Names, programsByTheirExecutable)
+{
+    using List = std::vector<std::string_view>;
+    EXPECT_EQ(programName("/usr/bin/python3.11", false, {}), "python3.11");
+    EXPECT_EQ(programName("/opt/a (deleted)/node (deleted)", false, {}), "node");
+    EXPECT_EQ(programName("/opt/node (deleted)", true, {}), "node (deleted)");
+    EXPECT_EQ(programName("/memfd:a/b (deleted)", false, {}), "a/b");
+    EXPECT_EQ(programName("/usr/lib/ld-linux-x86-64.so.2", false, List{"ld", "/opt/bin/node", "x"}),
+              "node");
+    EXPECT_EQ(programName("/lib/ld-2.31.so", false,
+                          List{"ld", "--library-path", "/a/b", "--inhibit-cache", "/bin/php"}),
+              "php");
+    EXPECT_EQ(programName("/lib/ld-2.31.so", false, List{"ld", "--library-path"}), "ld-2.31.so");
+    EXPECT_EQ(programName("/usr/bin/ld-tool", false, List{"ld", "node"}), "ld-tool");
+}
+
+TEST(Names, programsByWhatTheyCallThemselves)
+{
+    using List = std::vector<std::string_view>;
+    EXPECT_EQ(hiddenProgramName(List{"/usr/bin/redis-server 127.0.0.1:6379"}, "x"), "redis-server");
+    EXPECT_EQ(hiddenProgramName(List{"nginx: master process"}, "x"), "nginx");
+    EXPECT_EQ(hiddenProgramName(List{"/usr/sbin/mariadbd"}, "x"), "mysqld");
+    EXPECT_EQ(hiddenProgramName({}, "mongod"), "mongod");
+    EXPECT_EQ(hiddenProgramName(List{""}, "mongod"), "mongod");
+    EXPECT_EQ(hiddenProgramName(List{"/ x"}, "mongod"), "mongod");
+}

@@ -1,0 +1,55 @@
+#include "libexec/proc/Arguments.h"
+#include "libexec/proc/ProcessStat.h"
+#include "libexec/proc/Words.h"
+
+#include <gtest/gtest.h>
+
+using namespace tidewick::tools;
+using namespace std::string_view_literals;
+
+TEST(Proc, numbersAreDigitsAndNothingElse)
+{
+    EXPECT_EQ(parseNumber("0"), 0U);
+    EXPECT_EQ(parseNumber("18446744073709551615"), UINT64_MAX);
+    for (const char *const text : {"", "+1", "-1", " 1", "1 ", "0x1", "18446744073709551616"})
+        EXPECT_FALSE(parseNumber(text)) << text;
+}
+
+TEST(Proc, statIsSplitAfterTheLastParenthesis)
+{
+    const auto stat =
+        parseStat("77 (a) S 1 (\n b) Z 4242 7 7 0 -1 4194304 100 0 0 0 31 12 0 0 20 0 "
+                  "1 0 5150 1000 1 18446744073709551615\n");
+    ASSERT_TRUE(stat);
+    EXPECT_EQ(stat->comm, "a) S 1 (\n b");
+    EXPECT_EQ(stat->state, 'Z');
+    EXPECT_EQ(stat->parent, 4242);
+    EXPECT_EQ(stat->userTime, 31U);
+    EXPECT_EQ(stat->systemTime, 12U);
+    EXPECT_EQ(stat->startTime, 5150U);
+}
+
+TEST(Proc, aStatThatIsNone)
+{
+    for (const char *const text : {"", "77", "77 (", ")(", "77 (a)", "77 (a) S", "77 (a) S x 1",
+                                   "77 (a) SS 1 7 7 0 -1 4 1 0 0 0 3 1 0 0 20 0 1 0 5 1"})
+        EXPECT_FALSE(parseStat(text)) << text;
+}
+
+TEST(Proc, statusValues)
+{
+    constexpr std::string_view status = "Name:\tVmRSS:\nUid:\t1\t2\t3\t4\nVmRSS:\t  1234 kB\nX:\n";
+    EXPECT_EQ(statusValue(status, "VmRSS"), "1234 kB");
+    EXPECT_EQ(statusValue(status, "Uid"), "1\t2\t3\t4");
+    EXPECT_EQ(statusValue(status, "X"), "");
+    EXPECT_EQ(statusValue(status, "Vm"), std::nullopt);
+}
+
+TEST(Proc, argumentsEndWithANul)
+{
+    using List = std::vector<std::string_view>;
+    EXPECT_EQ(splitArguments(""sv), List());
+    EXPECT_EQ(splitArguments("\0"sv), List{""});
+    EXPECT_EQ(splitArguments("a\0\0b c\0"sv), (List{"a", "", "b c"}));
+    EXPECT_EQ(splitArguments("title without end"sv), List{"title without end"});
+}

@@ -1,0 +1,135 @@
+#include "libexec/sockets/DiagMessages.h"
+#include "libexec/sockets/SocketDump.h"
+#include "libexec/sockets/TcpTable.h"
+#include "tests/libexec/SocketOn.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cerrno>
+
+#include <linux/netlink.h>
+
+using namespace tidewick::tools;
+
+namespace
+{
+
+constexpr std::string_view tcpTable =
+    "  sl  local_address rem_address   st tx_queue rx_queue tr tm->when retrnsmt   uid  timeout "
+    "inode\n"
+    "   0: 0100007F:1F90 00000000:0000 0A 00000000:00000000 00:00000000 00000000  1000        0 "
+    "52341 1 0000000000000000 100 0 0 10 0\n"
+    "   1: garbage\n"
+    "   2: 00000000:0016 00000000:0000 0A 00000000:00000000 00:00000000 00000000     0        0 "
+    "777 1 0000000000000000 100 0 0 10 0\n"
+    "   3: 0100007F:9C40 0100007F:1F90 01 00000000:00000000 00:00000000 00000000  1000        0 "
+    "9 1 0000000000000000 20 4 30 10 -1\n"
+    "   4: 00000000:0017 00000000:0000 0A 00000000:00000000 00:00000000 00000000     0        0 "
+    "778 1 0000000000000000 100 0 0 10 0\n";
+
+} // namespace
+
+TEST(Sockets, socketLinks)
+{
+    EXPECT_EQ(socketInode("socket:[4294967295]"), 4294967295U);
+    for (const char *const text : {"", "socket:[", "socket:[]", "socket:[1", "socket:[1]x",
+                                   "socket:[-1]", "/tmp/socket:[1]", "pipe:[1]"})
+        EXPECT_EQ(socketInode(text), 0U) << text;
+}
+
+TEST(Sockets, theTableOfIpv4)
+{
+    auto first = socketOn("127.0.0.1", 8080);
+    first.user = 1000;
+    first.inode = 52341;
+    auto second = socketOn("0.0.0.0", 22);
+    second.inode = 777;
+    EXPECT_EQ(parseTcpTable(tcpTable, false), (std::vector{first, second}));
+    EXPECT_TRUE(parseTcpTable(tcpTable, true).empty());
+}
+
+TEST(Sockets, theTableOfIpv6)
+{
+    auto socket = socketOn("::1", 5432);
+    socket.user = 33;
+    socket.inode = 61;
+    EXPECT_EQ(parseTcpTable("header\n   0: 00000000000000000000000001000000:1538 "
+                            "00000000000000000000000000000000:0000 0A 00000000:00000000 "
+                            "00:00000000 00000000    33        0 61 1 0 100 0 0 10 0",
+                            true),
+              std::vector{socket});
+}
+
+TEST(Sockets, aTruncatedTableIsRead)
+{
+    for (size_t size = 0; size < tcpTable.size(); ++size)
+        EXPECT_LE(parseTcpTable(tcpTable.substr(0, size), false).size(), 2U);
+}
+
+TEST(Sockets, hostileNetlinkMessagesAreRefused)
+{
+    std::vector<ListeningSocket> sockets;
+    EXPECT_EQ(parseDiagMessages("", 0, sockets), DiagEnd::more);
+    std::string bytes;
+    for (unsigned seed = 1; bytes.size() < 400; seed = seed * 1103515245 + 12345)
+        bytes += char(seed >> 16);
+    for (unsigned length = 0; length < 300; ++length) {
+        for (size_t size = 0; size < bytes.size(); size += 3) {
+            std::string message = bytes.substr(0, size);
+            // A plausible length and type in front lead on to what follows.
+            if (size >= 8)
+                message.replace(0, 8, {char(length), char(length >> 8), 0, 0, 20, 0, 0, 0});
+            parseDiagMessages(message.data(), message.size(), sockets);
+        }
+    }
+}
+
+TEST(Sockets, aDumpThatTheKernelGaveUpIsNoEmptyOne)
+{
+    struct
+    {
+        nlmsghdr header{};
+        int result = 0;
+    } end;
+    end.header.nlmsg_len = sizeof end;
+    end.header.nlmsg_type = NLMSG_DONE;
+    std::vector<ListeningSocket> sockets;
+    const auto *const bytes = reinterpret_cast<const char *>(&end);
+    EXPECT_EQ(parseDiagMessages(bytes, sizeof end, sockets), DiagEnd::done);
+    end.result = -ENOENT;
+    EXPECT_EQ(parseDiagMessages(bytes, sizeof end, sockets), DiagEnd::error);
+}
+
+TEST(Sockets, bothSourcesTellTheSame)
+{
+    auto netlink = socketsFromNetlink();
+    if (!netlink)
+        GTEST_SKIP() << "sock_diag is refused here";
+    const auto order = [](const ListeningSocket &a, const ListeningSocket &b) {
+        return a.inode < b.inode;
+    };
+    for (int attempt = 0; attempt < 50; ++attempt) {
+        netlink = socketsFromNetlink();
+        auto tables = socketsFromTables();
+        for (ListeningSocket &socket : *netlink)
+            socket.cgroup = 0;
+        std::sort(netlink->begin(), netlink->end(), order);
+        std::sort(tables.begin(), tables.end(), order);
+        // Another program may have begun to listen in between.
+        if (*netlink == tables)
+            return;
+    }
+    FAIL() << "they differ in each of 50 attempts";
+}
+
+TEST(Sockets, addresses)
+{
+    EXPECT_EQ(addressText(socketOn("0.0.0.0", 80)), "*:80");
+    EXPECT_EQ(addressText(socketOn("::ffff:0.0.0.0", 80)), "*:80");
+    EXPECT_EQ(addressText(socketOn("::", 80)), "*:80");
+    EXPECT_EQ(addressText(socketOn("127.0.0.2", 1)), "127.0.0.2:1");
+    EXPECT_EQ(addressText(socketOn("::1", 65535)), "[::1]:65535");
+    EXPECT_EQ(addressText(socketOn("::ffff:127.0.0.1", 80)), "127.0.0.1:80");
+    EXPECT_EQ(addressText(socketOn("fe80::1", 80)), "[fe80::1]:80");
+}
