@@ -159,7 +159,7 @@ def try_command(command, is_all):
         return "left to --all"
     if command in SELF + PLACEHOLDERS:
         return "known"
-    if command in LONG or re.match(r"(scripts/test -R|cmake) ", command):
+    if command in LONG or re.match(r"(scripts/setup|scripts/test -R|cmake)\b", command):
         with tempfile.TemporaryDirectory() as home:
             check(run(command, env={**os.environ, "HOME": home}), command)
             for service in glob.glob(f"{home}/.local/share/dbus-1/services/*"):
