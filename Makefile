@@ -1,5 +1,5 @@
 # The verbs. Each does its own set-up; the scripts behind them can be called directly too.
-.PHONY: run demo test fmt lint bench screenshots package fuzz soak load
+.PHONY: run demo test unit fmt lint bench screenshots package fuzz soak load
 
 run:
 	scripts/run
@@ -9,6 +9,9 @@ demo:
 
 test:
 	scripts/test
+
+unit:
+	scripts/test --unit
 
 fmt:
 	scripts/setup
