@@ -1,6 +1,6 @@
 #include "app/AppDelegate.h"
 
-#include "views/Symbol.h"
+#include "views/controls/Symbol.h"
 
 #include <QCoreApplication>
 #include <QImage>
@@ -16,9 +16,9 @@ constexpr QSize panelPoints(480, 540);
 constexpr QSize settingsPoints(320, 150);
 const QString productName = QStringLiteral("Tidewick");
 
-QUrl viewUrl(const char *name)
+QUrl viewUrl(const char *file)
 {
-    return QUrl(QStringLiteral("qrc:/qt/qml/Tidewick/%1.qml").arg(QLatin1String(name)));
+    return QUrl(QStringLiteral("qrc:/qt/qml/Tidewick/%1").arg(QLatin1String(file)));
 }
 
 /// The fallback icon; a program built without it is broken beyond repair.
@@ -80,7 +80,7 @@ void AppDelegate::hostPanel()
                                                          : Panel::Opaque);
         m_panel->setReducesMotion(surroundings.reducesMotion);
     });
-    m_popover->setContentView(viewUrl("ContentView"),
+    m_popover->setContentView(viewUrl("panel/ContentView.qml"),
                               {{QStringLiteral("panel"), QVariant::fromValue(m_panel.get())}});
 }
 
@@ -140,7 +140,7 @@ std::unique_ptr<SettingsWindow> AppDelegate::makeSettingsWindow()
     m_settings = std::make_unique<Settings>([this] { return m_loginItem->registerItem(); },
                                             [this] { return m_loginItem->unregisterItem(); });
     auto window = m_desktop.makeWindow();
-    window->setContentView(viewUrl("SettingsView"),
+    window->setContentView(viewUrl("settings/SettingsView.qml"),
                            {{QStringLiteral("settings"), QVariant::fromValue(m_settings.get())},
                             {QStringLiteral("launchAtLogin"), isEnabled}});
     window->setTitle(QStringLiteral("Tidewick Settings"));

@@ -8,8 +8,8 @@
 #include "platform/Updater.h"
 #include "platform/Workspace.h"
 #include "state/AppState.h"
-#include "views/Panel.h"
-#include "views/Settings.h"
+#include "views/panel/Panel.h"
+#include "views/settings/Settings.h"
 
 #include <QList>
 #include <QObject>

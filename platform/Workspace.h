@@ -1,10 +1,7 @@
 #pragma once
 
-#include <QDBusConnection>
 #include <QString>
 #include <QUrl>
-
-#include <functional>
 
 namespace tidewick
 {
@@ -19,28 +16,6 @@ public:
     virtual void openUrl(const QUrl &url) = 0;
     /// In the file manager. A folder that is gone does nothing.
     virtual void revealFolder(const QString &path) = 0;
-};
-
-/// The desktop the program runs on.
-class DesktopWorkspace : public Workspace
-{
-public:
-    using Opener = std::function<void(const QUrl &)>;
-
-    /// The desktop opens with `open` whatever it has a default program for; the file manager is
-    /// asked over `bus`.
-    explicit DesktopWorkspace(Opener open = openWithDefault,
-                              QDBusConnection bus = QDBusConnection::sessionBus());
-
-    void openUrl(const QUrl &url) override;
-    /// Opens the folder like any other thing where no file manager answers on the bus.
-    void revealFolder(const QString &path) override;
-
-private:
-    static void openWithDefault(const QUrl &url);
-
-    Opener m_open;
-    QDBusConnection m_bus;
 };
 
 } // namespace tidewick

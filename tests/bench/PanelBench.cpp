@@ -4,11 +4,11 @@
 // characters, which the cards show as titles. The window, the views and the store are the program's
 // own; the tools' and the servers' answers are made up. scripts/bench runs it on a virtual desktop,
 // drawn without OpenGL like the program.
-#include "platform/PopoverWindow.h"
+#include "platform/window/PopoverWindow.h"
 #include "scan/ToolTable.h"
 #include "tests/support/RecordingHttpClient.h"
 #include "tests/support/RecordingToolRunner.h"
-#include "views/Panel.h"
+#include "views/panel/Panel.h"
 
 #include <QElapsedTimer>
 #include <QGuiApplication>
@@ -261,7 +261,7 @@ int main(int argc, char *argv[])
     creation.start();
     PopoverWindow window([] { return true; });
     window.setContentSize({480, 540});
-    window.setContentView(QUrl(QStringLiteral("qrc:/qt/qml/Tidewick/ContentView.qml")),
+    window.setContentView(QUrl(QStringLiteral("qrc:/qt/qml/Tidewick/panel/ContentView.qml")),
                           {{QStringLiteral("panel"), QVariant::fromValue(&panel)}});
     const double created = double(creation.nsecsElapsed()) / 1e6;
     await(&state, &AppState::runningPortsChanged);

@@ -1,5 +1,5 @@
-#include "platform/UpdateNotices.h"
-#include "platform/UpdateWindow.h"
+#include "update/UpdateNotices.h"
+#include "update/UpdateWindow.h"
 
 #include <QApplication>
 #include <QLineEdit>

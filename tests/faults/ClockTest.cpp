@@ -3,7 +3,7 @@
 #include "tests/faults/FaultTest.h"
 #include "tests/support/TestText.h"
 #include "tests/support/WaitUntil.h"
-#include "views/Formats.h"
+#include "views/card/Formats.h"
 
 #include <atomic>
 #include <ctime>

@@ -1,6 +1,6 @@
 // Runs in a view of the files of its own, in which it mounts a small disk.
 
-#include "platform/AutostartEntry.h"
+#include "platform/session/AutostartEntry.h"
 #include "tests/support/TestText.h"
 
 #include <gtest/gtest.h>

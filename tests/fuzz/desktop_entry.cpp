@@ -1,6 +1,6 @@
 // The user's autostart entry is whatever somebody wrote there.
 
-#include "platform/DesktopEntry.h"
+#include "platform/session/DesktopEntry.h"
 #include "tests/fuzz/Fuzz.h"
 
 using namespace tidewick;

@@ -1,6 +1,6 @@
 // What the package service and the package sources say, which an update's windows show.
 
-#include "platform/UpdateFailure.h"
+#include "update/UpdateFailure.h"
 #include "tests/fuzz/Fuzz.h"
 
 #include <QDBusMessage>

@@ -6,7 +6,7 @@
 #include "state/Workers.h"
 #include "tests/support/Holdings.h"
 #include "tests/support/WaitUntil.h"
-#include "views/Panel.h"
+#include "views/panel/Panel.h"
 
 #include <QGuiApplication>
 #include <QQmlEngine>
@@ -140,7 +140,7 @@ int main(int argc, char *argv[])
     Panel panel(state);
     QQuickView view;
     view.setInitialProperties({{QStringLiteral("panel"), QVariant::fromValue(&panel)}});
-    view.setSource(QUrl(QStringLiteral("qrc:/qt/qml/Tidewick/ContentView.qml")));
+    view.setSource(QUrl(QStringLiteral("qrc:/qt/qml/Tidewick/panel/ContentView.qml")));
     view.resize(480, 540);
     view.show();
 

@@ -1,8 +1,8 @@
 #include "scan/ToolTable.h"
 #include "tests/support/RecordingHttpClient.h"
 #include "tests/support/RecordingToolRunner.h"
-#include "views/Panel.h"
-#include "views/Settings.h"
+#include "views/panel/Panel.h"
+#include "views/settings/Settings.h"
 
 #include <QJSValue>
 #include <QKeyEvent>

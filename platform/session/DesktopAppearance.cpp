@@ -1,0 +1,106 @@
+#include "platform/session/DesktopAppearance.h"
+
+#include "platform/window/BackdropBlur.h"
+
+#include <QDBusMessage>
+#include <QDBusPendingCallWatcher>
+#include <QDBusPendingReply>
+#include <QGuiApplication>
+#include <QWindow>
+
+#include <utility>
+
+namespace tidewick
+{
+namespace
+{
+
+const QString portalService = QStringLiteral("org.freedesktop.portal.Desktop");
+const QString portalPath = QStringLiteral("/org/freedesktop/portal/desktop");
+const QString portalSettings = QStringLiteral("org.freedesktop.portal.Settings");
+
+const QString gnomeGroup = QStringLiteral("org.gnome.desktop.interface");
+const QString gnomeKey = QStringLiteral("enable-animations");
+const QString plasmaGroup = QStringLiteral("org.kde.kdeglobals.KDE");
+const QString plasmaKey = QStringLiteral("AnimationDurationFactor");
+
+/// The value inside the variants that the portal wraps around it.
+QVariant unwrapped(QVariant value)
+{
+    while (value.metaType() == QMetaType::fromType<QDBusVariant>())
+        value = value.value<QDBusVariant>().variant();
+    return value;
+}
+
+} // namespace
+
+std::optional<bool> motionReduced(const QString &group, const QString &key, const QVariant &value)
+{
+    if (group == gnomeGroup && key == gnomeKey && value.metaType().id() == QMetaType::Bool)
+        return !value.toBool();
+    bool isNumber = false;
+    const double factor = value.toDouble(&isNumber);
+    if (group == plasmaGroup && key == plasmaKey && isNumber)
+        return factor <= 0;
+    return std::nullopt;
+}
+
+DesktopAppearance::DesktopAppearance(QDBusConnection bus) : m_bus(std::move(bus))
+{
+    m_bus.connect(portalService, portalPath, portalSettings, QStringLiteral("SettingChanged"), this,
+                  SLOT(changeSetting(QString, QString, QDBusVariant)));
+    read(gnomeGroup, gnomeKey);
+    read(plasmaGroup, plasmaKey);
+    connect(qGuiApp, &QGuiApplication::focusWindowChanged, this, &DesktopAppearance::lookAtScreen);
+    lookAtScreen();
+}
+
+void DesktopAppearance::observe(std::function<void(const Surroundings &)> observer)
+{
+    m_observer = std::move(observer);
+    m_observer(m_surroundings);
+}
+
+void DesktopAppearance::read(const QString &group, const QString &key)
+{
+    auto call = QDBusMessage::createMethodCall(portalService, portalPath, portalSettings,
+                                               QStringLiteral("Read"));
+    call << group << key;
+    auto *reply = new QDBusPendingCallWatcher(m_bus.asyncCall(call), this);
+    connect(reply, &QDBusPendingCallWatcher::finished, this, [this, reply, group, key] {
+        const QDBusPendingReply<QDBusVariant> value = *reply;
+        if (value.isValid())
+            changeSetting(group, key, value.value());
+        reply->deleteLater();
+    });
+}
+
+void DesktopAppearance::changeSetting(const QString &group, const QString &key,
+                                      const QDBusVariant &value)
+{
+    const auto isReduced = motionReduced(group, key, unwrapped(value.variant()));
+    if (!isReduced)
+        return;
+    Surroundings changed = m_surroundings;
+    changed.reducesMotion = *isReduced;
+    tell(changed);
+}
+
+void DesktopAppearance::lookAtScreen()
+{
+    Surroundings changed = m_surroundings;
+    changed.isComposited = isScreenComposited();
+    changed.isBlurred = changed.isComposited && isBlurOffered();
+    tell(changed);
+}
+
+void DesktopAppearance::tell(const Surroundings &surroundings)
+{
+    if (surroundings == m_surroundings)
+        return;
+    m_surroundings = surroundings;
+    if (m_observer)
+        m_observer(m_surroundings);
+}
+
+} // namespace tidewick

@@ -1,0 +1,66 @@
+#include "platform/session/SingleInstance.h"
+
+#include "platform/session/ApplicationAdaptor.h"
+
+#include <QDBusConnection>
+#include <QDBusConnectionInterface>
+#include <QDBusMessage>
+
+namespace tidewick
+{
+namespace
+{
+
+const QString applicationId = QStringLiteral("org.tidewick.Tidewick");
+const QString applicationPath = QStringLiteral("/org/tidewick/Tidewick");
+constexpr int answerPatienceMs = 2000;
+
+} // namespace
+
+QVariantMap takePlatformData()
+{
+    QVariantMap data;
+    const auto add = [&data](const char *variable, const QString &key) {
+        const QString value = qEnvironmentVariable(variable);
+        if (!value.isEmpty())
+            data.insert(key, value);
+    };
+    add("DESKTOP_STARTUP_ID", QStringLiteral("desktop-startup-id"));
+    add("XDG_ACTIVATION_TOKEN", QStringLiteral("activation-token"));
+    qunsetenv("XDG_ACTIVATION_TOKEN");
+    return data;
+}
+
+SingleInstance::SingleInstance()
+{
+    auto *application = new ApplicationAdaptor(this);
+    connect(application, &ApplicationAdaptor::activated, this, &SingleInstance::activated);
+}
+
+InstanceClaim SingleInstance::claim()
+{
+    QDBusConnection bus = QDBusConnection::sessionBus();
+    if (!bus.isConnected())
+        return InstanceClaim::noBus;
+    bus.connect(QString(), QStringLiteral("/org/freedesktop/DBus/Local"),
+                QStringLiteral("org.freedesktop.DBus.Local"), QStringLiteral("Disconnected"), this,
+                SIGNAL(sessionEnded()));
+    // Before the name, since whoever sees the name may call at once.
+    bus.registerObject(applicationPath, this, QDBusConnection::ExportAdaptors);
+    if (bus.registerService(applicationId))
+        return InstanceClaim::first;
+    return bus.interface()->isServiceRegistered(applicationId) ? InstanceClaim::another
+                                                               : InstanceClaim::refused;
+}
+
+void SingleInstance::activateOther(const QVariantMap &platformData)
+{
+    auto call = QDBusMessage::createMethodCall(applicationId, applicationPath,
+                                               QStringLiteral("org.freedesktop.Application"),
+                                               QStringLiteral("Activate"));
+    call.setAutoStartService(false);
+    call << platformData;
+    QDBusConnection::sessionBus().call(call, QDBus::Block, answerPatienceMs);
+}
+
+} // namespace tidewick

@@ -1,0 +1,62 @@
+#include "platform/session/TerminationSignals.h"
+
+#include <QSocketNotifier>
+
+#include <array>
+#include <cerrno>
+#include <csignal>
+#include <sys/eventfd.h>
+#include <unistd.h>
+
+namespace tidewick
+{
+namespace
+{
+
+constexpr std::array<int, 3> signalNumbers{SIGINT, SIGTERM, SIGHUP};
+
+/// What the handler may touch: an eventfd(2) that wakes the main thread.
+int wakeDescriptor = -1;
+
+void wakeMainThread(int /*signalNumber*/)
+{
+    const int savedError = errno;
+    const eventfd_t one = 1;
+    [[maybe_unused]] const ssize_t written = write(wakeDescriptor, &one, sizeof one);
+    errno = savedError;
+}
+
+void setHandlers(void (*handler)(int))
+{
+    struct sigaction action = {};
+    action.sa_handler = handler;
+    action.sa_flags = SA_RESTART;
+    for (const int number : signalNumbers) {
+        struct sigaction current = {};
+        sigaction(number, nullptr, &current);
+        if (current.sa_handler != SIG_IGN)
+            sigaction(number, &action, nullptr);
+    }
+}
+
+} // namespace
+
+TerminationSignals::TerminationSignals(QObject *parent) : QObject(parent)
+{
+    wakeDescriptor = eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK);
+    auto *notifier = new QSocketNotifier(wakeDescriptor, QSocketNotifier::Read, this);
+    connect(notifier, &QSocketNotifier::activated, this, [this] {
+        eventfd_t count = 0;
+        eventfd_read(wakeDescriptor, &count);
+        Q_EMIT received();
+    });
+    setHandlers(wakeMainThread);
+}
+
+TerminationSignals::~TerminationSignals()
+{
+    setHandlers(SIG_DFL);
+    close(wakeDescriptor);
+}
+
+} // namespace tidewick

@@ -1,0 +1,57 @@
+#pragma once
+
+#include "platform/tray/StatusNotifierItem.h"
+#include "platform/tray/TrayIconItem.h"
+#include "platform/tray/X11Tray.h"
+
+#include <memory>
+
+namespace tidewick
+{
+
+/// The status item in whatever tray the desktop has, now or later: a status notifier item, and
+/// where nothing keeps a list of those an icon in the old X11 tray. One of the two shows it.
+class DesktopStatusItem : public QObject, public StatusItem
+{
+    Q_OBJECT
+
+public:
+    DesktopStatusItem();
+
+    void setImage(const QImage &image, QSize points) override;
+    void setAttributedTitle(const StatusTitle &title) override;
+    void setImagePosition(ImagePosition position) override;
+    void setToolTip(const QString &title, const QString &text) override;
+    void setAction(const std::function<void()> &action) override;
+    std::optional<ClickEvent> currentEvent() const override;
+    void setMenu(const QList<MenuItem> &items) override;
+    void performClick() override;
+
+    /// Whether the user sees it.
+    bool isInTray() const { return m_notifierItem.hasHost() || m_trayIcon != nullptr; }
+
+private:
+    void chooseTray();
+    template <class Step>
+    void onEach(const Step &step)
+    {
+        step(m_notifierItem);
+        if (m_trayIcon)
+            step(*m_trayIcon);
+    }
+
+    StatusNotifierItem m_notifierItem;
+    X11Tray m_x11Tray;
+    std::unique_ptr<TrayIconItem> m_trayIcon;
+
+    // What an icon in the old tray is told when it comes.
+    QImage m_image;
+    QSize m_points;
+    StatusTitle m_title;
+    QString m_toolTipTitle;
+    QString m_toolTipText;
+    std::function<void()> m_action;
+    bool m_reportedMissingTray = false;
+};
+
+} // namespace tidewick

@@ -1,0 +1,52 @@
+#include "platform/window/DesktopWindow.h"
+
+#include <QQmlEngine>
+#include <QScreen>
+
+namespace tidewick
+{
+
+DesktopWindow::DesktopWindow()
+{
+    setResizeMode(QQuickView::SizeRootObjectToView);
+    engine()->addImportPath(QStringLiteral("qrc:/qt/qml"));
+}
+
+void DesktopWindow::setContentView(const QUrl &view, const QVariantMap &properties)
+{
+    setInitialProperties(properties);
+    setSource(view);
+}
+
+void DesktopWindow::setStyleMask(WindowStyle style)
+{
+    const auto has = [style](WindowStyle bit) {
+        return (static_cast<int>(style) & static_cast<int>(bit)) != 0;
+    };
+    Qt::WindowFlags flags = Qt::Dialog | Qt::CustomizeWindowHint;
+    flags.setFlag(Qt::WindowTitleHint, has(WindowStyle::titled));
+    flags.setFlag(Qt::WindowSystemMenuHint, has(WindowStyle::titled));
+    flags.setFlag(Qt::WindowCloseButtonHint, has(WindowStyle::closable));
+    setFlags(flags);
+}
+
+void DesktopWindow::setContentSize(QSize points)
+{
+    setMinimumSize(points);
+    setMaximumSize(points);
+    resize(points);
+}
+
+void DesktopWindow::center()
+{
+    const QRect room = screen()->availableGeometry();
+    setPosition(room.center() - QPoint(width() / 2, height() / 2));
+}
+
+void DesktopWindow::makeKeyAndOrderFront()
+{
+    show();
+    raise();
+}
+
+} // namespace tidewick

@@ -1,0 +1,187 @@
+#include "platform/window/PopoverWindow.h"
+
+#include "platform/window/PopoverPlacement.h"
+
+#include <QCursor>
+#include <QGuiApplication>
+#include <QKeyEvent>
+#include <QQmlEngine>
+#include <QScreen>
+
+#include <algorithm>
+#include <utility>
+
+namespace tidewick
+{
+namespace
+{
+
+/// How long the pointer must rest while the keyboard is elsewhere: where the focus follows the
+/// pointer, it passes over other windows on its way from the item to the popover.
+constexpr int focusPatienceMs = 150;
+
+/// How long after a loss of focus a click on the item is taken for the cause of it.
+constexpr qint64 sameClickMs = 400;
+
+/// How far, in points, a press may be from where the item was and still be on it.
+constexpr int itemReach = 48;
+
+QList<ScreenArea> screenAreas()
+{
+    QList<ScreenArea> areas;
+    const QScreen *const primary = QGuiApplication::primaryScreen();
+    for (const QScreen *const screen : QGuiApplication::screens()) {
+        areas.append({screen->geometry(), screen->availableGeometry()});
+        if (screen == primary)
+            areas.swapItemsAt(0, areas.size() - 1);
+    }
+    return areas;
+}
+
+/// Whether a bar may be at `point`.
+bool isOutsideFreeArea(QPoint point)
+{
+    const QScreen *const screen = QGuiApplication::screenAt(point);
+    return screen == nullptr || !screen->availableGeometry().contains(point);
+}
+
+bool isOnOwnWindow(QPoint point)
+{
+    const auto windows = QGuiApplication::topLevelWindows();
+    return std::any_of(windows.begin(), windows.end(), [point](const QWindow *window) {
+        return window->isVisible() && window->frameGeometry().contains(point);
+    });
+}
+
+/// Where the desktop tells the pointer's place: not under Wayland, where X11 programs know it only
+/// over their own windows.
+std::optional<QPoint> pointerPlace(const PointerButtons &buttons)
+{
+    return buttons.canHear() ? std::optional(QCursor::pos()) : std::nullopt;
+}
+
+} // namespace
+
+PopoverWindow::PopoverWindow(std::function<bool()> hasItem) : m_hasItem(std::move(hasItem))
+{
+    setTitle(QStringLiteral("Tidewick"));
+    setResizeMode(QQuickView::SizeRootObjectToView);
+    engine()->addImportPath(QStringLiteral("qrc:/qt/qml"));
+    m_focusPatience.setInterval(focusPatienceMs);
+    connect(&m_focusPatience, &QTimer::timeout, this, &PopoverWindow::closeWithoutFocus);
+    connect(&m_buttons, &PointerButtons::pressed, this, &PopoverWindow::closeOnPress);
+    connect(qGuiApp, &QGuiApplication::focusWindowChanged, this, &PopoverWindow::watchFocus);
+}
+
+PopoverWindow::~PopoverWindow()
+{
+    // A window that goes with the focus tells of it when this part of it is gone already.
+    disconnect(qGuiApp, nullptr, this, nullptr);
+}
+
+void PopoverWindow::setContentSize(QSize points)
+{
+    setMinimumSize(points);
+    setMaximumSize(points);
+    resize(points);
+}
+
+void PopoverWindow::setContentView(const QUrl &view, const QVariantMap &properties)
+{
+    setInitialProperties(properties);
+    setSource(view);
+}
+
+void PopoverWindow::setBehavior(PopoverBehavior behavior)
+{
+    m_behavior = behavior;
+}
+
+void PopoverWindow::show(const std::optional<ClickEvent> &event)
+{
+    m_buttons.sync(); // a press from before it is shown must not close it
+    if (event && hasJustClosed()) {
+        m_isPressOnItem = false;
+        return;
+    }
+    if (!isVisible())
+        place(event);
+    QQuickView::show();
+    raise();
+}
+
+void PopoverWindow::place(const std::optional<ClickEvent> &event)
+{
+    const bool isBeside = event || m_hasItem();
+    setFlags(isBeside ? Qt::Tool | Qt::FramelessWindowHint | Qt::WindowStaysOnTopHint
+                      : Qt::Window | Qt::CustomizeWindowHint | Qt::WindowTitleHint |
+                            Qt::WindowSystemMenuHint | Qt::WindowCloseButtonHint);
+    const auto screens = screenAreas();
+    if (event)
+        m_anchor = itemAnchor(
+            {screens, pointerPlace(m_buttons), m_buttons.isClicking(), event->position, m_anchor});
+    const auto place = popoverPosition(size(), isBeside ? m_anchor : std::nullopt, screens);
+    isBeside ? setPosition(place) : setFramePosition(place);
+}
+
+void PopoverWindow::becomeKey()
+{
+    if (isVisible())
+        requestActivate();
+}
+
+void PopoverWindow::keyPressEvent(QKeyEvent *event)
+{
+    QQuickView::keyPressEvent(event);
+    if (!event->isAccepted() && event->key() == Qt::Key_Escape)
+        hide();
+}
+
+bool PopoverWindow::isTransient() const
+{
+    return isVisible() && m_behavior == PopoverBehavior::transient &&
+           flags().testFlag(Qt::FramelessWindowHint);
+}
+
+void PopoverWindow::closeOnPress()
+{
+    m_isPressOnItem = false;
+    const QPoint pointer = QCursor::pos();
+    if (!isTransient() || isOnOwnWindow(pointer))
+        return;
+    hide();
+    m_isPressOnItem = isOutsideFreeArea(pointer) ||
+                      (m_anchor && (pointer - *m_anchor).manhattanLength() <= itemReach);
+}
+
+void PopoverWindow::watchFocus(const QWindow *focused)
+{
+    if (focused != nullptr || !isTransient()) {
+        m_focusPatience.stop();
+        return;
+    }
+    m_pointer = QCursor::pos();
+    m_focusPatience.start();
+}
+
+void PopoverWindow::closeWithoutFocus()
+{
+    const QPoint pointer = QCursor::pos();
+    if (std::exchange(m_pointer, pointer) != pointer)
+        return;
+    m_focusPatience.stop();
+    if (!isTransient())
+        return;
+    hide();
+    m_sinceLostFocus.start();
+}
+
+/// Whether the click that is being answered has closed the popover before it was told of.
+bool PopoverWindow::hasJustClosed() const
+{
+    if (m_buttons.canHear())
+        return m_isPressOnItem && m_buttons.isClicking();
+    return m_sinceLostFocus.isValid() && !m_sinceLostFocus.hasExpired(sameClickMs);
+}
+
+} // namespace tidewick

@@ -1,0 +1,59 @@
+#pragma once
+
+#include "platform/window/PointerButtons.h"
+#include "platform/Popover.h"
+
+#include <QElapsedTimer>
+#include <QQuickView>
+#include <QTimer>
+
+#include <functional>
+
+namespace tidewick
+{
+
+/// A frameless window above the others, beside the status item. Escape closes it, and where it is
+/// transient a press of any button outside this program's windows, and the loss of the keyboard
+/// to another program. Where there is no item to stand beside it is a window like any other, with
+/// a frame, which only the user closes. Created once, then shown and hidden.
+class PopoverWindow : public QQuickView, public Popover
+{
+    Q_OBJECT
+
+public:
+    /// `hasItem` tells, each time the popover is shown, whether the user sees the status item.
+    explicit PopoverWindow(std::function<bool()> hasItem);
+    ~PopoverWindow() override;
+    Q_DISABLE_COPY_MOVE(PopoverWindow)
+
+    void setContentSize(QSize points) override;
+    void setContentView(const QUrl &view, const QVariantMap &properties) override;
+    void setBehavior(PopoverBehavior behavior) override;
+    bool isShown() const override { return isVisible(); }
+    /// Does nothing where the click is the one that has closed the popover.
+    void show(const std::optional<ClickEvent> &event) override;
+    void performClose() override { hide(); }
+    void becomeKey() override;
+
+protected:
+    void keyPressEvent(QKeyEvent *event) override;
+
+private:
+    void place(const std::optional<ClickEvent> &event);
+    void closeOnPress();
+    void watchFocus(const QWindow *focused);
+    void closeWithoutFocus();
+    bool isTransient() const;
+    bool hasJustClosed() const;
+
+    std::function<bool()> m_hasItem;
+    PopoverBehavior m_behavior = PopoverBehavior::applicationDefined;
+    PointerButtons m_buttons;
+    std::optional<QPoint> m_anchor; // where the item was seen last
+    bool m_isPressOnItem = false;   // the last press closed the popover, maybe on the item
+    QTimer m_focusPatience;         // runs while the keyboard is elsewhere
+    QPoint m_pointer;               // where it was when that began
+    QElapsedTimer m_sinceLostFocus; // since the loss of the focus closed the popover
+};
+
+} // namespace tidewick

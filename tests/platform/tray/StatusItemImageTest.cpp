@@ -1,0 +1,145 @@
+#include "platform/tray/StatusItemImage.h"
+#include "tests/support/TestText.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <array>
+#include <cmath>
+
+using namespace tidewick;
+
+namespace
+{
+
+constexpr QSize points(18, 18);
+constexpr std::array<int, 5> sides{22, 24, 32, 48, 64};
+
+/// An icon that is red all over.
+QImage redIcon()
+{
+    QImage image(144, 144, QImage::Format_ARGB32_Premultiplied);
+    image.fill(Qt::red);
+    return image;
+}
+
+StatusTitle title(const char *text)
+{
+    return {QString::fromUtf8(text)};
+}
+
+/// The smallest rectangle that holds every pixel that `matches`.
+template <class Matches>
+QRect extent(const QImage &image, Matches matches)
+{
+    QRect found;
+    for (int y = 0; y < image.height(); ++y) {
+        for (int x = 0; x < image.width(); ++x) {
+            if (matches(image.pixelColor(x, y)))
+                found |= QRect(x, y, 1, 1);
+        }
+    }
+    return found;
+}
+
+bool isVisible(const QColor &color)
+{
+    return color.alpha() > 128;
+}
+
+bool isRed(const QColor &color)
+{
+    return isVisible(color) && color.red() > 200 && color.green() < 50;
+}
+
+bool isWhite(const QColor &color)
+{
+    return isVisible(color) && color.red() > 200 && color.green() > 200 && color.blue() > 200;
+}
+
+/// Contrast as WCAG 2.1 defines it, from 1 to 21.
+double contrast(const QColor &a, const QColor &b)
+{
+    const auto luminance = [](const QColor &color) {
+        const auto linear = [](double value) {
+            return value <= 0.03928 ? value / 12.92 : std::pow((value + 0.055) / 1.055, 2.4);
+        };
+        return 0.2126 * linear(color.redF()) + 0.7152 * linear(color.greenF()) +
+               0.0722 * linear(color.blueF());
+    };
+    const auto [low, high] = std::minmax({luminance(a), luminance(b)});
+    return (high + 0.05) / (low + 0.05);
+}
+
+} // namespace
+
+TEST(StatusItemImage, plainIconFillsEighteenOfTwentyTwoPointsInTheMiddle)
+{
+    EXPECT_EQ(extent(plainStatusImage(redIcon(), points, 22), isVisible), QRect(2, 2, 18, 18));
+    EXPECT_EQ(extent(plainStatusImage(redIcon(), points, 44), isVisible), QRect(4, 4, 36, 36));
+}
+
+TEST(StatusItemImage, badgeStaysInsideTheSquareAtEverySizeAndNumber)
+{
+    for (const int side : sides) {
+        for (const char *text : {"1", "9", "12", "88", "137", "65535"}) {
+            const QImage image = badgedStatusImage(redIcon(), points, title(text), side);
+            EXPECT_EQ(image.size(), QSize(side, side));
+            const QRect digits = extent(image, isWhite);
+            EXPECT_TRUE(image.rect().adjusted(0, 0, -1, -1).contains(digits))
+                << text << " at " << side;
+        }
+    }
+}
+
+TEST(StatusItemImage, badgeIsLegibleAndLeavesTheIconToBeSeen)
+{
+    for (const int side : sides) {
+        for (const char *text : {"3", "12"}) {
+            const QImage image = badgedStatusImage(redIcon(), points, title(text), side);
+            EXPECT_GE(extent(image, isWhite).height(), side * 3 / 10) << text << " at " << side;
+            EXPECT_GE(extent(image, isRed).height(), side / 3) << text << " at " << side;
+        }
+    }
+}
+
+TEST(StatusItemImage, badgesOfDifferentNumbersDiffer)
+{
+    EXPECT_NE(badgedStatusImage(redIcon(), points, title("3"), 22),
+              badgedStatusImage(redIcon(), points, title("2"), 22));
+}
+
+TEST(StatusItemImage, wideImageHasIconThenTitleSideBySide)
+{
+    for (const int side : sides) {
+        const QImage image = wideStatusImage(redIcon(), points, title("12"), side);
+        EXPECT_EQ(image.height(), side);
+        const QRect icon = extent(image, isRed);
+        const QRect text =
+            extent(image, [](const QColor &color) { return isVisible(color) && !isRed(color); });
+        EXPECT_EQ(icon.left(), 0);
+        EXPECT_NEAR(icon.width(), side * 18.0 / 22, 1);
+        EXPECT_GT(text.left(), icon.right());
+        EXPECT_GE(text.height(), side * 4 / 10);
+    }
+}
+
+TEST(StatusItemImage, wideImageGrowsWithItsTitle)
+{
+    EXPECT_GT(wideStatusImage(redIcon(), points, title("123"), 22).width(),
+              wideStatusImage(redIcon(), points, title("1"), 22).width());
+}
+
+TEST(StatusItemImage, titleIsLegibleOnLightAndDarkBars)
+{
+    const QImage image = wideStatusImage(redIcon(), points, title("8"), 64);
+    QColor ink;
+    extent(image, [&ink](const QColor &color) {
+        if (color.alpha() == 255 && !isRed(color))
+            ink = color;
+        return false;
+    });
+    EXPECT_GE(contrast(ink, Qt::white), 3);
+    EXPECT_GE(contrast(ink, QColor(0x1e, 0x1e, 0x1e)), 3);
+    EXPECT_GE(contrast(ink, Qt::black), 3);
+}

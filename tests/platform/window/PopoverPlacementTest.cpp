@@ -1,0 +1,114 @@
+#include "platform/window/PopoverPlacement.h"
+#include "tests/support/TestText.h"
+
+#include <gtest/gtest.h>
+
+using namespace tidewick;
+
+namespace
+{
+
+constexpr QSize size(480, 540);
+constexpr QRect full(0, 0, 1280, 800);
+const ScreenArea barAtTop{full, {0, 30, 1280, 770}};
+const ScreenArea barAtBottom{full, {0, 0, 1280, 770}};
+const ScreenArea barAtLeft{full, {30, 0, 1250, 800}};
+const ScreenArea barAtRight{full, {0, 0, 1250, 800}};
+const ScreenArea noBar{full, full};
+const ScreenArea second{{1280, 0, 1920, 1080}, {1280, 0, 1920, 1040}};
+
+} // namespace
+
+struct PlaceRow
+{
+    const char *name;
+    QList<ScreenArea> screens;
+    std::optional<QPoint> anchor;
+    QPoint place;
+};
+
+class PopoverPosition : public testing::TestWithParam<PlaceRow>
+{
+};
+
+TEST_P(PopoverPosition, isBesideTheItem)
+{
+    EXPECT_EQ(popoverPosition(size, GetParam().anchor, GetParam().screens), GetParam().place);
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Rows, PopoverPosition,
+    testing::Values(
+        PlaceRow{"belowABarAtTheTop", {barAtTop}, QPoint(640, 15), {400, 36}},
+        PlaceRow{"aboveABarAtTheBottom", {barAtBottom}, QPoint(640, 785), {400, 224}},
+        PlaceRow{"rightOfABarAtTheLeft", {barAtLeft}, QPoint(15, 400), {36, 130}},
+        PlaceRow{"leftOfABarAtTheRight", {barAtRight}, QPoint(1265, 400), {764, 130}},
+        PlaceRow{"withinTheScreenInAnUpperCorner", {barAtTop}, QPoint(1270, 15), {800, 36}},
+        PlaceRow{"withinTheScreenInALowerCorner", {barAtBottom}, QPoint(3, 790), {0, 224}},
+        PlaceRow{"withinTheScreenAtTheEndOfABarAtTheLeft", {barAtLeft}, QPoint(15, 790), {36, 260}},
+        PlaceRow{"clearOfAnItemOnABarThatTakesNoRoom", {noBar}, QPoint(640, 15), {400, 37}},
+        PlaceRow{"clearOfAnItemOnALowerBarThatTakesNoRoom", {noBar}, QPoint(640, 785), {400, 224}},
+        PlaceRow{"clearOfAnItemOnALeftBarThatTakesNoRoom", {noBar}, QPoint(15, 400), {37, 130}},
+        PlaceRow{"clearOfAnItemOnARightBarThatTakesNoRoom", {noBar}, QPoint(1265, 400), {764, 130}},
+        PlaceRow{"cornerOfABarThatTakesNoRoomIsHorizontal", {noBar}, QPoint(1270, 15), {800, 37}},
+        PlaceRow{"onTheScreenOfTheItem", {barAtTop, second}, QPoint(2000, 1060), {1760, 494}},
+        PlaceRow{"upperRightWithoutAnItem", {barAtTop, second}, std::nullopt, {800, 36}},
+        PlaceRow{"atTheBeginningOfAScreenThatIsTooSmall",
+                 {{{0, 0, 400, 300}, {0, 20, 400, 280}}},
+                 QPoint(200, 10),
+                 {0, 20}},
+        PlaceRow{"nowhereWithoutAScreen", {}, QPoint(200, 10), {0, 0}}),
+    rowName);
+
+struct AnchorRow
+{
+    const char *name;
+    ItemTraces traces;
+    std::optional<QPoint> anchor;
+};
+
+class ItemAnchor : public testing::TestWithParam<AnchorRow>
+{
+};
+
+TEST_P(ItemAnchor, isTheMostCredibleTrace)
+{
+    EXPECT_EQ(itemAnchor(GetParam().traces), GetParam().anchor);
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Rows, ItemAnchor,
+    testing::Values(
+        AnchorRow{"pointerOfAClick", {{barAtTop}, QPoint(900, 10), true, {}, {}}, QPoint(900, 10)},
+        AnchorRow{"pointerOfAClickThoughTheTrayTellsItsOwnCoordinates",
+                  {{barAtBottom}, QPoint(900, 790), true, QPoint(12, 10), {}},
+                  QPoint(900, 790)},
+        AnchorRow{"pointerOfAClickOnABarInTheMiddle",
+                  {{noBar}, QPoint(640, 400), true, {}, {}},
+                  QPoint(640, 400)},
+        AnchorRow{"pointerNearWhatTheTrayTells",
+                  {{noBar}, QPoint(640, 400), false, QPoint(650, 410), {}},
+                  QPoint(640, 400)},
+        AnchorRow{"tidingsFarFromThePointerMeanTheKeyboard",
+                  {{barAtTop}, QPoint(300, 500), false, QPoint(1200, 15), {}},
+                  QPoint(1200, 15)},
+        AnchorRow{"tidingsWhereThePointerIsUnknown",
+                  {{barAtTop}, {}, false, QPoint(1200, 15), QPoint(900, 10)},
+                  QPoint(1200, 15)},
+        AnchorRow{"tidingsFromTheMiddleOfAScreenAreNotBelieved",
+                  {{barAtTop}, {}, false, QPoint(600, 400), QPoint(900, 10)},
+                  QPoint(900, 10)},
+        AnchorRow{"originTellsNothing",
+                  {{barAtTop}, {}, false, QPoint(0, 0), QPoint(900, 10)},
+                  QPoint(900, 10)},
+        AnchorRow{"pointerOnABarWithoutAClick",
+                  {{barAtTop}, QPoint(900, 10), false, {}, {}},
+                  QPoint(900, 10)},
+        AnchorRow{"lastPlaceWhereThePointerIsElsewhere",
+                  {{barAtTop}, QPoint(300, 500), false, {}, QPoint(900, 10)},
+                  QPoint(900, 10)},
+        AnchorRow{"lastPlaceOnAScreenThatIsGone",
+                  {{barAtTop}, {}, false, {}, QPoint(2000, 1060)},
+                  std::nullopt},
+        AnchorRow{"nothing", {{barAtTop}, QPoint(300, 500), false, {}, {}}, std::nullopt}),
+    rowName);

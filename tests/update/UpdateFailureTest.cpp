@@ -1,0 +1,142 @@
+#include "update/UpdateFailure.h"
+#include "update/UpdateCheck.h"
+#include "tests/support/TestText.h"
+
+#include <gtest/gtest.h>
+
+#include <QDBusMessage>
+#include <QSet>
+
+using namespace tidewick;
+
+struct CodeRow
+{
+    const char *name;
+    uint code;
+    UpdateError error;
+};
+
+class ErrorCode : public testing::TestWithParam<CodeRow>
+{
+};
+
+TEST_P(ErrorCode, hasItsReason)
+{
+    EXPECT_EQ(failureOfErrorCode(GetParam().code, {}).error, GetParam().error);
+}
+
+INSTANTIATE_TEST_SUITE_P(Rows, ErrorCode,
+                         testing::Values(CodeRow{"noNetwork", 2, UpdateError::noNetwork},
+                                         CodeRow{"badHash", 10, UpdateError::download},
+                                         CodeRow{"cancelled", 17, UpdateError::cancelled},
+                                         CodeRow{"locked", 26, UpdateError::locked},
+                                         CodeRow{"noSpace", 46, UpdateError::noSpace},
+                                         CodeRow{"notAuthorised", 48, UpdateError::notAuthorized},
+                                         CodeRow{"unsignedSource", 50, UpdateError::untrusted},
+                                         CodeRow{"badSignature", 30, UpdateError::untrusted},
+                                         CodeRow{"sourceDead", 64, UpdateError::sources},
+                                         CodeRow{"conflict", 36, UpdateError::dependencies},
+                                         CodeRow{"gone", 49, UpdateError::noLongerOffered},
+                                         CodeRow{"unfinished", 66, UpdateError::unfinished},
+                                         CodeRow{"doesNotConfigure", 56, UpdateError::installation},
+                                         CodeRow{"internal", 4, UpdateError::other},
+                                         CodeRow{"unheardOf", 4000, UpdateError::other}),
+                         rowName);
+
+struct CallRow
+{
+    const char *name;
+    const char *error;
+    UpdateError expected;
+};
+
+class RefusedCall : public testing::TestWithParam<CallRow>
+{
+};
+
+TEST_P(RefusedCall, hasItsReasonAndKeepsTheWords)
+{
+    const QDBusMessage reply =
+        QDBusMessage::createError(QString::fromLatin1(GetParam().error), QStringLiteral("words"));
+    const UpdateFailure failure = failureOfCall(QDBusError(reply));
+    EXPECT_EQ(failure.error, GetParam().expected);
+    EXPECT_TRUE(failure.details.contains(QStringLiteral("words")));
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Rows, RefusedCall,
+    testing::Values(
+        CallRow{"unknown", "org.freedesktop.DBus.Error.ServiceUnknown", UpdateError::noService},
+        CallRow{"noReply", "org.freedesktop.DBus.Error.NoReply", UpdateError::timedOut},
+        CallRow{"tooSlowToStart", "org.freedesktop.DBus.Error.TimedOut", UpdateError::timedOut},
+        CallRow{"noBus", "org.freedesktop.DBus.Error.Disconnected", UpdateError::noBus},
+        CallRow{"spawn", "org.freedesktop.DBus.Error.Spawn.ExecFailed", UpdateError::startFailed},
+        CallRow{"masked", "org.freedesktop.systemd1.UnitMasked", UpdateError::startFailed},
+        CallRow{"busPolicy", "org.freedesktop.DBus.Error.AccessDenied", UpdateError::notAuthorized},
+        CallRow{"polkit", "org.freedesktop.PackageKit.Transaction.RefusedByPolicy",
+                UpdateError::notAuthorized},
+        CallRow{"other", "org.example.Other", UpdateError::other}),
+    rowName);
+
+TEST(UpdateFailure, isTellableInOneSentenceEach)
+{
+    QSet<QString> sentences;
+    for (int error = 0; error <= int(UpdateError::other); ++error) {
+        const QString words = sentence(UpdateError(error));
+        sentences.insert(words);
+        EXPECT_TRUE(words.endsWith(QLatin1Char('.'))) << words.toStdString();
+        EXPECT_EQ(words.count(QStringLiteral(". ")), 0) << words.toStdString();
+        EXPECT_LT(words.size(), 80) << words.toStdString();
+    }
+    EXPECT_EQ(sentences.size(), int(UpdateError::other) + 1) << "each has its own";
+}
+
+TEST(UpdateFailure, boundsAndCleansForeignText)
+{
+    EXPECT_EQ(asLine(QStringLiteral(" a\n\tb\u202e\u0000c ")), QStringLiteral("a b c"));
+    EXPECT_EQ(asParagraphs(QStringLiteral("a\r\nb\x1b[31m")), QStringLiteral("a \nb [31m"));
+    EXPECT_EQ(asLine(QStringLiteral("a\u2028b")), QStringLiteral("a b"));
+    EXPECT_EQ(asParagraphs(QStringLiteral("a\u2028b\u2029c")), QStringLiteral("a b c"));
+    EXPECT_LE(asLine(QString(1 << 20, QLatin1Char('x'))).size(), 201);
+    EXPECT_LE(asParagraphs(QString(1 << 20, QLatin1Char('x'))).size(), 4001);
+}
+
+struct IdRow
+{
+    const char *name;
+    const char *text;
+    bool isValid;
+};
+
+class PackageIdText : public testing::TestWithParam<IdRow>
+{
+};
+
+TEST_P(PackageIdText, isTakenOnlyWhole)
+{
+    const QString text = QString::fromLatin1(GetParam().text);
+    const std::optional<PackageId> id = parsePackageId(text);
+    EXPECT_EQ(id.has_value(), GetParam().isValid);
+    if (id) {
+        EXPECT_EQ(id->text(), text);
+    }
+}
+
+INSTANTIATE_TEST_SUITE_P(Rows, PackageIdText,
+                         testing::Values(IdRow{"whole", "tidewick;1.0-1;amd64;stable", true},
+                                         IdRow{"noData", "tidewick;1.0-1;amd64;", true},
+                                         IdRow{"epoch", "tidewick;1:1.0~rc1;all;a:b", true},
+                                         IdRow{"empty", "", false},
+                                         IdRow{"bare", "tidewick", false},
+                                         IdRow{"noName", ";1.0;amd64;x", false},
+                                         IdRow{"noVersion", "tidewick;;amd64;x", false},
+                                         IdRow{"fiveParts", "a;1;b;c;d", false}),
+                         rowName);
+
+TEST(SearchPattern, meansThePathAndNothingElse)
+{
+    EXPECT_EQ(searchPattern(QStringLiteral("/usr/bin/tidewick")),
+              QStringLiteral("/usr/bin/tidewick"));
+    EXPECT_EQ(searchPattern(QStringLiteral("/a.b/[c]*^$\\+")),
+              QStringLiteral("/a\\.b/\\[c]\\*\\^\\$\\\\+"));
+}

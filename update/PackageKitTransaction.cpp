@@ -1,0 +1,250 @@
+#include "update/PackageKitTransaction.h"
+
+#include <QDBusMessage>
+#include <QDBusObjectPath>
+#include <QDBusPendingCallWatcher>
+#include <QDBusServiceWatcher>
+#include <QDeadlineTimer>
+#include <QLocale>
+#include <QStringList>
+
+namespace tidewick
+{
+namespace
+{
+
+constexpr uint exitSuccess = 1;
+constexpr uint statusDownload = 8;
+constexpr uint statusInstall = 9;
+constexpr uint infoMask = 0xffff;
+constexpr qsizetype maxPackages = 1000;
+constexpr qsizetype maxIdLength = 1000;
+
+} // namespace
+
+QString PackageId::text() const
+{
+    return QStringList({name, version, architecture, data}).join(QLatin1Char(';'));
+}
+
+std::optional<PackageId> parsePackageId(const QString &text)
+{
+    const QStringList parts = text.split(QLatin1Char(';'));
+    if (text.size() > maxIdLength || parts.size() != 4 || parts[0].isEmpty() || parts[1].isEmpty())
+        return std::nullopt;
+    return PackageId{parts[0], parts[1], parts[2], parts[3]};
+}
+
+PackageKitTransaction::PackageKitTransaction(QDBusConnection bus, TransactionCall call,
+                                             const std::stop_token &stop)
+    : m_bus(std::move(bus)), m_call(std::move(call))
+{
+    m_promise.start();
+    m_silence.setSingleShot(true);
+    m_silence.setInterval(m_call.patience);
+    connect(&m_silence, &QTimer::timeout, this, [this] {
+        deliver(UpdateFailure{UpdateError::timedOut, {}});
+    });
+    if (stop.stop_requested()) {
+        deliver(UpdateFailure{UpdateError::cancelled, {}});
+        return;
+    }
+    if (!m_bus.isConnected()) {
+        deliver(UpdateFailure{UpdateError::noBus, asParagraphs(m_bus.lastError().message())});
+        return;
+    }
+    send(QDBusMessage::createMethodCall(packagekit::service, packagekit::path,
+                                        packagekit::interface, QStringLiteral("CreateTransaction")),
+         [this](const QDBusMessage &created) { begin(created); });
+    m_onStop.emplace(stop, [this] {
+        cancel();
+        deliver(UpdateFailure{UpdateError::cancelled, {}});
+    });
+}
+
+PackageKitTransaction::~PackageKitTransaction()
+{
+    deliver(UpdateFailure{UpdateError::cancelled, {}});
+}
+
+void PackageKitTransaction::begin(const QDBusMessage &created)
+{
+    m_path = created.arguments().value(0).value<QDBusObjectPath>().path();
+    m_owner = created.service();
+    if (m_path.isEmpty()) {
+        deliver(UpdateFailure{UpdateError::other, {}});
+        return;
+    }
+    if (!m_owner.isEmpty()) {
+        run();
+        return;
+    }
+    // Newer Qt keeps a reply's sender to itself.
+    QDBusMessage question = QDBusMessage::createMethodCall(
+        QStringLiteral("org.freedesktop.DBus"), QStringLiteral("/org/freedesktop/DBus"),
+        QStringLiteral("org.freedesktop.DBus"), QStringLiteral("GetNameOwner"));
+    question << QString(packagekit::service);
+    send(question, [this](const QDBusMessage &answer) {
+        m_owner = answer.arguments().value(0).toString();
+        run();
+    });
+}
+
+void PackageKitTransaction::run()
+{
+    if (m_isCancelled) {
+        deliver(UpdateFailure{UpdateError::cancelled, {}});
+        return;
+    }
+    listen();
+    setHints();
+    QDBusMessage call = transactionCall(m_call.method);
+    call.setArguments(m_call.arguments);
+    send(call, [](const QDBusMessage & /*accepted*/) {});
+    m_silence.start();
+}
+
+// To the unique name: nobody else can speak for the service, nor a second service for the first.
+void PackageKitTransaction::listen()
+{
+    const auto to = [this](const QString &interface, const char *signal, const char *slot) {
+        m_bus.connect(m_owner, m_path, interface, QLatin1String(signal), this, slot);
+    };
+    to(packagekit::transactionInterface, "Package", SLOT(onPackage(uint, QString, QString)));
+    to(packagekit::transactionInterface, "ErrorCode", SLOT(onErrorCode(uint, QString)));
+    to(packagekit::transactionInterface, "Finished", SLOT(onFinished(uint, uint)));
+    to(packagekit::transactionInterface, "Destroy", SLOT(onDestroy()));
+    to(QStringLiteral("org.freedesktop.DBus.Properties"), "PropertiesChanged",
+       SLOT(onPropertiesChanged(QString, QVariantMap, QStringList)));
+    m_bus.connect({}, QStringLiteral("/org/freedesktop/DBus/Local"),
+                  QStringLiteral("org.freedesktop.DBus.Local"), QStringLiteral("Disconnected"),
+                  this, SLOT(onDisconnected()));
+    auto *watcher =
+        new QDBusServiceWatcher(m_owner, m_bus, QDBusServiceWatcher::WatchForUnregistration, this);
+    connect(watcher, &QDBusServiceWatcher::serviceUnregistered, this, [this] {
+        deliver(UpdateFailure{UpdateError::vanished, {}});
+    });
+}
+
+void PackageKitTransaction::setHints()
+{
+    const QString yesOrNo = m_call.isInteractive ? QStringLiteral("true") : QStringLiteral("false");
+    QDBusMessage hints = transactionCall(QStringLiteral("SetHints"));
+    hints << QStringList(
+        {QStringLiteral("locale=%1.UTF-8").arg(QLocale::system().name()),
+         QStringLiteral("background=") +
+             (m_call.isInteractive ? QStringLiteral("false") : QStringLiteral("true")),
+         QStringLiteral("interactive=") + yesOrNo});
+    m_bus.asyncCall(hints); // only hints: an unknown one is the service's affair
+}
+
+QDBusMessage PackageKitTransaction::transactionCall(const QString &method) const
+{
+    return QDBusMessage::createMethodCall(m_owner, m_path, packagekit::transactionInterface,
+                                          method);
+}
+
+void PackageKitTransaction::send(const QDBusMessage &message,
+                                 const std::function<void(const QDBusMessage &)> &done)
+{
+    const int patience = static_cast<int>(m_call.callPatience.count());
+    const QDeadlineTimer early(patience / 2);
+    auto *reply = new QDBusPendingCallWatcher(m_bus.asyncCall(message, patience), this);
+    connect(reply, &QDBusPendingCallWatcher::finished, this, [this, reply, done, early] {
+        reply->deleteLater();
+        if (m_hasEnded)
+            return;
+        if (!reply->isError()) {
+            done(reply->reply());
+            return;
+        }
+        UpdateFailure failure = failureOfCall(reply->error());
+        // The bus has one name for no answer in time and for no answer ever.
+        if (reply->error().type() == QDBusError::NoReply && !early.hasExpired())
+            failure.error = UpdateError::vanished;
+        deliver(failure);
+    });
+}
+
+void PackageKitTransaction::cancel()
+{
+    m_isCancelled = true;
+    if (!m_owner.isEmpty() && !m_hasEnded)
+        m_bus.asyncCall(transactionCall(QStringLiteral("Cancel")));
+}
+
+bool PackageKitTransaction::hear()
+{
+    if (!m_hasEnded)
+        m_silence.start();
+    return !m_hasEnded;
+}
+
+void PackageKitTransaction::onPackage(uint info, const QString &id, const QString &summary)
+{
+    if (!hear() || m_result.packages.size() >= maxPackages)
+        return;
+    const std::optional<PackageId> parsed = parsePackageId(id);
+    if (!parsed || (!m_call.packageName.isEmpty() && parsed->name != m_call.packageName))
+        return;
+    m_result.packages.append({info & infoMask, *parsed, asLine(summary)});
+}
+
+void PackageKitTransaction::onErrorCode(uint code, const QString &details)
+{
+    if (hear() && !m_result.failure)
+        m_result.failure = failureOfErrorCode(code, details);
+}
+
+void PackageKitTransaction::onFinished(uint exit, uint /*runtime*/)
+{
+    if (!m_result.failure && exit != exitSuccess)
+        m_result.failure = failureOfExit(exit);
+    deliver(m_result.failure);
+}
+
+void PackageKitTransaction::onDestroy()
+{
+    deliver(m_result.failure.value_or(UpdateFailure{UpdateError::vanished, {}}));
+}
+
+void PackageKitTransaction::onDisconnected()
+{
+    deliver(UpdateFailure{UpdateError::noBus, {}});
+}
+
+void PackageKitTransaction::onPropertiesChanged(const QString &interface,
+                                                const QVariantMap &changed,
+                                                const QStringList & /*invalidated*/)
+{
+    if (interface != packagekit::transactionInterface || !hear())
+        return;
+    TransactionProgress progress = m_progress;
+    if (const auto status = changed.constFind(QStringLiteral("Status")); status != changed.cend()) {
+        progress.status = status->toUInt();
+        progress.percentage.reset(); // the number known so far told of something else
+    }
+    const QVariant percentage = changed.value(QStringLiteral("Percentage"));
+    const bool tells = progress.status == statusDownload || progress.status == statusInstall;
+    if (percentage.isValid() && tells && percentage.toUInt() <= 100)
+        progress.percentage = percentage.toInt();
+    if (const auto can = changed.constFind(QStringLiteral("AllowCancel")); can != changed.cend())
+        progress.canCancel = can->toBool();
+    if (progress == m_progress)
+        return;
+    m_progress = progress;
+    Q_EMIT progressed(m_progress);
+}
+
+void PackageKitTransaction::deliver(const std::optional<UpdateFailure> &failure)
+{
+    if (m_hasEnded)
+        return;
+    m_hasEnded = true;
+    m_silence.stop();
+    m_result.failure = failure;
+    m_promise.addResult(m_result);
+    m_promise.finish();
+}
+
+} // namespace tidewick

@@ -1,0 +1,142 @@
+#pragma once
+
+#include "update/UpdateFailure.h"
+
+#include <QDBusConnection>
+#include <QFuture>
+#include <QList>
+#include <QObject>
+#include <QPromise>
+#include <QTimer>
+#include <QVariant>
+
+#include <chrono>
+#include <functional>
+#include <optional>
+#include <stop_token>
+
+class QDBusMessage;
+
+namespace tidewick
+{
+
+/// The service's well-known name, its object and its interface.
+/// https://www.freedesktop.org/software/PackageKit/gtk-doc/api-reference.html
+namespace packagekit
+{
+inline const QString service = QStringLiteral("org.freedesktop.PackageKit");
+inline const QString path = QStringLiteral("/org/freedesktop/PackageKit");
+inline const QString interface = service;
+inline const QString transactionInterface =
+    QStringLiteral("org.freedesktop.PackageKit.Transaction");
+} // namespace packagekit
+
+/// "name;version;arch;data" (PkPackageId).
+struct PackageId
+{
+    QString name;
+    QString version;
+    QString architecture;
+    QString data;
+
+    QString text() const;
+    bool operator==(const PackageId &) const = default;
+};
+
+/// None where `text` is not such an id, or unreasonably long.
+std::optional<PackageId> parsePackageId(const QString &text);
+
+struct Package
+{
+    uint info = 0; ///< PkInfoEnum, without the severity that newer services put in the upper half
+    PackageId id;
+    QString summary;
+};
+
+struct TransactionCall
+{
+    QString method;
+    QVariantList arguments;
+    /// The user waits for it, and may be asked for a password.
+    bool isInteractive = false;
+    /// Only packages of this name are kept; empty keeps those of every name.
+    QString packageName = {};
+    /// How long the service may say nothing at all before it is given up.
+    std::chrono::milliseconds patience = std::chrono::minutes(2);
+    /// How long it may take to answer a method call, or to be started for one.
+    std::chrono::milliseconds callPatience = std::chrono::seconds(25);
+};
+
+struct TransactionResult
+{
+    std::optional<UpdateFailure> failure;
+    QList<Package> packages;
+};
+
+struct TransactionProgress
+{
+    uint status = 0;               ///< PkStatusEnum
+    std::optional<int> percentage; ///< only where it tells of the download or the installation
+    bool canCancel = true;
+
+    bool operator==(const TransactionProgress &) const = default;
+};
+
+/// One transaction of the package service: made, connected to, called, and listened to until it
+/// finishes, fails, falls silent for too long, or its service goes.
+class PackageKitTransaction : public QObject
+{
+    Q_OBJECT
+
+public:
+    /// Starts at once. A stop asked of `stop` ends it as cancelled at once, and tells the service.
+    PackageKitTransaction(QDBusConnection bus, TransactionCall call,
+                          const std::stop_token &stop = {});
+    /// One that has not ended ends as cancelled; the service is left to finish it.
+    ~PackageKitTransaction() override;
+    Q_DISABLE_COPY_MOVE(PackageKitTransaction)
+
+    /// Delivered in every case, exactly once.
+    QFuture<TransactionResult> ending() const { return m_promise.future(); }
+
+    /// Asks the service to stop; it may go on where it no longer can.
+    void cancel();
+
+Q_SIGNALS:
+    void progressed(const tidewick::TransactionProgress &progress);
+
+private Q_SLOTS:
+    void onPackage(uint info, const QString &id, const QString &summary);
+    void onErrorCode(uint code, const QString &details);
+    void onFinished(uint exit, uint runtime);
+    void onDestroy();
+    void onDisconnected();
+    void onPropertiesChanged(const QString &interface, const QVariantMap &changed,
+                             const QStringList &invalidated);
+
+private:
+    void begin(const QDBusMessage &created);
+    void run();
+    void listen();
+    void setHints();
+    QDBusMessage transactionCall(const QString &method) const;
+    void send(const QDBusMessage &message, const std::function<void(const QDBusMessage &)> &done);
+    /// Counts as a sign of life; false after the end.
+    bool hear();
+    void deliver(const std::optional<UpdateFailure> &failure);
+
+    QDBusConnection m_bus;
+    const TransactionCall m_call;
+    mutable QPromise<TransactionResult> m_promise;
+    bool m_hasEnded = false;
+    bool m_isCancelled = false;
+
+    QString m_owner; ///< the unique name of the service that made the transaction
+    QString m_path;
+    TransactionResult m_result;
+    TransactionProgress m_progress;
+    QTimer m_silence;
+    std::optional<std::stop_callback<std::function<void()>>> m_onStop;
+};
+
+} // namespace tidewick
