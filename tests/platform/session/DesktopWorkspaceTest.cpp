@@ -103,4 +103,4 @@ TEST_F(WorkspaceTest, fileIsNoFolder)
     EXPECT_TRUE(fileManager.shown.isEmpty());
 }
 
-#include "WorkspaceTest.moc"
+#include "DesktopWorkspaceTest.moc"
