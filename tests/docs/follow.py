@@ -28,7 +28,7 @@ GO_ON = {
 }
 # What changes the files that it works on: run in a clone, which it must leave as it is.
 IN_A_CLONE = ["make fmt"]
-# What .ci/run runs itself, by its line there.
+# What .ci/run runs, by the command of its stage.
 IN_CI = {
     "scripts/test": "scripts/test",
     "make test": "scripts/test",
@@ -146,9 +146,9 @@ def try_command(command, is_all):
         check(leaves_a_clone_as_it_is(command), command)
         return "run in a clone"
     if command in IN_CI:
-        lines = [line.split()[:len(IN_CI[command].split())]
-                 for line in read(".ci/run").splitlines()]
-        check(IN_CI[command].split() in lines, f".ci/run does not run {command}")
+        stages = re.findall(r"^stage \w+ (?:env )?(.*)$", read(".ci/run"), flags=re.MULTILINE)
+        check(any(f"{stage} ".startswith(IN_CI[command] + " ") for stage in stages),
+              f".ci/run does not run {command}")
         return "run by .ci/run"
     if command in IN_A_TEST:
         check(os.path.exists(IN_A_TEST[command]), f"{command}: no {IN_A_TEST[command]}")
@@ -159,7 +159,8 @@ def try_command(command, is_all):
         return "left to --all"
     if command in SELF + PLACEHOLDERS:
         return "known"
-    if command in LONG or re.match(r"(scripts/setup|scripts/test -R|cmake)\b", command):
+    if command in LONG or re.match(
+            r"(scripts/setup|scripts/test (--unit|-R)|make unit|cmake)\b", command):
         with tempfile.TemporaryDirectory() as home:
             check(run(command, env={**os.environ, "HOME": home}), command)
             for service in glob.glob(f"{home}/.local/share/dbus-1/services/*"):
