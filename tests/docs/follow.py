@@ -20,11 +20,11 @@ COMMAND = re.compile(r"(?:[A-Z]+=\S+ )?(?:scripts/|make |\.ci/)\S.*")
 
 # What goes on until Ctrl-C, and a line that it prints when all of it is there.
 GO_ON = {
-    "scripts/run": "a virtual one",
-    "scripts/run --demo": "a virtual one",
+    "scripts/run": "Look at ",
+    "scripts/run --demo": "Look at ",
     "scripts/demo": "blog",
-    "make run": "a virtual one",
-    "make demo": "a virtual one",
+    "make run": "Look at ",
+    "make demo": "Look at ",
 }
 # What changes the files that it works on: run in a clone, which it must leave as it is.
 IN_A_CLONE = ["make fmt"]
