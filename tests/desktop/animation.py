@@ -120,8 +120,6 @@ def card(panel, text):
         10, text)
 
 
-# As a desktop has one, in a colour on which panel and icon stand out.
-subprocess.run(["xsetroot", "-solid", "#3a5068"], check=True)
 with demo() as count:
     program = desktop.start_program(**accessible.ENVIRONMENT)
     item = desktop.StatusItem()
