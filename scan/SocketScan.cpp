@@ -1,5 +1,6 @@
 #include "scan/SocketScan.h"
 
+#include "products/DevelopmentProcess.h"
 #include "scan/Enrichment.h"
 #include "text/Lines.h"
 #include "text/Numbers.h"
@@ -125,32 +126,7 @@ QList<PortInfo> parsePortInfo(const QString &lsofOutput)
 
 bool isDevelopmentProcess(const PortInfo &record)
 {
-    struct Rule
-    {
-        enum { equals, contains } test;
-        QStringView text;
-    };
-    // "go" inside any longer name is kept on purpose, "node" is not.
-    constexpr auto rules = std::to_array<Rule>({
-        {Rule::equals, u"node"},
-        {Rule::contains, u"python"},
-        {Rule::contains, u"ruby"},
-        {Rule::contains, u"php"},
-        {Rule::equals, u"postgres"},
-        {Rule::equals, u"mysqld"},
-        {Rule::equals, u"mongod"},
-        {Rule::equals, u"redis-server"},
-        {Rule::contains, u"docker"},
-        {Rule::equals, u"deno"},
-        {Rule::equals, u"bun"},
-        {Rule::contains, u"java"},
-        {Rule::contains, u"dotnet"},
-        {Rule::contains, u"go"},
-    });
-    const QString command = record.command().toLower();
-    return std::any_of(rules.begin(), rules.end(), [&command](const Rule &rule) {
-        return rule.test == Rule::equals ? command == rule.text : command.contains(rule.text);
-    });
+    return isDevelopmentProcessName(record.command().toLower().toStdString());
 }
 
 } // namespace tidewick
