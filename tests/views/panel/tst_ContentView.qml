@@ -166,6 +166,59 @@ TestCase {
         compare(findChild(card(0), "title").text, "Node App");
     }
 
+    // Where `item` stands in the panel: left, top, width and height.
+    function box(item) {
+        const place = item.mapToItem(view, 0, 0);
+        return [place.x, place.y, item.width, item.height];
+    }
+
+    // The texts and the names of the symbols that `item` shows, in the order of their declaration.
+    function shown(item) {
+        if (!item.visible || item.opacity === 0)
+            return [];
+        const own = item instanceof Text ? [item.text] : item instanceof Symbol ? [item.name] : [];
+        return own.concat(...Array.from(item.children, shown));
+    }
+
+    function test_cardsShowWhatTheyTell() {
+        show([shop, api]);
+        compare(shown(card(0)), ["dot.radiowaves.up.forward", "<b>shop", "Live on port", "3000", "•", "Vite", "600 MB", "45% CPU", "2h 5m", "arrow.up.forward", "Open", "chevron.down", "xmark"]);
+        compare(shown(card(1)), ["circle.fill", "Node App", "Port", "7000", "chevron.down", "xmark"]);
+    }
+
+    function test_cardsStandInThePanelToThePoint() {
+        show([shop, api]);
+        for (const row of [0, 1])
+            tryCompare(findChild(card(row), "stop"), "visible", true);
+        const heights = [0, 1].map(row => card(row).height);
+        verify(heights[0] >= 74 && heights[1] >= 74, heights);
+        const tops = [45 + 12, 45 + 12 + heights[0] + 10];
+        for (const row of [0, 1]) {
+            const find = name => findChild(card(row), name);
+            const top = tops[row];
+            compare(box(find("surface")), [12, top, 456, heights[row]]);
+            compare(box(find("badge")), [28, top + 16, 42, 42]);
+            compare(box(find("title")).slice(0, 2), [84, top + 16]);
+            const stop = box(find("stop"));
+            compare([stop[0], stop[2], stop[3]], [436, 16, 16]);
+            const expand = box(find("expand"));
+            compare([expand[0], expand[2], expand[3]], [408, 24, 24]);
+        }
+        const open = box(findChild(card(0), "open"));
+        compare([open[0] + open[2], open[1]], [404, tops[0] + 16]);
+        verify(open[2] > 40 && open[3] > 20, open);
+    }
+
+    function test_cardsHaveAFrame() {
+        show([shop, api]);
+        const middle = box(findChild(card(1), "surface"))[1] + Math.round(card(1).height / 2);
+        const image = grabImage(view);
+        for (const [frame, outside, inside] of [[12, 11, 13], [467, 468, 466]]) {
+            verify(image.red(frame, middle) > image.red(outside, middle), "against what is outside");
+            verify(image.red(frame, middle) > image.red(inside, middle), "against what is inside");
+        }
+    }
+
     function test_openAndReveal() {
         show([shop]);
         press(0, "open");
