@@ -17,6 +17,8 @@ SCREENSHOTS = os.environ["SCREENSHOTS"]
 SCRIPTS = os.path.join(os.path.dirname(__file__), "..", "..", "scripts")
 ANOTHER_USER = ["setpriv", "--reuid=65534", "--regid=65534", "--clear-groups"]
 NO_RIGHT_TO_KILL = ["setpriv", "--bounding-set=-kill", "--inh-caps=-kill"]
+NO_TRAY = "tidewick: this desktop shows no status items; waiting for a tray"
+NO_BUS = "tidewick: no session bus, hence no status item"
 INK = bytes((0x1F, 0x8A, 0x9E))  # the colour of the icon and of the number's badge
 
 
@@ -32,6 +34,19 @@ def wait_until(condition, seconds, what):
         time.sleep(0.02)
 
 
+def wait_until_still(look, seconds, what):
+    """Returns what `look` sees once it has seen the same for a moment; fails as `wait_until`."""
+    seen = []
+
+    def is_still():
+        seen.append((time.monotonic(), look()))
+        while seen[0][1] != seen[-1][1]:
+            seen.pop(0)
+        return seen[-1][1] and seen[-1][0] - seen[0][0] > 0.3
+    wait_until(is_still, seconds, what)
+    return seen[-1][1]
+
+
 def is_alive(pid):
     """Whether the process exists and is no zombie."""
     try:
@@ -41,10 +56,53 @@ def is_alive(pid):
         return False
 
 
+class Program(subprocess.Popen):
+    """The program under test. A line on standard error fails the test when the program is ended
+    with `end`, unless the test allowed the line or has read it."""
+
+    def __init__(self, command, **options):
+        self._allowed = []
+        self._read = 0
+        self.is_finished = False
+        with tempfile.TemporaryFile() as errors:
+            super().__init__(command, stderr=errors, text=True, **options)
+            self._errors = os.dup(errors.fileno())
+
+    def may_print(self, *lines):
+        """Allows these lines on standard error."""
+        self._allowed += lines
+
+    def read_errors(self):
+        """The lines that it printed on standard error since the last call."""
+        text = os.pread(self._errors, 1 << 20, self._read)
+        self._read += len(text)
+        return text.decode(errors="replace").splitlines()
+
+    def finish(self):
+        """Ends it as the session does, or by force where that takes too long."""
+        if self.is_finished:
+            return
+        self.is_finished = True
+        self.terminate()
+        try:
+            self.wait(timeout=3)
+        except subprocess.TimeoutExpired:
+            self.kill()
+            self.wait()
+        unexpected = [line for line in self.read_errors() if line not in self._allowed]
+        os.close(self._errors)
+        assert not unexpected, f"printed on standard error: {unexpected}"
+
+
 def start_program(path=PROGRAM, wrapper=(), **environment):
     """Starts the program, by way of the command `wrapper` where one is given."""
-    return subprocess.Popen([*wrapper, path], stderr=subprocess.PIPE, text=True,
-                            env={**os.environ, **environment})
+    return Program([*wrapper, path], env={**os.environ, **environment})
+
+
+def start_again():
+    """Starts the program beside the one that runs; it ends at once and prints nothing."""
+    second = subprocess.run([PROGRAM], stderr=subprocess.PIPE, text=True, check=False, timeout=5)
+    assert (second.returncode, second.stderr) == (0, ""), second
 
 
 def copy_with_lsof(script):
@@ -65,12 +123,15 @@ def copy_with_lsof(script):
 
 def end(process):
     """Ends a child of the test, whatever state it is in."""
-    if process.poll() is None:
+    try:
+        if isinstance(process, Program):
+            process.finish()
+    finally:
         process.kill()
-    process.wait()
-    for stream in (process.stdout, process.stderr):
-        if stream:
-            stream.close()
+        process.wait()
+        for stream in (process.stdout, process.stderr):
+            if stream:
+                stream.close()
 
 
 def start_server(folder=None, port=0, wrapper=()):

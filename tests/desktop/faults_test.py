@@ -35,10 +35,9 @@ class FaultsTest(unittest.TestCase):
         self.notes_file = os.path.join(tools, "notes")
 
     def launch(self, **environment):
-        self.program = subprocess.Popen([os.path.join(self.folder, "bin/tidewick")],
-                                        env={**os.environ, **environment},
-                                        stdout=subprocess.DEVNULL, stderr=subprocess.PIPE,
-                                        text=True, start_new_session=True)
+        self.program = desktop.Program([os.path.join(self.folder, "bin/tidewick")],
+                                       env={**os.environ, **environment},
+                                       stdout=subprocess.DEVNULL, start_new_session=True)
         self.addCleanup(desktop.end, self.program)
 
     def serve(self):
@@ -103,6 +102,7 @@ class FaultsTest(unittest.TestCase):
         self.launch()
         item = desktop.StatusItem()
         self.wait_for_the_truth(item, 0)
+        self.program.may_print(desktop.NO_TRAY)
         with open(PANEL, encoding="utf-8") as file:
             os.kill(int(file.read()), signal.SIGKILL)
         desktop.wait_until(lambda: not desktop.owner("org.kde.StatusNotifierWatcher"), 5,
@@ -118,6 +118,7 @@ class FaultsTest(unittest.TestCase):
 
     def test_program_without_a_session_bus_goes_on_scanning(self):
         self.launch(DBUS_SESSION_BUS_ADDRESS="unix:path=/nowhere/bus")
+        self.program.may_print(desktop.NO_BUS)
         desktop.wait_until(desktop.visible_panels, 5, "the panel as a window")
         server = self.serve()
         desktop.wait_until(lambda: str(server.pid) in self.notes(), INTERVAL + 1,

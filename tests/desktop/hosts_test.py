@@ -62,7 +62,7 @@ class HostTest(unittest.TestCase):
         xdotool("mousemove", 200 * SCALE, 400 * SCALE)
 
     def place_of_icon(self):
-        ink = desktop.wait_until(ink_in_bar, 10, "the icon in the picture")
+        ink = desktop.wait_until_still(ink_in_bar, 10, "the icon in the picture")
         return ink[len(ink) // 2]
 
     def wait_for_panel(self):
@@ -159,11 +159,11 @@ class HostTest(unittest.TestCase):
         xdotool("key", "Escape")
         self.wait_for_its_end()
         for _ in range(2):
-            self.assertEqual(subprocess.run([desktop.PROGRAM], check=False, timeout=5).returncode,
-                             0)
+            desktop.start_again()
             self.assertEqual(geometry(self.wait_for_panel()), place)
 
     def test_icon_is_back_in_a_restarted_panel(self):
+        self.program.may_print(desktop.NO_TRAY)
         with open(PID_FILE, encoding="utf-8") as file:
             panel = int(file.read())
         with open(f"/proc/{panel}/cmdline", encoding="utf-8") as file:

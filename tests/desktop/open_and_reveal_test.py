@@ -66,7 +66,7 @@ class OpenAndRevealTest(unittest.TestCase):
         item = desktop.StatusItem()
         desktop.wait_until(lambda: item.tool_tip() == ("Tidewick", "1 running, 1 live"), 10,
                            "the server")
-        subprocess.run([desktop.PROGRAM], check=True, timeout=5)  # opens the panel
+        desktop.start_again()  # opens the panel
         desktop.wait_until(lambda: windows("^Tidewick$"), 5, "the panel")
 
     def test_open_shows_the_page_in_the_default_browser(self):

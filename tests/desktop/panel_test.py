@@ -49,8 +49,7 @@ class PanelTest(PanelCase):
             desktop.click(200, 700)
             desktop.wait_for_no_panel()
             self.open_panel()
-        self.program.terminate()
-        self.assertEqual(self.program.communicate(timeout=5)[1], "")
+        desktop.end(self.program)
 
     def test_loading_then_empty(self):
         lister = held_lister.HeldLister()

@@ -32,8 +32,7 @@ class SettingsTest(unittest.TestCase):
 
     def launch(self, *wrapper):
         """Starts the program, by way of `wrapper` where one is given."""
-        self.program = subprocess.Popen([*wrapper, desktop.PROGRAM], text=True,
-                                        stdout=subprocess.PIPE)
+        self.program = desktop.Program([*wrapper, desktop.PROGRAM], stdout=subprocess.PIPE)
         self.addCleanup(desktop.end, self.program)
         self.item = desktop.StatusItem()
 

@@ -28,11 +28,10 @@ def picture(name):
 
 class UpdateDialogs(unittest.TestCase):
     def setUp(self):
-        self.editor = subprocess.Popen([DIALOGS, "editor"])
+        self.editor = desktop.Program([DIALOGS, "editor"])
         self.addCleanup(desktop.end, self.editor)
         desktop.wait_until(lambda: active_window() == "Editor", 10, "the editor has the focus")
-        self.dialogs = subprocess.Popen([DIALOGS], stdin=subprocess.PIPE, stdout=subprocess.PIPE,
-                                        text=True)
+        self.dialogs = desktop.Program([DIALOGS], stdin=subprocess.PIPE, stdout=subprocess.PIPE)
         self.addCleanup(self.dialogs.stdin.close)
         self.addCleanup(desktop.end, self.dialogs)
 
