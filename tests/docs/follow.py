@@ -39,6 +39,7 @@ IN_CI = {
     "make package": "scripts/check-package",
     "scripts/check-package": "scripts/check-package",
     "scripts/check-docs": "scripts/check-docs",
+    "scripts/check-run": "scripts/check-run",
 }
 # What a test runs in its own way, by its file.
 IN_A_TEST = {
