@@ -1,8 +1,9 @@
 // ps prints how long a process has lived; any text may stand there.
 
-#include "libexec/cells/ProcessCells.h"
+#include "libexec/cells/NumberCells.h"
 #include "scan/Enrichment.h"
 #include "tests/fuzz/Fuzz.h"
+#include "tests/libexec/AddedText.h"
 
 #include <QRegularExpression>
 
@@ -42,7 +43,8 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
     uint64_t life = 0;
     std::memcpy(&life, data, std::min(size, sizeof life));
     life %= 100'000'000'000; // some thousand years
-    const std::string printed = tools::elapsedText(life);
+    const std::string printed =
+        addedText([&](tools::TextBuffer &line) { tools::addElapsed(line, life); });
     promise(printed.size() >= 11, "the column is eleven wide");
     promise(parseElapsedTime(QString::fromStdString(printed).trimmed()) == double(life),
             "what our ps prints is read back");

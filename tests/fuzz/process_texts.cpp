@@ -1,7 +1,8 @@
 // What /proc tells of a process, most of which the process may choose. Five texts, cut at the
 // record separator (0x1e): stat, status, the command line, the executable's path, a port.
 
-#include "libexec/cells/ProcessCells.h"
+#include "libexec/cells/NumberCells.h"
+#include "libexec/cells/PrintedText.h"
 #include "libexec/holders/DockerProxy.h"
 #include "libexec/holders/NamedPorts.h"
 #include "libexec/names/EscapedText.h"
@@ -11,6 +12,7 @@
 #include "libexec/proc/Words.h"
 #include "scan/SocketScan.h"
 #include "tests/fuzz/Fuzz.h"
+#include "tests/libexec/AddedText.h"
 #include "text/Utf8.h"
 
 #include <clocale>
@@ -39,8 +41,10 @@ void checkStat(const std::string &text)
         promise(stat->comm.size() + 2 <= text.size(), "a name is a part of the text");
         const double seconds = lifeTime(*stat, text, 100);
         promise(std::isfinite(seconds) && seconds >= 0, "nothing starts after now");
-        promise(isPrintable(percentage(*stat, seconds, 100)) &&
-                    isPrintable(elapsedText(uint64_t(seconds))),
+        promise(isPrintable(addedText([&](TextBuffer &line) {
+                    addPercentage(line, *stat, seconds, 100);
+                    addElapsed(line, uint64_t(seconds));
+                })),
                 "cells are plain");
     }
     const std::string whole = "77 (" + text + ") S 42 0 0 0 0 0 0 0 0 0 31 12 0 0 20 0 1 0 5150 1";
@@ -58,7 +62,7 @@ void checkStatus(const std::string &text)
         !value || value->empty() ||
             (value->find_first_of(" \t") != 0 && value->find_last_of(" \t") != value->size() - 1),
         "a value has no blanks around it");
-    const std::string cell = residentCell(text);
+    const std::string cell = addedText([&](TextBuffer &line) { addResident(line, text); });
     promise(cell.size() >= 5 && cell.find_first_not_of("0123456789 ") == std::string::npos,
             "a size is a number");
 }
@@ -66,7 +70,12 @@ void checkStatus(const std::string &text)
 /// A text as ps and lsof print it in the locale of now, which is UTF-8 or not.
 void checkPrinted(const std::string &text, bool isUtf8)
 {
-    for (const std::string &printed : {escapeText(joinArguments(text)), escapePath(text)}) {
+    const std::string line = addedText([&](TextBuffer &line) {
+        line.add(text);
+        joinArguments(line);
+    });
+    const std::string cell = addedText([&](TextBuffer &cell) { addPrinted(cell, line, isUtf8); });
+    for (const std::string &printed : {cell, escapePath(text)}) {
         for (const char c : printed) {
             const auto byte = uint8_t(c);
             promise(isPrintable(byte) || (isUtf8 && byte >= 0x80), "what is printed is plain");

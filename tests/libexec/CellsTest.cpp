@@ -1,51 +1,158 @@
-#include "libexec/cells/ProcessCells.h"
+#include "libexec/cells/NumberCells.h"
+#include "libexec/cells/PrintedText.h"
+#include "tests/libexec/AddedText.h"
+
+#include <QChar>
+#include <QString>
 
 #include <gtest/gtest.h>
 
-#include <clocale>
+#include <array>
+#include <cwctype>
+
+#include <locale.h>
+#include <stdlib.h>
 
 using namespace tidewick::tools;
 using namespace std::string_view_literals;
 
-// NOLINTBEGIN(concurrency-mt-unsafe): this program has one thread
-TEST(Cells, textsAsPsPrintsThem)
+namespace
 {
-    ASSERT_NE(setlocale(LC_CTYPE, "C"), nullptr);
-    EXPECT_EQ(escapeText("a\x01\x7f\n\xc3\xa9"), "a...??");
-    if (setlocale(LC_CTYPE, "C.UTF-8") == nullptr)
-        GTEST_SKIP() << "there is no locale with UTF-8";
-    EXPECT_EQ(escapeText("a\x01\x7f\xc3\xa9"), "a??\xc3\xa9");
-    EXPECT_EQ(escapeText("\xff\x01\xc3\xa9"), "?.??");
-    EXPECT_EQ(escapeText("\xc3 \xc3\xa9\xe4"), "? \xc3\xa9?");
-    EXPECT_EQ(escapeText("\xe1\xc3\x80\xc2\x85"), "?\xc3\x80?");
-    setlocale(LC_CTYPE, "C");
-    EXPECT_EQ(joinArguments("a\0\0b\nc\0\0"sv), "a  b c");
-    EXPECT_EQ(joinArguments("\0\0"sv), "?");
+
+std::string printed(std::string_view text, bool isUtf8)
+{
+    return addedText([&](TextBuffer &line) { addPrinted(line, text, isUtf8); });
+}
+
+std::string joined(std::string_view commandLine)
+{
+    return addedText([&](TextBuffer &line) {
+        line.add(commandLine);
+        joinArguments(line);
+    });
+}
+
+std::string percent(uint64_t ticks, double seconds)
+{
+    ProcessStat stat;
+    stat.userTime = ticks;
+    return addedText([&](TextBuffer &line) { addPercentage(line, stat, seconds, 100); });
+}
+
+std::string resident(std::string_view status)
+{
+    return addedText([&](TextBuffer &line) { addResident(line, status); });
+}
+
+std::string elapsed(uint64_t seconds)
+{
+    return addedText([&](TextBuffer &line) { addElapsed(line, seconds); });
+}
+
+} // namespace
+
+TEST(Cells, aBufferHoldsWhatFits)
+{
+    std::array<char, 4> memory;
+    TextBuffer text(memory);
+    text.add("abc");
+    text.add("def");
+    text.add('g');
+    EXPECT_EQ(text.view(), "abcd");
+    text.replaceAll('d', 'b');
+    text.removeFromEnd('b');
+    EXPECT_EQ(text.view(), "abc");
+    text.removeFromEnd('c');
+    text.replaceAll('b', 'a');
+    text.removeFromEnd('a');
+    EXPECT_EQ(text.view(), "");
+    EXPECT_FALSE(text.addFile(-1, "/there/is/no/such/file"));
+}
+
+TEST(Cells, localesOfUtf8)
+{
+    for (const char *const name :
+         {"C.UTF-8", "C.utf8", "en_US.UTF-8", "de_DE.utf8@euro", "sr_RS.Utf_8@latin"})
+        EXPECT_TRUE(namesUtf8(name)) << name;
+    for (const char *const name : {"", "C", "POSIX", "UTF-8", "en_US", "de_DE@UTF-8", "ja_JP.eucJP",
+                                   "en_US.UTF-16", "en_US.UTF-81", "en_US.UTF", "en_US."})
+        EXPECT_FALSE(namesUtf8(name)) << name;
+}
+
+// NOLINTBEGIN(concurrency-mt-unsafe): this program has one thread
+TEST(Cells, theLocaleOfTheEnvironment)
+{
+    const char *const names[] = {"LC_ALL", "LC_CTYPE", "LANG"};
+    for (const char *const name : names)
+        unsetenv(name);
+    EXPECT_FALSE(isUtf8Environment());
+    setenv("LANG", "C.UTF-8", 1);
+    EXPECT_TRUE(isUtf8Environment());
+    setenv("LC_CTYPE", "C", 1);
+    EXPECT_FALSE(isUtf8Environment());
+    setenv("LC_ALL", "", 1);
+    EXPECT_FALSE(isUtf8Environment());
+    setenv("LC_ALL", "C.UTF-8", 1);
+    EXPECT_TRUE(isUtf8Environment());
+    for (const char *const name : names)
+        unsetenv(name);
 }
 // NOLINTEND(concurrency-mt-unsafe)
 
-TEST(Cells, cellsOfNumbers)
+TEST(Cells, argumentsOnOneLine)
 {
-    const auto percent = [](uint64_t ticks, double seconds) {
-        ProcessStat stat;
-        stat.userTime = ticks;
-        return percentage(stat, seconds, 100);
-    };
+    EXPECT_EQ(joined("a\0\0b\nc\0\0"sv), "a  b c");
+    EXPECT_EQ(joined("\0\0"sv), "?");
+}
+
+TEST(Cells, textsAsPsPrintsThem)
+{
+    EXPECT_EQ(printed("a\x01\x7f\n\xc3\xa9", false), "a...??");
+    EXPECT_EQ(printed("a\x01\x7f\xc3\xa9", true), "a??\xc3\xa9");
+    EXPECT_EQ(printed("\xff\x01\xc3\xa9", true), "?.??");
+    EXPECT_EQ(printed("\xc3 \xc3\xa9\xe4", true), "? \xc3\xa9?");
+    EXPECT_EQ(printed("\xe1\xc3\x80\xc2\x85", true), "?\xc3\x80?");
+    EXPECT_EQ(printed("\xe0\x80\x80 \xed\xa0\x80 \xf4\x90\x80\x80", true), "??? ??? ????");
+    EXPECT_EQ(printed("\xf0\x9f\x98\x80", true), "\xf0\x9f\x98\x80");
+}
+
+TEST(Cells, theCharactersThatTheSystemPrints)
+{
+    const locale_t utf8 = newlocale(LC_CTYPE_MASK, "C.UTF-8", nullptr);
+    if (utf8 == nullptr)
+        GTEST_SKIP() << "there is no locale with UTF-8";
+    for (char32_t code = 1; code <= 0x10ffff; ++code) {
+        const bool isKnown = QChar::category(code) != QChar::Other_NotAssigned;
+        if ((code >= 0xd800 && code <= 0xdfff) || !isKnown)
+            continue;
+        const QByteArray text = QString::fromUcs4(&code, 1).toUtf8();
+        std::array<char, 4> memory;
+        TextBuffer line(memory);
+        addPrinted(line, std::string_view(text.data(), size_t(text.size())), true);
+        ASSERT_EQ(line.view() != "?" || code == '?', iswprint_l(wint_t(code), utf8) != 0)
+            << std::hex << uint32_t(code);
+    }
+    freelocale(utf8);
+}
+
+TEST(Cells, numbers)
+{
     EXPECT_EQ(percent(0, 0), " 0.0");
     EXPECT_EQ(percent(1259, 100), "12.5");
     EXPECT_EQ(percent(9999, 100), "99.9");
     EXPECT_EQ(percent(10000, 100), " 100");
     EXPECT_EQ(percent(123456, 100), "1234");
-    EXPECT_EQ(residentCell("VmHWM:\t 9 kB\nVmRSS:\t     988 kB\n"), "  988");
-    EXPECT_EQ(residentCell("VmRSS:\t 1234567 kB\n"), "1234567");
-    EXPECT_EQ(residentCell(""), "    0");
+    EXPECT_EQ(resident("VmHWM:\t 9 kB\nVmRSS:\t     988 kB\n"), "  988");
+    EXPECT_EQ(resident("VmRSS:\t 1234567 kB\n"), "1234567");
+    EXPECT_EQ(resident(""), "    0");
     ProcessStat stat;
     stat.startTime = 5150;
     EXPECT_EQ(lifeTime(stat, "1000.25 7.00\n", 100), 948.75);
     EXPECT_EQ(lifeTime(stat, "", 100), 0);
-    EXPECT_EQ(paddedNumber(UINT64_MAX, 1, ' '), "18446744073709551615");
-    EXPECT_EQ(elapsedText(5), "      00:05");
-    EXPECT_EQ(elapsedText(7265), "   02:01:05");
-    EXPECT_EQ(elapsedText(266465), " 3-02:01:05");
-    EXPECT_EQ(elapsedText(86400UL * 1234), "1234-00:00:00");
+    EXPECT_EQ(addedText([](TextBuffer &line) { addNumber(line, UINT64_MAX); }),
+              "18446744073709551615");
+    EXPECT_EQ(elapsed(5), "      00:05");
+    EXPECT_EQ(elapsed(7265), "   02:01:05");
+    EXPECT_EQ(elapsed(266465), " 3-02:01:05");
+    EXPECT_EQ(elapsed(86400UL * 1234), "1234-00:00:00");
 }

@@ -44,7 +44,24 @@ inline std::vector<std::string> lines(const std::string &text)
     return list;
 }
 
-/// What the supplied tools print for one who looks: root, or an ordinary user.
+/// Other arguments than those that are used end with one line of an error.
+inline void expectRefused(const std::string &tool, const std::vector<std::string> &arguments,
+                          const BeforeExec &before)
+{
+    const Output output = runProgram(tool, arguments, before);
+    EXPECT_EQ(output.text, "");
+    EXPECT_EQ(lines(output.errors).size(), 1U);
+    EXPECT_EQ(output.status, 1);
+}
+
+inline void expectLessThanFourMegabytes(const std::string &command, const BeforeExec &before)
+{
+    const OddProcess usage({"usage " + command, {"x"}, "", before});
+    ASSERT_EQ(usage.lines().size(), 1U);
+    EXPECT_LT(usage.port(), 4096) << command;
+}
+
+/// What the supplied lsof prints for one who looks: root, or an ordinary user.
 class SuppliedTools : public testing::TestWithParam<uid_t>
 {
 protected:
@@ -61,7 +78,6 @@ protected:
     bool ownNetwork() const { return m_ownNetwork; }
 
     std::string lsof() const { return m_lsof; }
-    std::string ps() const { return m_ps; }
 
     std::vector<Row> rows(const BeforeExec &before) const
     {
@@ -113,7 +129,6 @@ protected:
 private:
     SharedFolder m_folder;
     std::string m_lsof = m_folder.copy(SUPPLIED_TOOLS "/lsof", "supplied-lsof");
-    std::string m_ps = m_folder.copy(SUPPLIED_TOOLS "/ps", "supplied-ps");
     bool m_ownNetwork = false;
 };
 

@@ -1,0 +1,15 @@
+#pragma once
+
+#include "libexec/proc/TextBuffer.h"
+
+#include <string>
+
+/// What `add` adds to a text, which has room for it.
+template <class Add>
+std::string addedText(Add add)
+{
+    std::string memory(size_t(1U << 20U), '\0');
+    tidewick::tools::TextBuffer text(memory);
+    add(text);
+    return std::string(text.view());
+}
