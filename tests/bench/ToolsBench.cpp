@@ -1,6 +1,7 @@
 // What the supplied tools cost against the stock ones and ss, in one run: tools_bench FOLDER
 // [PROCESSES...] measures those in FOLDER beside 160 listeners, with that many more processes.
 #include "tests/libexec/OddProcess.h"
+#include "tests/support/SharedFolder.h"
 
 #include <QElapsedTimer>
 
@@ -96,7 +97,7 @@ int main(int argc, char *argv[])
                 getuid(), runs, "beside 160 listeners", "", "supplied", "stock", "ratio", "ss",
                 "ratio");
     const SharedFolder folder;
-    const OddProcess servers({"servers 160", {"node"}, folder.copy(ODD_PROCESS, "node")});
+    const OddProcess servers({"servers 160", {"node"}, folder.copy(oddProgram(), "node")});
     compare("no more", argv[1]);
     for (int i = 2; i < argc; ++i) {
         const OddProcess crowd({std::string("idle ") + argv[i], {"crowd"}});

@@ -10,20 +10,7 @@
 
 using namespace tidewick;
 
-namespace
-{
-
-QString real(Task task)
-{
-    const ToolTable table = ToolTable::suppliedOverStock(QStringLiteral(SUPPLIED_TOOLS));
-    return presentTool(task == Task::kill           ? table.kill
-                       : task == Task::processFacts ? table.ps
-                                                    : table.lsof);
-}
-
-} // namespace
-
-BrokenTools::BrokenTools()
+BrokenTools::BrokenTools() : m_faultyTool(programs.copy(FAULTY_TOOL))
 {
     giveToOrdinaryUser(m_tools.path());
     for (const Task task : {Task::list, Task::processFacts, Task::kill})
@@ -45,7 +32,8 @@ void BrokenTools::breakTool(Task task, const ToolFault &fault) const
     ASSERT_TRUE(file.open(QIODevice::WriteOnly));
     // A kill that half works works.
     const QString own = task == Task::kill ? QStringLiteral("/bin/echo") : real(task);
-    file.write("#!/bin/sh\nreal='" + own.toLocal8Bit() + "' faulty='" FAULTY_TOOL "'\n");
+    file.write("#!/bin/sh\nreal='" + own.toLocal8Bit() + "' faulty='" + m_faultyTool.c_str() +
+               "'\n");
     // lsof has two of the tasks.
     if (task == Task::list || task == Task::folder)
         file.write(QByteArray("if [ \"$1\" != ") + (task == Task::list ? "-i" : "-p") +
@@ -97,6 +85,14 @@ void BrokenTools::endHanging(const QList<pid_t> &tools)
     for (const pid_t pid : tools)
         EXPECT_EQ(::kill(pid, SIGKILL), 0);
     endEveryScan();
+}
+
+QString BrokenTools::real(Task task) const
+{
+    const ToolTable table = realTools();
+    return presentTool(task == Task::kill           ? table.kill
+                       : task == Task::processFacts ? table.ps
+                                                    : table.lsof);
 }
 
 QString BrokenTools::path(Task task) const

@@ -43,8 +43,10 @@ protected:
     void endHanging(const QList<pid_t> &tools);
 
 private:
+    QString real(Task task) const;
     QString path(Task task) const;
     QString pidFile() const { return m_tools.filePath(QStringLiteral("pids")); }
 
     const QTemporaryDir m_tools;
+    const std::string m_faultyTool;
 };

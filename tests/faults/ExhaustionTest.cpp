@@ -1,5 +1,6 @@
 #include "tests/faults/BrokenTools.h"
 #include "tests/support/TestText.h"
+#include "tests/support/Users.h"
 #include "tests/support/WaitUntil.h"
 
 #include <QDir>
@@ -8,7 +9,6 @@
 #include <vector>
 
 #include <fcntl.h>
-#include <sys/prctl.h>
 #include <sys/resource.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -71,23 +71,6 @@ public:
 private:
     const Limit m_limit{RLIMIT_NOFILE, 300};
     std::vector<int> m_copies;
-};
-
-/// While it lives, this process belongs to an ordinary user, whom limits hold, as they never hold
-/// root. Where it may not change, it stays as it is.
-class OrdinaryUser
-{
-public:
-    OrdinaryUser() { become(65534); }
-    ~OrdinaryUser() { become(0); }
-    Q_DISABLE_COPY_MOVE(OrdinaryUser)
-
-private:
-    static void become(uid_t user)
-    {
-        if (setresuid(user, user, 0) == 0)
-            prctl(PR_SET_DUMPABLE, 1); // or /proc/self is root's
-    }
 };
 
 bool canFork()

@@ -16,6 +16,8 @@ constexpr int patienceMs = 20'000;
 FaultTest::FaultTest()
 {
     giveToOrdinaryUser(folder.path());
+    for (const char *const tool : {"/lsof", "/ps"})
+        programs.copy(std::string(SUPPLIED_TOOLS) + tool);
 }
 
 FaultTest::~FaultTest()
@@ -25,11 +27,14 @@ FaultTest::~FaultTest()
     QCoreApplication::processEvents(); // lets the awaiting coroutines end
 }
 
-SystemInterfaces FaultTest::realSystem()
+SystemInterfaces FaultTest::realSystem() const
 {
-    return {std::make_shared<ProcessToolRunner>(),
-            ToolTable::suppliedOverStock(QStringLiteral(SUPPLIED_TOOLS)),
-            std::make_shared<CurlHttpClient>()};
+    return {std::make_shared<ProcessToolRunner>(), realTools(), std::make_shared<CurlHttpClient>()};
+}
+
+ToolTable FaultTest::realTools() const
+{
+    return ToolTable::suppliedOverStock(QString::fromStdString(programs.path()));
 }
 
 void FaultTest::start(std::optional<SystemInterfaces> system)

@@ -3,6 +3,7 @@
 #include "state/AppState.h"
 #include "state/Workers.h"
 #include "tests/support/ServerProgram.h"
+#include "tests/support/SharedFolder.h"
 
 #include <gtest/gtest.h>
 
@@ -44,9 +45,12 @@ protected:
     /// Whether a scan without an error has listed `server` with all that there is to know of it.
     testing::AssertionResult tellsTheTruthAbout(const ServerProgram &server) const;
 
-    static tidewick::SystemInterfaces realSystem();
+    tidewick::SystemInterfaces realSystem() const;
+    /// The supplied tools, where every user can run them, over the stock ones.
+    tidewick::ToolTable realTools() const;
 
     const QTemporaryDir folder;
+    const SharedFolder programs;
     tidewick::Workers workers;
     std::unique_ptr<tidewick::AppState> store;
 };

@@ -1,6 +1,7 @@
 // Runs in a view of the files of its own, in which it mounts a small disk.
 
 #include "platform/session/AutostartEntry.h"
+#include "tests/support/Namespaces.h"
 #include "tests/support/TestText.h"
 
 #include <gtest/gtest.h>
@@ -25,7 +26,7 @@ class FullDisk : public testing::Test
 protected:
     void SetUp() override
     {
-        if (unshare(CLONE_NEWNS) != 0 ||
+        if (!enterNamespaces(CLONE_NEWNS) ||
             mount("none", "/", nullptr, MS_REC | MS_PRIVATE, nullptr) != 0 ||
             mount("none", QFile::encodeName(home.path()).constData(), "tmpfs", 0, "size=64k") != 0)
             GTEST_SKIP() << "no disk may be mounted here: " << qt_error_string(errno).toStdString();

@@ -136,7 +136,7 @@ pid_t startServerAs(pid_t pid, int port)
 
 TEST_P(VanishingProcess, isGoneFromTheNextListOfTheSuppliedTools)
 {
-    isGoneFromTheNextList(realSystem().toolTable);
+    isGoneFromTheNextList(realTools());
 }
 
 TEST_P(VanishingProcess, isGoneFromTheNextListOfTheStockTools)

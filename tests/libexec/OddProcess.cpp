@@ -1,22 +1,18 @@
 #include "tests/libexec/OddProcess.h"
 
+#include "tests/support/SharedFolder.h"
+#include "tests/support/Users.h"
+
 #include <QElapsedTimer>
-#include <QFile>
 
 #include <array>
 #include <cerrno>
 #include <csignal>
-#include <filesystem>
 
 #include <fcntl.h>
 #include <grp.h>
-#include <net/if.h>
 #include <poll.h>
-#include <sched.h>
-#include <sys/ioctl.h>
 #include <sys/prctl.h>
-#include <sys/socket.h>
-#include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -73,11 +69,17 @@ std::string readAll(int descriptor)
 
 } // namespace
 
+const std::string &oddProgram()
+{
+    static const SharedFolder folder;
+    static const std::string path = folder.copy(ODD_PROCESS);
+    return path;
+}
+
 BeforeExec asUser(uid_t user)
 {
-    return [user] {
-        return user == 0 || geteuid() != 0 ||
-               (setgroups(0, nullptr) == 0 && setgid(user) == 0 && setuid(user) == 0);
+    return [isChanged = user != 0 && isRealRoot(), user] {
+        return !isChanged || (setgroups(0, nullptr) == 0 && setgid(user) == 0 && setuid(user) == 0);
     };
 }
 
@@ -113,7 +115,7 @@ OddProcess::OddProcess(const Settings &settings)
     std::array<int, 2> output{};
     if (pipe2(output.data(), O_CLOEXEC) != 0)
         return;
-    const std::string program = settings.executable.empty() ? ODD_PROCESS : settings.executable;
+    const std::string program = settings.executable.empty() ? oddProgram() : settings.executable;
     m_pid = start(settings.executableDescriptor, program, settings.arguments,
                   {"ODD=" + settings.script}, settings.before, settings.folder, output[1], -1);
     close(output[1]);
@@ -173,43 +175,4 @@ std::string OddProcess::more()
         text.append(buffer.data(), size_t(count));
     }
     return text;
-}
-
-SharedFolder::SharedFolder() : m_folder(QStringLiteral("/tmp/tidewick-tools-XXXXXX"))
-{
-    chmod(QFile::encodeName(m_folder.path()).constData(), 0777);
-}
-
-SharedFolder::~SharedFolder()
-{
-    // Qt does not remove files with names that are no text.
-    std::error_code ignored;
-    std::filesystem::remove_all(m_folder.path().toStdString(), ignored);
-}
-
-std::string SharedFolder::path(const std::string &name) const
-{
-    return m_folder.path().toStdString() + '/' + name;
-}
-
-std::string SharedFolder::copy(const std::string &program, const std::string &name) const
-{
-    std::string place = path(name);
-    std::filesystem::copy_file(program, place, std::filesystem::copy_options::skip_existing);
-    chmod(place.c_str(), 0755);
-    return place;
-}
-
-bool enterOwnNetwork()
-{
-    if (unshare(CLONE_NEWNET) != 0)
-        return false;
-    ifreq loopback{};
-    loopback.ifr_name[0] = 'l';
-    loopback.ifr_name[1] = 'o';
-    loopback.ifr_flags = IFF_UP;
-    const int descriptor = socket(AF_INET, SOCK_DGRAM | SOCK_CLOEXEC, 0);
-    const bool isUp = ioctl(descriptor, SIOCSIFFLAGS, &loopback) == 0;
-    close(descriptor);
-    return isUp;
 }

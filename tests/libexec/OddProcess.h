@@ -1,8 +1,5 @@
 #pragma once
 
-#include <QString>
-#include <QTemporaryDir>
-
 #include <functional>
 #include <optional>
 #include <string>
@@ -29,6 +26,9 @@ struct Output
 /// Runs a program to its end.
 Output runProgram(const std::string &program, const std::vector<std::string> &arguments,
                   const BeforeExec &before = {}, const char *locale = "C.UTF-8");
+
+/// The path of tests/libexec/odd_process.c as a program that every user can run.
+const std::string &oddProgram();
 
 /// tests/libexec/odd_process.c, running; it dies with the test, and its children with it.
 class OddProcess
@@ -65,23 +65,3 @@ private:
     bool m_isUp = false;
     std::vector<std::string> m_lines;
 };
-
-/// A folder that every user may enter, with copies of programs under names of the test's choice.
-class SharedFolder
-{
-public:
-    SharedFolder();
-    ~SharedFolder();
-    SharedFolder(const SharedFolder &) = delete;
-    SharedFolder &operator=(const SharedFolder &) = delete;
-    std::string path(const std::string &name) const;
-    /// The path of a copy of `program` called `name`.
-    std::string copy(const std::string &program, const std::string &name) const;
-
-private:
-    QTemporaryDir m_folder;
-};
-
-/// Moves this process, and the children that it starts from now on, to a network with nothing but a
-/// loopback device. False where that may not be.
-bool enterOwnNetwork();

@@ -1,5 +1,4 @@
-// The supplied lsof and ps beside servers as developers run them, by their own users. One that is
-// not installed is skipped.
+// The supplied lsof and ps beside servers as developers run them, by their own users.
 #include "scan/CurlHttpClient.h"
 #include "scan/ProcessToolRunner.h"
 #include "scan/SocketScan.h"
@@ -17,9 +16,6 @@
 namespace
 {
 
-/// ServerProgram runs servers as this one.
-constexpr uid_t serverUser = 65534;
-
 class RealPrograms : public SuppliedTools
 {
 protected:
@@ -30,7 +26,7 @@ protected:
     }
 
     /// Root, or the user that the servers run as.
-    BeforeExec asOwner() const { return asUser(viewer() == 0 ? 0 : serverUser); }
+    BeforeExec asOwner() const { return asUser(viewer() == 0 ? 0 : ordinaryUser); }
 
     std::string home(const std::string &name) const
     {
@@ -99,10 +95,10 @@ const char *const plainPage =
 
 } // namespace
 
-// NOLINTNEXTLINE(cppcoreguidelines-macro-usage): GTEST_SKIP returns from the test
+// NOLINTNEXTLINE(cppcoreguidelines-macro-usage): FAIL returns from the test
 #define NEEDS(program)                                                                             \
     if (installed(program).empty())                                                                \
-    GTEST_SKIP() << program " is not installed"
+    FAIL() << program " is missing; scripts/setup and scripts/unpack-servers install it"
 
 INSTANTIATE_TEST_SUITE_P(As, RealPrograms, testing::Values(0U, strangerUser), viewerName);
 
@@ -129,13 +125,12 @@ TEST_P(NodeVersions, theInstalledOne)
     isNode(installed("node"));
 }
 
-// NOLINTNEXTLINE(cppcoreguidelines-macro-usage): GTEST_SKIP returns from the test
+// NOLINTNEXTLINE(cppcoreguidelines-macro-usage): FAIL returns from the test
 #define FETCHED_NODE(name, version)                                                                \
     TEST_P(NodeVersions, name)                                                                     \
     {                                                                                              \
         if (fetchedNode(version).empty())                                                          \
-            GTEST_SKIP() << "Node " version " could not be fetched from the npm registry: see "    \
-                            "scripts/fetch-node";                                                  \
+            FAIL() << "Node " version " is missing; scripts/fetch-node fetches it";                \
         isNode(fetchedNode(version));                                                              \
     }
 FETCHED_NODE(node18, "18")
@@ -228,8 +223,7 @@ TEST_P(RealPrograms, postgres)
 
 TEST_P(RealPrograms, aRefreshWithEitherTools)
 {
-    if (findProgram(QStringLiteral("python3")).isEmpty())
-        GTEST_SKIP() << "python3 is not installed";
+    NEEDS("python3");
     const int port = freePort();
     const ServerProgram server(findProgram(QStringLiteral("python3")),
                                {QStringLiteral("-m"), QStringLiteral("http.server"),

@@ -1,6 +1,9 @@
 #pragma once
 
 #include "tests/libexec/OddProcess.h"
+#include "tests/support/Namespaces.h"
+#include "tests/support/SharedFolder.h"
+#include "tests/support/Users.h"
 
 #include <gtest/gtest.h>
 
@@ -67,12 +70,12 @@ class SuppliedTools : public testing::TestWithParam<uid_t>
 protected:
     void SetUp() override
     {
-        if (GetParam() == 0 && geteuid() != 0)
+        if (GetParam() == 0 && !isRoot())
             GTEST_SKIP() << "only root can look as root";
         m_ownNetwork = enterOwnNetwork();
     }
 
-    static bool isRoot() { return geteuid() == 0; }
+    static bool isRoot() { return isRealRoot(); }
     uid_t viewer() const { return isRoot() ? GetParam() : geteuid(); }
     BeforeExec asViewer() const { return asUser(viewer()); }
     bool ownNetwork() const { return m_ownNetwork; }
@@ -123,7 +126,7 @@ protected:
     }
 
     /// A copy of odd_process of that name.
-    std::string program(const std::string &name) const { return m_folder.copy(ODD_PROCESS, name); }
+    std::string program(const std::string &name) const { return m_folder.copy(oddProgram(), name); }
     const SharedFolder &folder() const { return m_folder; }
 
 private:

@@ -15,6 +15,8 @@
 #include "state/AppState.h"
 #include "state/Workers.h"
 #include "tests/support/Holdings.h"
+#include "tests/support/SharedFolder.h"
+#include "tests/support/Users.h"
 #include "tests/support/WaitUntil.h"
 
 #include <QCoroTask>
@@ -133,41 +135,6 @@ private:
     std::map<qint64, QString> m_listeners;
 };
 
-/// The supplied tools where every user may run them.
-class SharedTools
-{
-public:
-    explicit SharedTools(const QString &folder)
-    {
-        chmod(QFile::encodeName(m_folder.path()).constData(), 0755);
-        for (const QString &tool : {QStringLiteral("lsof"), QStringLiteral("ps")})
-            QFile::copy(folder + u'/' + tool, m_folder.filePath(tool));
-    }
-
-    ToolTable table() const { return ToolTable::suppliedOverStock(m_folder.path()); }
-
-private:
-    QTemporaryDir m_folder;
-};
-
-/// Until its end this process, which is root's, has an ordinary user's rights.
-class OrdinaryUser
-{
-public:
-    OrdinaryUser() { m_isOrdinary = setegid(ownUser) == 0 && seteuid(ownUser) == 0; }
-    ~OrdinaryUser()
-    {
-        if (m_isOrdinary && (seteuid(0) != 0 || setegid(0) != 0))
-            std::abort();
-    }
-    Q_DISABLE_COPY_MOVE(OrdinaryUser)
-
-    bool isOrdinary() const { return m_isOrdinary; }
-
-private:
-    bool m_isOrdinary = false;
-};
-
 /// A store with threads of its own. What both held is given back at the end, or `isClean` tells.
 class Store
 {
@@ -245,10 +212,13 @@ bool scanAll(const Crowd &crowd, const ToolTable &tools, int scans)
 /// Another user's crowd changes nothing in the list.
 bool overlookOthers(const QString &tools, int scans)
 {
-    const SharedTools shared(tools);
+    const SharedFolder shared;
+    for (const char *const tool : {"/lsof", "/ps"})
+        shared.copy(tools.toStdString() + tool);
+    const ToolTable table = ToolTable::suppliedOverStock(QString::fromStdString(shared.path()));
     const Crowd own(ownServer());
-    const OrdinaryUser user;
-    return user.isOrdinary() && own.size() == 1 && scanAll(own, shared.table(), scans);
+    const OrdinaryUser user(ownUser);
+    return own.size() == 1 && scanAll(own, table, scans);
 }
 
 /// No scan ends. Requests go on, and a process is killed, and then it is all over at once.
@@ -291,8 +261,8 @@ int main(int argc, char *argv[])
     });
     if (which == cases.end())
         return EXIT_FAILURE;
-    if (which->user && (geteuid() != 0 || setgroups(0, nullptr) != 0)) {
-        std::printf("%s: needs root\n", which->name);
+    if (which->user && !isRealRoot()) {
+        std::printf("SKIPPED: only root can start a server as another user\n");
         return skipped;
     }
     const QString folder = QString::fromLocal8Bit(argv[3]);

@@ -1,5 +1,7 @@
 #include "tests/support/ServerProgram.h"
 
+#include "tests/support/Users.h"
+
 #include <QDeadlineTimer>
 #include <QDir>
 #include <QFile>
@@ -19,13 +21,9 @@ namespace
 
 constexpr int patienceMs = 20'000;
 
-/// "nobody" and "nogroup".
-constexpr uid_t ordinaryUser = 65534;
-
 void becomeOrdinaryUser()
 {
-    if (getuid() == 0 &&
-        (setgroups(0, nullptr) != 0 || setgid(ordinaryUser) != 0 || setuid(ordinaryUser) != 0))
+    if (setgroups(0, nullptr) != 0 || setgid(ordinaryUser) != 0 || setuid(ordinaryUser) != 0)
         _exit(127);
 }
 
@@ -38,8 +36,9 @@ void prepare(QProcess &process, const QString &folder)
     environment.insert(QStringLiteral("LC_ALL"), QStringLiteral("C.UTF-8"));
     environment.insert(QStringLiteral("HOME"), folder);
     process.setProcessEnvironment(environment);
-    process.setChildProcessModifier([] {
-        becomeOrdinaryUser();
+    process.setChildProcessModifier([isRoots = isRealRoot()] {
+        if (isRoots)
+            becomeOrdinaryUser();
         prctl(PR_SET_PDEATHSIG, SIGKILL);
     });
 }
@@ -74,9 +73,11 @@ QString findProgram(const QString &name)
 {
     const QString unpacked =
         QStringLiteral("/var/tmp/tidewick-servers-%1/usr").arg(QString::number(geteuid()));
-    const QStringList folders{QStringLiteral("/usr/bin"), QStringLiteral("/usr/sbin"),
-                              unpacked + QStringLiteral("/sbin"),
-                              unpacked + QStringLiteral("/lib/postgresql/15/bin")};
+    QStringList folders{QStringLiteral("/usr/bin"), QStringLiteral("/usr/sbin"),
+                        unpacked + QStringLiteral("/sbin")};
+    const QDir postgresql(unpacked + QStringLiteral("/lib/postgresql"));
+    for (const QString &version : postgresql.entryList(QDir::Dirs | QDir::NoDotAndDotDot))
+        folders.append(postgresql.filePath(version + QStringLiteral("/bin")));
     return QStandardPaths::findExecutable(name, folders);
 }
 
@@ -145,7 +146,7 @@ bool runAsOrdinaryUser(const QString &program, const QStringList &arguments, con
 
 void giveToOrdinaryUser(const QString &folder)
 {
-    if (getuid() == 0 &&
+    if (isRealRoot() &&
         chown(QFile::encodeName(folder).constData(), ordinaryUser, ordinaryUser) != 0)
         qWarning("%s cannot be given away", qPrintable(folder));
 }
