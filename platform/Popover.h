@@ -9,8 +9,8 @@
 namespace tidewick
 {
 
-/// How a popover closes: transient ones on any click outside them.
-enum class PopoverBehavior { applicationDefined, transient };
+/// How a popover closes by itself: a transient one on any click outside it.
+enum class PopoverBehavior { transient = 1 };
 
 /// The window that drops down from the status item. Main thread only.
 class Popover
@@ -19,6 +19,7 @@ public:
     virtual ~Popover() = default;
 
     virtual void setContentSize(QSize points) = 0;
+    /// Until it is called, only the program and the user's Escape close the popover.
     virtual void setBehavior(PopoverBehavior behavior) = 0;
     /// Loads the QML file `view` with these initial properties of its root.
     virtual void setContentView(const QUrl &view, const QVariantMap &properties) = 0;

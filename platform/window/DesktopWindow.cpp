@@ -1,22 +1,9 @@
 #include "platform/window/DesktopWindow.h"
 
-#include <QQmlEngine>
 #include <QScreen>
 
 namespace tidewick
 {
-
-DesktopWindow::DesktopWindow()
-{
-    setResizeMode(QQuickView::SizeRootObjectToView);
-    engine()->addImportPath(QStringLiteral("qrc:/qt/qml"));
-}
-
-void DesktopWindow::setContentView(const QUrl &view, const QVariantMap &properties)
-{
-    setInitialProperties(properties);
-    setSource(view);
-}
 
 void DesktopWindow::setStyleMask(WindowStyle style)
 {
@@ -28,13 +15,6 @@ void DesktopWindow::setStyleMask(WindowStyle style)
     flags.setFlag(Qt::WindowSystemMenuHint, has(WindowStyle::titled));
     flags.setFlag(Qt::WindowCloseButtonHint, has(WindowStyle::closable));
     setFlags(flags);
-}
-
-void DesktopWindow::setContentSize(QSize points)
-{
-    setMinimumSize(points);
-    setMaximumSize(points);
-    resize(points);
 }
 
 void DesktopWindow::center()

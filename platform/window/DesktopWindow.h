@@ -1,24 +1,24 @@
 #pragma once
 
 #include "platform/SettingsWindow.h"
-
-#include <QQuickView>
+#include "platform/window/ViewWindow.h"
 
 namespace tidewick
 {
 
 /// A window with the frame that the desktop's window manager draws.
-class DesktopWindow : public QQuickView, public SettingsWindow
+class DesktopWindow : public ViewWindow, public SettingsWindow
 {
     Q_OBJECT
 
 public:
-    DesktopWindow();
-
-    void setContentView(const QUrl &view, const QVariantMap &properties) override;
-    void setTitle(const QString &title) override { QQuickView::setTitle(title); }
+    void setContentView(const QUrl &view, const QVariantMap &properties) override
+    {
+        showView(view, properties);
+    }
+    void setTitle(const QString &title) override { ViewWindow::setTitle(title); }
     void setStyleMask(WindowStyle style) override;
-    void setContentSize(QSize points) override;
+    void setContentSize(QSize points) override { fixSize(points); }
     void center() override;
     void makeKeyAndOrderFront() override;
     void activateIgnoringOtherApps() override { requestActivate(); }

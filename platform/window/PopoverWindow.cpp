@@ -5,7 +5,6 @@
 #include <QCursor>
 #include <QGuiApplication>
 #include <QKeyEvent>
-#include <QQmlEngine>
 #include <QScreen>
 
 #include <algorithm>
@@ -18,7 +17,7 @@ namespace
 
 /// How long the pointer must rest while the keyboard is elsewhere: where the focus follows the
 /// pointer, it passes over other windows on its way from the item to the popover.
-constexpr int focusPatienceMs = 150;
+constexpr int focusTimeoutMs = 150;
 
 /// How long after a loss of focus a click on the item is taken for the cause of it.
 constexpr qint64 sameClickMs = 400;
@@ -65,10 +64,8 @@ std::optional<QPoint> pointerPlace(const PointerButtons &buttons)
 PopoverWindow::PopoverWindow(std::function<bool()> hasItem) : m_hasItem(std::move(hasItem))
 {
     setTitle(QStringLiteral("Tidewick"));
-    setResizeMode(QQuickView::SizeRootObjectToView);
-    engine()->addImportPath(QStringLiteral("qrc:/qt/qml"));
-    m_focusPatience.setInterval(focusPatienceMs);
-    connect(&m_focusPatience, &QTimer::timeout, this, &PopoverWindow::closeWithoutFocus);
+    m_focusTimeout.setInterval(focusTimeoutMs);
+    connect(&m_focusTimeout, &QTimer::timeout, this, &PopoverWindow::closeWithoutFocus);
     connect(&m_buttons, &PointerButtons::pressed, this, &PopoverWindow::closeOnPress);
     connect(qGuiApp, &QGuiApplication::focusWindowChanged, this, &PopoverWindow::watchFocus);
 }
@@ -77,19 +74,6 @@ PopoverWindow::~PopoverWindow()
 {
     // A window that goes with the focus tells of it when this part of it is gone already.
     disconnect(qGuiApp, nullptr, this, nullptr);
-}
-
-void PopoverWindow::setContentSize(QSize points)
-{
-    setMinimumSize(points);
-    setMaximumSize(points);
-    resize(points);
-}
-
-void PopoverWindow::setContentView(const QUrl &view, const QVariantMap &properties)
-{
-    setInitialProperties(properties);
-    setSource(view);
 }
 
 void PopoverWindow::setBehavior(PopoverBehavior behavior)
@@ -106,7 +90,7 @@ void PopoverWindow::show(const std::optional<ClickEvent> &event)
     }
     if (!isVisible())
         place(event);
-    QQuickView::show();
+    ViewWindow::show();
     raise();
 }
 
@@ -132,7 +116,7 @@ void PopoverWindow::becomeKey()
 
 void PopoverWindow::keyPressEvent(QKeyEvent *event)
 {
-    QQuickView::keyPressEvent(event);
+    ViewWindow::keyPressEvent(event);
     if (!event->isAccepted() && event->key() == Qt::Key_Escape)
         hide();
 }
@@ -157,11 +141,11 @@ void PopoverWindow::closeOnPress()
 void PopoverWindow::watchFocus(const QWindow *focused)
 {
     if (focused != nullptr || !isTransient()) {
-        m_focusPatience.stop();
+        m_focusTimeout.stop();
         return;
     }
     m_pointer = QCursor::pos();
-    m_focusPatience.start();
+    m_focusTimeout.start();
 }
 
 void PopoverWindow::closeWithoutFocus()
@@ -169,7 +153,7 @@ void PopoverWindow::closeWithoutFocus()
     const QPoint pointer = QCursor::pos();
     if (std::exchange(m_pointer, pointer) != pointer)
         return;
-    m_focusPatience.stop();
+    m_focusTimeout.stop();
     if (!isTransient())
         return;
     hide();

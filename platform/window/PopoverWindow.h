@@ -1,10 +1,10 @@
 #pragma once
 
-#include "platform/window/PointerButtons.h"
 #include "platform/Popover.h"
+#include "platform/window/PointerButtons.h"
+#include "platform/window/ViewWindow.h"
 
 #include <QElapsedTimer>
-#include <QQuickView>
 #include <QTimer>
 
 #include <functional>
@@ -16,7 +16,7 @@ namespace tidewick
 /// transient a press of any button outside this program's windows, and the loss of the keyboard
 /// to another program. Where there is no item to stand beside it is a window like any other, with
 /// a frame, which only the user closes. Created once, then shown and hidden.
-class PopoverWindow : public QQuickView, public Popover
+class PopoverWindow : public ViewWindow, public Popover
 {
     Q_OBJECT
 
@@ -26,8 +26,11 @@ public:
     ~PopoverWindow() override;
     Q_DISABLE_COPY_MOVE(PopoverWindow)
 
-    void setContentSize(QSize points) override;
-    void setContentView(const QUrl &view, const QVariantMap &properties) override;
+    void setContentSize(QSize points) override { fixSize(points); }
+    void setContentView(const QUrl &view, const QVariantMap &properties) override
+    {
+        showView(view, properties);
+    }
     void setBehavior(PopoverBehavior behavior) override;
     bool isShown() const override { return isVisible(); }
     /// Does nothing where the click is the one that has closed the popover.
@@ -47,11 +50,11 @@ private:
     bool hasJustClosed() const;
 
     std::function<bool()> m_hasItem;
-    PopoverBehavior m_behavior = PopoverBehavior::applicationDefined;
+    std::optional<PopoverBehavior> m_behavior;
     PointerButtons m_buttons;
     std::optional<QPoint> m_anchor; // where the item was seen last
     bool m_isPressOnItem = false;   // the last press closed the popover, maybe on the item
-    QTimer m_focusPatience;         // runs while the keyboard is elsewhere
+    QTimer m_focusTimeout;          // runs while the keyboard is elsewhere
     QPoint m_pointer;               // where it was when that began
     QElapsedTimer m_sinceLostFocus; // since the loss of the focus closed the popover
 };
