@@ -1,5 +1,7 @@
 #include "update/PackageKitTransaction.h"
 
+#include "update/PackageKit.h"
+
 #include <QDBusMessage>
 #include <QDBusObjectPath>
 #include <QDBusPendingCallWatcher>
@@ -13,10 +15,6 @@ namespace tidewick
 namespace
 {
 
-constexpr uint exitSuccess = 1;
-constexpr uint statusDownload = 8;
-constexpr uint statusInstall = 9;
-constexpr uint infoMask = 0xffff;
 constexpr qsizetype maxPackages = 1000;
 constexpr qsizetype maxIdLength = 1000;
 
@@ -41,7 +39,7 @@ PackageKitTransaction::PackageKitTransaction(QDBusConnection bus, TransactionCal
 {
     m_promise.start();
     m_silence.setSingleShot(true);
-    m_silence.setInterval(m_call.patience);
+    m_silence.setInterval(m_call.timeout);
     connect(&m_silence, &QTimer::timeout, this, [this] {
         deliver(UpdateFailure{UpdateError::timedOut, {}});
     });
@@ -147,9 +145,9 @@ QDBusMessage PackageKitTransaction::transactionCall(const QString &method) const
 void PackageKitTransaction::send(const QDBusMessage &message,
                                  const std::function<void(const QDBusMessage &)> &done)
 {
-    const int patience = static_cast<int>(m_call.callPatience.count());
-    const QDeadlineTimer early(patience / 2);
-    auto *reply = new QDBusPendingCallWatcher(m_bus.asyncCall(message, patience), this);
+    const int timeout = static_cast<int>(m_call.callTimeout.count());
+    const QDeadlineTimer early(timeout / 2);
+    auto *reply = new QDBusPendingCallWatcher(m_bus.asyncCall(message, timeout), this);
     connect(reply, &QDBusPendingCallWatcher::finished, this, [this, reply, done, early] {
         reply->deleteLater();
         if (m_hasEnded)
@@ -187,7 +185,7 @@ void PackageKitTransaction::onPackage(uint info, const QString &id, const QStrin
     const std::optional<PackageId> parsed = parsePackageId(id);
     if (!parsed || (!m_call.packageName.isEmpty() && parsed->name != m_call.packageName))
         return;
-    m_result.packages.append({info & infoMask, *parsed, asLine(summary)});
+    m_result.packages.append({info & packagekit::infoMask, *parsed, asLine(summary)});
 }
 
 void PackageKitTransaction::onErrorCode(uint code, const QString &details)
@@ -198,7 +196,7 @@ void PackageKitTransaction::onErrorCode(uint code, const QString &details)
 
 void PackageKitTransaction::onFinished(uint exit, uint /*runtime*/)
 {
-    if (!m_result.failure && exit != exitSuccess)
+    if (!m_result.failure && exit != packagekit::exitSuccess)
         m_result.failure = failureOfExit(exit);
     deliver(m_result.failure);
 }
@@ -225,7 +223,8 @@ void PackageKitTransaction::onPropertiesChanged(const QString &interface,
         progress.percentage.reset(); // the number known so far told of something else
     }
     const QVariant percentage = changed.value(QStringLiteral("Percentage"));
-    const bool tells = progress.status == statusDownload || progress.status == statusInstall;
+    const bool tells = progress.status == packagekit::statusDownload ||
+                       progress.status == packagekit::statusInstall;
     if (percentage.isValid() && tells && percentage.toUInt() <= 100)
         progress.percentage = percentage.toInt();
     if (const auto can = changed.constFind(QStringLiteral("AllowCancel")); can != changed.cend())

@@ -20,17 +20,6 @@ class QDBusMessage;
 namespace tidewick
 {
 
-/// The service's well-known name, its object and its interface.
-/// https://www.freedesktop.org/software/PackageKit/gtk-doc/api-reference.html
-namespace packagekit
-{
-inline const QString service = QStringLiteral("org.freedesktop.PackageKit");
-inline const QString path = QStringLiteral("/org/freedesktop/PackageKit");
-inline const QString interface = service;
-inline const QString transactionInterface =
-    QStringLiteral("org.freedesktop.PackageKit.Transaction");
-} // namespace packagekit
-
 /// "name;version;arch;data" (PkPackageId).
 struct PackageId
 {
@@ -61,10 +50,10 @@ struct TransactionCall
     bool isInteractive = false;
     /// Only packages of this name are kept; empty keeps those of every name.
     QString packageName = {};
-    /// How long the service may say nothing at all before it is given up.
-    std::chrono::milliseconds patience = std::chrono::minutes(2);
+    /// How long the service may stay silent before the transaction fails.
+    std::chrono::milliseconds timeout = std::chrono::minutes(2);
     /// How long it may take to answer a method call, or to be started for one.
-    std::chrono::milliseconds callPatience = std::chrono::seconds(25);
+    std::chrono::milliseconds callTimeout = std::chrono::seconds(25);
 };
 
 struct TransactionResult

@@ -1,5 +1,7 @@
 #include "update/UpdateCheck.h"
 
+#include "update/PackageKit.h"
+
 #include <QCoroDBusPendingCall>
 #include <QCoroFuture>
 
@@ -12,53 +14,43 @@ namespace tidewick
 namespace
 {
 
-// PkFilterEnum, as bits
-constexpr qulonglong filterNone = 1U << 1;
-constexpr qulonglong filterInstalled = 1U << 2;
-constexpr qulonglong filterNewest = 1U << 16;
-constexpr qulonglong filterArchitecture = 1U << 18;
-// PkTransactionFlagEnum, as bits
-constexpr qulonglong flagOnlyTrusted = 1U << 1;
-// PkRoleEnum
-constexpr uint roleRefreshCache = 13;
-// PkInfoEnum
-constexpr uint infoBlocked = 9;
-
 /// A refresh that the schedule asks for is skipped where the lists are younger.
 constexpr uint oldAgeSeconds = 23 * 60 * 60;
 
-constexpr std::chrono::minutes installationPatience{15};
+constexpr std::chrono::minutes installationTimeout{15};
 
 TransactionCall callOf(const UpdateRequest &request, const char *method, QVariantList arguments)
 {
     return {QLatin1String(method), std::move(arguments), request.isInteractive, {},
-            request.patience,      request.callPatience};
+            request.timeout,       request.callTimeout};
 }
 
 TransactionCall ownerOf(const UpdateRequest &request)
 {
-    return callOf(request, "SearchFiles",
-                  {filterInstalled, QStringList(searchPattern(request.executable))});
+    return callOf(
+        request, "SearchFiles",
+        {qulonglong{packagekit::filterInstalled}, QStringList(searchPattern(request.executable))});
 }
 
 TransactionCall refreshFor(const UpdateRequest &request)
 {
     TransactionCall call = callOf(request, "RefreshCache", {false});
-    call.patience = request.refreshPatience;
+    call.timeout = request.refreshTimeout;
     return call;
 }
 
 TransactionCall updatesOf(const UpdateRequest &request, const PackageId &installed)
 {
-    TransactionCall call = callOf(request, "GetUpdates", {filterNone});
+    TransactionCall call = callOf(request, "GetUpdates", {qulonglong{packagekit::filterNone}});
     call.packageName = installed.name;
     return call;
 }
 
 TransactionCall versionsOf(const UpdateRequest &request, const PackageId &installed)
 {
-    TransactionCall call = callOf(request, "Resolve",
-                                  {filterNewest | filterArchitecture, QStringList(installed.name)});
+    TransactionCall call = callOf(
+        request, "Resolve",
+        {packagekit::filterNewest | packagekit::filterArchitecture, QStringList(installed.name)});
     call.packageName = installed.name;
     return call;
 }
@@ -68,7 +60,7 @@ QDBusMessage ageOfLists()
     QDBusMessage call =
         QDBusMessage::createMethodCall(packagekit::service, packagekit::path, packagekit::interface,
                                        QStringLiteral("GetTimeSinceAction"));
-    call << roleRefreshCache;
+    call << uint{packagekit::roleRefreshCache};
     return call;
 }
 
@@ -139,7 +131,7 @@ QCoro::Task<UpdateOutcome> checkForUpdate(UpdateRequest request, std::stop_token
     bool refreshes = request.refresh == Refresh::always;
     if (request.refresh == Refresh::ifOld) {
         const QDBusPendingCall asking =
-            request.bus.asyncCall(ageOfLists(), static_cast<int>(request.callPatience.count()));
+            request.bus.asyncCall(ageOfLists(), static_cast<int>(request.callTimeout.count()));
         const QDBusMessage age = co_await asking;
         refreshes = isOld(age);
     }
@@ -157,7 +149,7 @@ QCoro::Task<UpdateOutcome> checkForUpdate(UpdateRequest request, std::stop_token
     if (updates.failure)
         co_return failedWith(refreshFailure.value_or(*updates.failure));
     if (const Package *update = otherVersion(updates.packages, installed)) {
-        const bool isBlocked = update->info == infoBlocked;
+        const bool isBlocked = update->info == packagekit::infoBlocked;
         co_return outcomeOf(isBlocked ? UpdateOutcome::heldBack : UpdateOutcome::available,
                             installed, *update);
     }
@@ -185,9 +177,9 @@ TransactionCall installationOf(const PackageId &update)
 {
     TransactionCall call;
     call.method = QStringLiteral("UpdatePackages");
-    call.arguments = {flagOnlyTrusted, QStringList(update.text())};
+    call.arguments = {qulonglong{packagekit::flagOnlyTrusted}, QStringList(update.text())};
     call.isInteractive = true;
-    call.patience = installationPatience;
+    call.timeout = installationTimeout;
     return call;
 }
 

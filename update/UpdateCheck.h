@@ -17,10 +17,10 @@ struct UpdateRequest
     Refresh refresh = Refresh::always;
     /// The user waits for it, and may be asked for a password.
     bool isInteractive = false;
-    std::chrono::milliseconds callPatience = std::chrono::seconds(25);
+    std::chrono::milliseconds callTimeout = std::chrono::seconds(25);
     /// How long the service may say nothing at all before it is given up.
-    std::chrono::milliseconds patience = std::chrono::minutes(2);
-    std::chrono::milliseconds refreshPatience = std::chrono::minutes(5);
+    std::chrono::milliseconds timeout = std::chrono::minutes(2);
+    std::chrono::milliseconds refreshTimeout = std::chrono::minutes(5);
 };
 
 /// What a check found.

@@ -2,6 +2,7 @@
 
 #include "text/Truncated.h"
 #include "text/VisibleText.h"
+#include "update/PackageKit.h"
 
 namespace tidewick
 {
@@ -13,46 +14,47 @@ constexpr qsizetype maxParagraphs = 4000;
 
 UpdateError errorOfCode(uint code)
 {
+    using namespace packagekit;
     switch (code) {
-    case 2: // no network
+    case errorNoNetwork:
         return UpdateError::noNetwork;
-    case 10: // package download failed, a wrong checksum included
-    case 40: // package corrupt
+    case errorPackageDownloadFailed:
+    case errorPackageCorrupt:
         return UpdateError::download;
-    case 5:  // GPG failure
-    case 30: // bad GPG signature
-    case 31: // missing GPG signature
-    case 50: // cannot install, source unsigned
-    case 51: // cannot update, source unsigned
+    case errorGpgFailure:
+    case errorBadGpgSignature:
+    case errorMissingGpgSignature:
+    case errorCannotInstallUnsigned:
+    case errorCannotUpdateUnsigned:
         return UpdateError::untrusted;
-    case 13: // dependency resolution failed
-    case 35: // file conflicts
-    case 36: // package conflicts
+    case errorDependencyResolutionFailed:
+    case errorFileConflicts:
+    case errorPackageConflicts:
         return UpdateError::dependencies;
-    case 7:  // package not installed
-    case 8:  // package not found
-    case 27: // no packages to update
-    case 49: // update not found
+    case errorPackageNotInstalled:
+    case errorPackageNotFound:
+    case errorNoPackagesToUpdate:
+    case errorUpdateNotFound:
         return UpdateError::noLongerOffered;
-    case 17: // transaction cancelled
-    case 65: // cancelled for one of higher priority
+    case errorTransactionCancelled:
+    case errorCancelledForPriority:
         return UpdateError::cancelled;
-    case 26: // cannot get lock
-    case 67: // lock required
+    case errorCannotGetLock:
+    case errorLockRequired:
         return UpdateError::locked;
-    case 33: // repository configuration error
-    case 37: // repository not available
-    case 43: // no more mirrors to try
-    case 64: // cannot fetch sources
+    case errorRepositoryConfiguration:
+    case errorRepositoryNotAvailable:
+    case errorNoMoreMirrors:
+    case errorCannotFetchSources:
         return UpdateError::sources;
-    case 46: // no space on device
+    case errorNoSpaceOnDevice:
         return UpdateError::noSpace;
-    case 48: // not authorised: refused, no agent, or its dialog closed
+    case errorNotAuthorized:
         return UpdateError::notAuthorized;
-    case 56: // package failed to configure
-    case 58: // package failed to install
+    case errorPackageFailedToConfigure:
+    case errorPackageFailedToInstall:
         return UpdateError::installation;
-    case 66: // unfinished transaction
+    case errorUnfinishedTransaction:
         return UpdateError::unfinished;
     default:
         return UpdateError::other;
@@ -134,13 +136,13 @@ UpdateFailure failureOfErrorCode(uint code, const QString &details)
 UpdateFailure failureOfExit(uint exit)
 {
     switch (exit) {
-    case 3: // cancelled
-    case 9: // cancelled for one of higher priority
+    case packagekit::exitCancelled:
+    case packagekit::exitCancelledForPriority:
         return {UpdateError::cancelled, {}};
-    case 4: // a key is required
-    case 8: // only untrusted packages would do
+    case packagekit::exitKeyRequired:
+    case packagekit::exitNeedUntrusted:
         return {UpdateError::untrusted, {}};
-    case 6: // killed
+    case packagekit::exitKilled:
         return {UpdateError::vanished, {}};
     default:
         return {UpdateError::other, QStringLiteral("exit %1").arg(exit)};

@@ -1,6 +1,7 @@
 #include "update/UpdaterController.h"
 
 #include "platform/session/Relaunch.h"
+#include "update/PackageKit.h"
 #include "update/UpdateNotices.h"
 #include "update/UpdateSchedule.h"
 #include "update/UpdateWindow.h"
@@ -108,7 +109,7 @@ QCoro::Task<> UpdaterController::check(Refresh refresh)
     m_stop = {};
     const std::stop_token stop = m_stop.get_token();
     UpdateRequest request{connectedBus(), m_system.executable, refresh, m_isWatched};
-    request.callPatience = m_system.callPatience;
+    request.callTimeout = m_system.callTimeout;
 
     auto checking = checkForUpdate(std::move(request), stop);
     const UpdateOutcome outcome = co_await checking;
@@ -143,7 +144,7 @@ QCoro::Task<> UpdaterController::install()
     m_isCancelling = false;
     m_progress = {};
     TransactionCall call = installationOf(m_found.update);
-    call.callPatience = m_system.callPatience;
+    call.callTimeout = m_system.callTimeout;
     m_installation = std::make_unique<PackageKitTransaction>(connectedBus(), std::move(call));
     connect(m_installation.get(), &PackageKitTransaction::progressed, this,
             [this](const TransactionProgress &progress) {

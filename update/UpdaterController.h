@@ -1,8 +1,8 @@
 #pragma once
 
+#include "platform/Updater.h"
 #include "update/UpdateCheck.h"
 #include "update/UpdateDialogs.h"
-#include "platform/Updater.h"
 
 #include <QDateTime>
 #include <QElapsedTimer>
@@ -28,7 +28,7 @@ struct UpdaterSystem
     std::chrono::milliseconds tick = std::chrono::hours(1);
     /// How long the service's own signal may lag behind a check of ours that caused it.
     std::chrono::milliseconds echo = std::chrono::seconds(30);
-    std::chrono::milliseconds callPatience = std::chrono::seconds(25);
+    std::chrono::milliseconds callTimeout = std::chrono::seconds(25);
 
     /// The running program, the system bus, and windows.
     static UpdaterSystem real();

@@ -1,7 +1,9 @@
 #include "tests/update/FakePackageKit.h"
 
-#include "update/PackageKitTransaction.h"
+#include "update/PackageKit.h"
+
 #include "tests/support/PrivateBus.h"
+#include "update/PackageKitTransaction.h"
 
 #include <QDBusObjectPath>
 

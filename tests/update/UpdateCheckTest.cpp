@@ -1,8 +1,9 @@
 #include "update/UpdateCheck.h"
-#include "tests/update/FakePackageKit.h"
 #include "tests/support/PrivateBus.h"
 #include "tests/support/TestText.h"
 #include "tests/support/WaitUntil.h"
+#include "tests/update/FakePackageKit.h"
+#include "update/PackageKit.h"
 
 #include <gtest/gtest.h>
 
@@ -310,8 +311,8 @@ TEST_P(StepOfACheck, isGivenUpWhereTheServiceDiesInIt)
 
 TEST_P(StepOfACheck, isGivenUpWhereTheServiceFallsSilentInIt)
 {
-    request.patience = 100ms;
-    request.refreshPatience = 100ms;
+    request.timeout = 100ms;
+    request.refreshTimeout = 100ms;
     service.on(method, [](const FakeTransaction & /*silent*/) {});
     EXPECT_EQ(check().failure.error, UpdateError::timedOut);
 }
@@ -368,7 +369,7 @@ INSTANTIATE_TEST_SUITE_P(Rows, StepOfACheck,
 
 TEST_F(UpdateCheckTest, failsWhereNoTransactionIsAnswered)
 {
-    request.callPatience = 100ms;
+    request.callTimeout = 100ms;
     service.ignore(QStringLiteral("CreateTransaction"));
     EXPECT_EQ(check().failure.error, UpdateError::timedOut);
 }
