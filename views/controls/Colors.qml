@@ -7,6 +7,7 @@ QtObject {
     readonly property color blue: "#0A84FF"
     readonly property color red: "#FF453A"
     readonly property color orange: "#FF9F0A"
+    readonly property color tip: "#3A3A3C"
 
     function white(opacity: real): color {
         return Qt.rgba(1, 1, 1, opacity);

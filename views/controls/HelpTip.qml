@@ -22,7 +22,7 @@ T.ToolTip {
 
     background: Rectangle {
         radius: 6
-        color: "#3A3A3C"
+        color: colors.tip
         border.color: colors.white(0.1)
     }
     contentItem: PlainText {

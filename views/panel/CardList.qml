@@ -62,6 +62,10 @@ ListView {
         item.forceActiveFocus(reason);
     }
 
+    Colors {
+        id: colors
+    }
+
     clip: true
     spacing: 10
     topMargin: 12
@@ -118,7 +122,7 @@ ListView {
         contentItem: Rectangle {
             implicitWidth: 4
             radius: 2
-            color: Qt.rgba(1, 1, 1, 0.25)
+            color: colors.white(0.25)
         }
     }
 }

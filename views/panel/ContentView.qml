@@ -19,9 +19,9 @@ FocusScope {
     VisualEffectView {
         objectName: "backdrop"
         anchors.fill: parent
-        material: 15
-        blending: 0
-        state: 1
+        material: VisualEffect.FullScreenUI
+        blending: VisualEffect.BehindWindow
+        state: VisualEffect.Active
         emphasized: true
         backdrop: content.panel.backdrop
     }
@@ -189,8 +189,8 @@ FocusScope {
 
             background: VisualEffectView {
                 radius: 6
-                material: 13
-                blending: 1
+                material: VisualEffect.HudWindow
+                blending: VisualEffect.WithinWindow
             }
             contentItem: PlainText {
                 text: "Quit"

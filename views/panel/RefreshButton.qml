@@ -9,6 +9,10 @@ PlainButton {
     // Disabling it takes the focus away, every few seconds: it takes it back if nobody else did.
     property int heldFocus: Qt.NoFocusReason
 
+    Colors {
+        id: colors
+    }
+
     padding: 4
     help: "Refresh"
     enabled: !isLoading
@@ -25,7 +29,7 @@ PlainButton {
     }
 
     contentItem: RefreshArrow {
-        color: Qt.rgba(1, 1, 1, 0.7)
+        color: colors.white(0.7)
         isTurning: button.isLoading
     }
 }

@@ -1,14 +1,13 @@
 import QtQuick
 import Tidewick
 
-// The translucent backdrop of what is stacked over it. The fields and their raw values are the
-// ones that VisualEffectView.h names.
+// The translucent backdrop of what is stacked over it.
 Rectangle {
     id: view
 
     required property int material
     required property int blending
-    property int state: 0
+    property int state: VisualEffect.FollowsWindowActiveState
     property bool emphasized: false
     // What lies behind the window.
     property int backdrop: Panel.Opaque
