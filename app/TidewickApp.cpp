@@ -2,18 +2,18 @@
 
 #include "app/AppDelegate.h"
 #include "platform/session/AutostartEntry.h"
-#include "platform/window/BackdropBlur.h"
 #include "platform/session/DesktopAppearance.h"
-#include "platform/tray/DesktopStatusItem.h"
-#include "platform/window/DesktopWindow.h"
-#include "platform/window/PopoverWindow.h"
+#include "platform/session/DesktopWorkspace.h"
 #include "platform/session/SingleInstance.h"
 #include "platform/session/TerminationSignals.h"
-#include "update/UpdaterController.h"
-#include "platform/session/DesktopWorkspace.h"
+#include "platform/tray/DesktopStatusItem.h"
+#include "platform/window/BackdropBlur.h"
+#include "platform/window/DesktopWindow.h"
+#include "platform/window/PopoverWindow.h"
 #include "scan/CurlHttpClient.h"
 #include "scan/ProcessToolRunner.h"
 #include "state/Workers.h"
+#include "update/UpdaterController.h"
 
 #include <QIcon>
 #include <QPointer>
@@ -28,10 +28,10 @@ namespace
 {
 
 /// How long a start by hand waits for a tray before it shows the panel without one.
-constexpr int trayPatienceMs = 1500;
+constexpr int trayTimeoutMs = 1500;
 
 /// How long the end waits for tasks that were told to stop.
-constexpr int stopPatienceMs = 200;
+constexpr int stopTimeoutMs = 200;
 
 SystemInterfaces realSystem()
 {
@@ -80,35 +80,6 @@ bool takeAutostarted()
     return isAutostarted;
 }
 
-/// Only X11 lets the program choose the panel's place, so XWayland comes before Wayland.
-void preferX11()
-{
-    if (!qEnvironmentVariableIsEmpty("DISPLAY") &&
-        !qEnvironmentVariableIsEmpty("WAYLAND_DISPLAY") &&
-        !qEnvironmentVariableIsSet("QT_QPA_PLATFORM"))
-        qputenv("QT_QPA_PLATFORM", "xcb;wayland");
-}
-
-/// The panel is drawn without OpenGL, which costs less memory and time here.
-void preferSoftwareRendering()
-{
-    if (qEnvironmentVariableIsSet("QT_QUICK_BACKEND") ||
-        qEnvironmentVariableIsSet("QSG_RHI_BACKEND"))
-        return;
-    qputenv("QT_QUICK_BACKEND", "software");
-    if (!qEnvironmentVariableIsSet("QT_XCB_GL_INTEGRATION"))
-        qputenv("QT_XCB_GL_INTEGRATION", "none");
-}
-
-/// What the toolkit reads when it starts, unless the user's environment says otherwise. Hands
-/// `argc` back.
-int &prepareEnvironment(int &argc)
-{
-    preferX11();
-    preferSoftwareRendering();
-    return argc;
-}
-
 /// The user asked for the program; `platformData` proves it to the desktop.
 void activate(AppDelegate &delegate, const QVariantMap &platformData)
 {
@@ -123,7 +94,7 @@ void activate(AppDelegate &delegate, const QVariantMap &platformData)
 TidewickApp::TidewickApp(int &argc, char **argv)
     : m_isAutostarted(takeAutostarted()),
       m_platformData(takePlatformData()),
-      m_application(prepareEnvironment(argc), argv)
+      m_application(argc, argv)
 {
     QApplication::setApplicationName(QStringLiteral("tidewick"));
     QApplication::setDesktopFileName(QStringLiteral("org.tidewick.Tidewick"));
@@ -165,14 +136,14 @@ int TidewickApp::run()
                          [&delegate](const QVariantMap &data) { activate(delegate, data); });
         delegate.applicationDidFinishLaunching();
         if (!m_isAutostarted)
-            QTimer::singleShot(trayPatienceMs, &delegate, [this, &delegate, &shell] {
+            QTimer::singleShot(trayTimeoutMs, &delegate, [this, &delegate, &shell] {
                 if (!shell.hasItem())
                     activate(delegate, m_platformData);
             });
         status = QApplication::exec();
     }
     // A task that does not come back, its tool beyond even a kill, must not hold up the end.
-    if (!workers.waitForDone(stopPatienceMs))
+    if (!workers.waitForDone(stopTimeoutMs))
         std::_Exit(status);
     return status;
 }

@@ -1,0 +1,10 @@
+#pragma once
+
+namespace tidewick
+{
+
+/// Sets the variables that the toolkit reads when the application object is made, except those that
+/// the user has set. Call it before that, while there is one thread.
+void prepareEnvironment();
+
+} // namespace tidewick
