@@ -19,8 +19,8 @@ WorkerPool::WorkerPool(int width)
         start([gate] { gate->acquire(); });
     gate->release(width);
     // Until a thread waits for work it counts as busy.
-    const QDeadlineTimer patience(1000);
-    while (activeThreadCount() > 0 && !patience.hasExpired())
+    const QDeadlineTimer timeout(1000);
+    while (activeThreadCount() > 0 && !timeout.hasExpired())
         QThread::yieldCurrentThread();
 }
 

@@ -13,7 +13,7 @@ namespace
 
 const QString applicationId = QStringLiteral("org.tidewick.Tidewick");
 const QString applicationPath = QStringLiteral("/org/tidewick/Tidewick");
-constexpr int answerPatienceMs = 2000;
+constexpr int answerTimeoutMs = 2000;
 
 } // namespace
 
@@ -60,7 +60,7 @@ void SingleInstance::activateOther(const QVariantMap &platformData)
                                                QStringLiteral("Activate"));
     call.setAutoStartService(false);
     call << platformData;
-    QDBusConnection::sessionBus().call(call, QDBus::Block, answerPatienceMs);
+    QDBusConnection::sessionBus().call(call, QDBus::Block, answerTimeoutMs);
 }
 
 } // namespace tidewick

@@ -34,7 +34,7 @@ namespace
 {
 
 constexpr int repetitions = 25;
-constexpr int patienceMs = 20000;
+constexpr int timeoutMs = 20000;
 
 /// A machine with listeners, most of which answer HTTP. Each refresh finds other figures.
 class Machine
@@ -110,7 +110,7 @@ void await(Sender *sender, Signal signal)
 {
     QEventLoop loop;
     QObject::connect(sender, signal, &loop, &QEventLoop::quit);
-    QTimer::singleShot(patienceMs, &loop, [] { qFatal("panel_bench: nothing happens"); });
+    QTimer::singleShot(timeoutMs, &loop, [] { qFatal("panel_bench: nothing happens"); });
     loop.exec();
 }
 

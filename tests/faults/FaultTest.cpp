@@ -9,7 +9,7 @@ using namespace tidewick;
 namespace
 {
 
-constexpr int patienceMs = 20'000;
+constexpr int timeoutMs = 20'000;
 
 } // namespace
 
@@ -41,8 +41,8 @@ void FaultTest::start(std::optional<SystemInterfaces> system)
 {
     store = std::make_unique<AppState>(system ? *std::move(system) : realSystem(), workers);
     const_cast<QTimer *>(store->refreshTimer())->stop();
-    ASSERT_TRUE(waitUntil([this] { return store->isLoading(); }, patienceMs));
-    ASSERT_TRUE(waitUntil([this] { return !store->isLoading(); }, patienceMs));
+    ASSERT_TRUE(waitUntil([this] { return store->isLoading(); }, timeoutMs));
+    ASSERT_TRUE(waitUntil([this] { return !store->isLoading(); }, timeoutMs));
 }
 
 bool FaultTest::refresh()
@@ -52,12 +52,12 @@ bool FaultTest::refresh()
     QObject::connect(store.get(), &AppState::isLoadingChanged, &context,
                      [&hasEnded](bool isLoading) { hasEnded = !isLoading; });
     store->loadRunningPorts();
-    return waitUntil([&hasEnded] { return hasEnded; }, patienceMs);
+    return waitUntil([&hasEnded] { return hasEnded; }, timeoutMs);
 }
 
 void FaultTest::endEveryScan()
 {
-    ASSERT_TRUE(waitUntil([this] { return workers.scans.activeThreadCount() == 0; }, patienceMs));
+    ASSERT_TRUE(waitUntil([this] { return workers.scans.activeThreadCount() == 0; }, timeoutMs));
     QCoreApplication::processEvents();
 }
 
@@ -75,13 +75,13 @@ std::shared_ptr<const std::optional<bool>> FaultTest::startKill(qint64 pid)
 std::optional<bool> FaultTest::kill(qint64 pid)
 {
     const auto answer = startKill(pid);
-    waitUntil([&answer] { return answer->has_value(); }, patienceMs);
+    waitUntil([&answer] { return answer->has_value(); }, timeoutMs);
     return *answer;
 }
 
 bool FaultTest::killEnds(ServerProgram &server)
 {
-    return kill(server) == true && waitUntil([&server] { return !server.isRunning(); }, patienceMs);
+    return kill(server) == true && waitUntil([&server] { return !server.isRunning(); }, timeoutMs);
 }
 
 std::unique_ptr<ServerProgram> FaultTest::serve(int port)

@@ -19,7 +19,7 @@
 namespace
 {
 
-constexpr int patienceMs = 30'000;
+constexpr int timeoutMs = 30'000;
 
 std::vector<char *> pointers(std::vector<std::string> &texts)
 {
@@ -123,7 +123,7 @@ OddProcess::OddProcess(const Settings &settings)
     QElapsedTimer timer;
     timer.start();
     std::string line;
-    while (timer.elapsed() < patienceMs) {
+    while (timer.elapsed() < timeoutMs) {
         pollfd waiting{m_output, POLLIN, 0};
         char byte = 0;
         if (poll(&waiting, 1, 100) <= 0)

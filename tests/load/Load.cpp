@@ -42,7 +42,7 @@ using namespace tidewick;
 namespace
 {
 
-constexpr int patienceMs = 60'000;
+constexpr int timeoutMs = 60'000;
 constexpr uid_t ownUser = 54321;
 constexpr uid_t foreignUser = 54398;
 constexpr int skipped = 77;
@@ -94,7 +94,7 @@ public:
         m_process.start(program,
                         {QString::number(which.processes), QString::number(which.listeners),
                          QString::fromLatin1(which.manner), QString::fromUtf8(which.argument)});
-        while (m_process.waitForReadyRead(patienceMs)) {
+        while (m_process.waitForReadyRead(timeoutMs)) {
             while (m_process.canReadLine()) {
                 const QList<QByteArray> words = m_process.readLine().trimmed().split(' ');
                 if (words.size() < 2)
@@ -245,7 +245,7 @@ bool endureSilence(const Crowd &crowd, const ToolTable &tools)
         isGood = isKilled && isGood;
         const double end = store.end();
         std::printf("the end took %.0f ms; ", end);
-        isGood = end < patienceMs && isGood;
+        isGood = end < timeoutMs && isGood;
     }
     return leavesNothing(before) && isGood;
 }

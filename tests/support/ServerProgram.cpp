@@ -19,7 +19,7 @@
 namespace
 {
 
-constexpr int patienceMs = 20'000;
+constexpr int timeoutMs = 20'000;
 
 void becomeOrdinaryUser()
 {
@@ -105,7 +105,7 @@ ServerProgram::ServerProgram(const QString &program, const QStringList &argument
     m_process.start(program, arguments);
     m_process.waitForStarted();
     m_processId = m_process.processId();
-    const QDeadlineTimer deadline(patienceMs);
+    const QDeadlineTimer deadline(timeoutMs);
     while (!m_isUp && m_process.state() == QProcess::Running && !deadline.hasExpired()) {
         m_process.waitForFinished(20);
         m_isUp = takesConnections(port);
