@@ -1,7 +1,7 @@
-"""follow.py [--all]: follows the links of the project's pages, and runs the commands of README.md
-and CONTRIBUTING.md as they are written. Those that take long, or change this machine, are run by
-what the tables below name; --all runs here what can be run here. Prints each failure; exits 1
-where there is one. Called by scripts/check-docs."""
+"""follow.py [--all]: checks the links of the project's pages and the names of tests in them, and runs
+the commands of README.md and CONTRIBUTING.md as they are written. Commands that take long or change
+this machine run elsewhere, as the tables below say; --all also runs the long ones here. Prints each
+failure and exits 1 if there is one. Called by scripts/check-docs."""
 
 import glob
 import os
@@ -18,7 +18,7 @@ PAGES = subprocess.run(["git", "ls-files", "*.md"], capture_output=True, text=Tr
 WITH_COMMANDS = ["README.md", "CONTRIBUTING.md"]
 COMMAND = re.compile(r"(?:[A-Z]+=\S+ )?(?:scripts/|make |\.ci/)\S.*")
 
-# What goes on until Ctrl-C, and a line that it prints when all of it is there.
+# Commands that run until Ctrl-C, and a text that they print when everything is running.
 GO_ON = {
     "scripts/run": "Look at ",
     "scripts/run --demo": "Look at ",
@@ -26,9 +26,9 @@ GO_ON = {
     "make run": "Look at ",
     "make demo": "Look at ",
 }
-# What changes the files that it works on: run in a clone, which it must leave as it is.
+# Commands that change the source files. They run in a clone and must leave it unchanged.
 IN_A_CLONE = ["make fmt"]
-# What .ci/run runs, by the command of its stage.
+# Commands that .ci/run runs, with the command of its stage.
 IN_CI = {
     "scripts/test": "scripts/test",
     "make test": "scripts/test",
@@ -41,14 +41,14 @@ IN_CI = {
     "scripts/check-docs": "scripts/check-docs",
     "scripts/check-run": "scripts/check-run",
 }
-# What a test runs in its own way, by its file.
+# Commands that a test runs in its own way, with the file of the test.
 IN_A_TEST = {
     "sudo apt install ./build/release/packages/tidewick_*.deb": "tests/package/installed_test.py",
     "sudo apt purge tidewick": "tests/package/installed_test.py",
     "make soak": "tests/soak/CMakeLists.txt",
     "make load": "tests/load/CMakeLists.txt",
 }
-# Minutes of work: with --all.
+# Commands that take many minutes; they run only with --all.
 LONG = ["make bench", "make screenshots", "scripts/try-servers", "scripts/newer-qt",
         "scripts/check-package --twice"]
 SELF = [".ci/run", "scripts/check-docs --all"]
@@ -91,6 +91,16 @@ def follow_links(page):
         check(not anchor or anchor in anchors(path), f"{page}: no heading {target}")
 
 
+def check_test_names(page):
+    """The tables name tests as `Suite.name`, then `.name` of the same suite, or `test_name`."""
+    tests = subprocess.run(["git", "grep", "--no-line-number", "-h", "", "--", "tests"], check=True,
+                           capture_output=True, text=True, errors="replace").stdout
+    rows = "".join(re.findall(r"^\|.*\n", read(page), flags=re.MULTILINE))
+    for name in re.findall(r"`((?:[A-Z]\w+)?\.[a-z]\w+|[A-Z]\w+\.[\w.*]+|test_\w+)`", rows):
+        for part in name.rstrip(".*").split("."):
+            check(part in tests, f"{page}: no test {name}")
+
+
 def commands(page):
     """The commands of a page, in order: the lines of its shell blocks, and those in its text."""
     found = []
@@ -103,7 +113,7 @@ def commands(page):
 
 
 def run(command, **options):
-    """Runs it as a shell does; returns whether it succeeded, and shows what it printed if not."""
+    """Runs the command in a shell, and returns whether it succeeded. Prints its output if not."""
     result = subprocess.run(["bash", "-c", command], stdin=subprocess.DEVNULL, text=True,
                             stdout=subprocess.PIPE, stderr=subprocess.STDOUT, check=False,
                             **options)
@@ -113,7 +123,8 @@ def run(command, **options):
 
 
 def goes_on(command, line):
-    """Starts it, waits until it printed `line` and then stays, and ends it with Ctrl-C."""
+    """Starts the command, waits for `line` in its output, checks that it keeps running, and ends it
+    with Ctrl-C."""
     environment = {name: value for name, value in os.environ.items()
                    if name not in ("DISPLAY", "WAYLAND_DISPLAY")}
     process = subprocess.Popen(["bash", "-c", command], stdin=subprocess.DEVNULL, text=True,
@@ -128,18 +139,18 @@ def goes_on(command, line):
     process.stdout.read()
     status = process.wait()
     watchdog.cancel()
-    # Those that mark the end by Ctrl-C say so: make in its own way, shells with 130.
+    # After Ctrl-C a shell exits with 130, and make with a status of its own.
     return seen and is_running and (status in (0, 130) or command.startswith("make "))
 
 
 def leaves_a_clone_as_it_is(command):
-    with tempfile.TemporaryDirectory() as folder:
-        return (run(f"git clone --quiet . {folder}/clone") and
-                run(f"{command} && git diff --exit-code", cwd=f"{folder}/clone"))
+    with tempfile.TemporaryDirectory() as directory:
+        return (run(f"git clone --quiet . {directory}/clone") and
+                run(f"{command} && git diff --exit-code", cwd=f"{directory}/clone"))
 
 
 def try_command(command, is_all):
-    """How the command was tried; None where nothing here knows it."""
+    """Tries the command and returns how; None if the command is in no table."""
     if command in GO_ON:
         check(goes_on(command, GO_ON[command]), command)
         return "run until Ctrl-C"
@@ -174,7 +185,7 @@ def try_command(command, is_all):
 
 
 def check_first_change():
-    """The change that CONTRIBUTING.md begins with still applies."""
+    """Checks that the change at the beginning of CONTRIBUTING.md applies."""
     change = re.search(r"```diff\n(.*?)```", read("CONTRIBUTING.md"), flags=re.DOTALL)[1]
     result = subprocess.run(["git", "apply", "--check", "-"], input=change, text=True, check=False)
     check(result.returncode == 0, "CONTRIBUTING.md: the change does not apply")
@@ -183,7 +194,9 @@ def check_first_change():
 def main():
     for page in PAGES:
         follow_links(page)
-    print("ok: links" if not failures else "links: see above")
+    for page in ["docs/faults.md", "docs/security.md"]:
+        check_test_names(page)
+    print("ok: links and names" if not failures else "links and names: see above")
     check_first_change()
     for page in WITH_COMMANDS:
         for command in commands(page):
