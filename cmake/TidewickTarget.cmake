@@ -1,5 +1,6 @@
-# What every target of ours compiles with: strict Qt, strict warnings, includes from the top folder.
-# Nothing that Qt gave up by 6.8 is there, and a use of what it gives up later is a warning.
+# The options of each of our targets: strict Qt, strict warnings, includes from the top directory.
+# APIs that Qt deprecated by 6.8 are not available, and APIs that it deprecates later give a
+# warning.
 option(TIDEWICK_WERROR "Treat warnings as errors" OFF)
 
 function(tidewick_target name)

@@ -1,7 +1,7 @@
-"""follow.py [--all]: checks the links of the project's pages and the names of tests in them, and runs
-the commands of README.md and CONTRIBUTING.md as they are written. Commands that take long or change
-this machine run elsewhere, as the tables below say; --all also runs the long ones here. Prints each
-failure and exits 1 if there is one. Called by scripts/check-docs."""
+"""follow.py [--all]: checks the links of the project's pages and the names of tests in them, and
+runs the commands of README.md and CONTRIBUTING.md as they are written. Commands that take long or
+change this machine run elsewhere, as the tables below say; --all also runs the long ones here.
+Prints each failure and exits 1 if there is one. Called by scripts/check-docs."""
 
 import glob
 import os
