@@ -33,7 +33,8 @@ class Element:
         return self._it.get_name()
 
     def role(self):
-        return self._it.get_role_name()
+        role = self._it.get_role_name()
+        return "push button" if role == "button" else role  # newer libraries call it "button"
 
     def is_(self, state):
         """Whether it is "showing", "enabled", "focused"..."""
