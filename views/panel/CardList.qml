@@ -47,7 +47,7 @@ ListView {
         } else if (item && item === given && !isByKeyboard) {
             item.focus = false;
         } else if (focusedCard) {
-            isByKeyboard = item === focusedCard || item.visualFocus;
+            isByKeyboard = item === focusedCard || ((item as T.Control)?.visualFocus ?? false);
             makeCurrent(indexAt(focusedCard.x, focusedCard.y), item);
         }
         given = null;
