@@ -177,7 +177,15 @@ class HostTest(unittest.TestCase):
                 command, env=environment, start_new_session=True, stderr=subprocess.DEVNULL))
             print(self.panels[-1].pid, file=file)
         self.icon = self.place_of_icon()
-        self.open_panel()
+        desktop.wait_until(self.opens, 15, "the panel")
+
+    def opens(self):
+        """Whether a click opens the panel; one that has just started can miss it."""
+        click(*self.icon)
+        try:
+            return desktop.wait_until(lambda: windows("Tidewick"), 3, "the panel")
+        except AssertionError:
+            return False
 
 
 if __name__ == "__main__":

@@ -54,6 +54,13 @@ class PanelCase(unittest.TestCase):
                          if str(server.port) in one.texts()), None)
         return accessible.wait_until(with_port, seconds, f"the card of port {server.port}")
 
+    def assert_whole(self, panel, card):
+        """Checks that the card of a server that answers stands in its place, with its buttons."""
+        (left, *_), (card_left, _, width, _) = panel.box(), card.box()
+        self.assertEqual((card_left - left, width), (12, 456))
+        for button in ("View in browser", "Show details", "Stop service"):
+            self.assertTrue(card.find("push button", button), button)
+
     def press(self, within, name):
         accessible.find(within, "push button", name).press()
 

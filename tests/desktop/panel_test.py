@@ -22,6 +22,7 @@ class PanelTest(PanelCase):
             self.assertTrue(any(text.endswith(" MB") for text in card.texts()), card.texts())
             self.assertTrue(card.name().startswith(f"{project}, live on port {server.port}"),
                             card.name())
+            self.assert_whole(panel, card)
         self.assertEqual(panel.texts()[:3], ["Tidewick", "—", "Let me kill your LocalHost"])
         self.assertEqual(panel.texts()[-2:], ["2 live", "2 running"])
         ports = [int(card.texts()[2]) for card in accessible.cards(panel)]
