@@ -76,7 +76,7 @@ TEST_P(SuppliedTools, aRemovedExecutable)
 TEST_P(SuppliedTools, anExecutableInMemory)
 {
     const int file = memfd_create("my node", MFD_CLOEXEC);
-    QFile original(QStringLiteral(ODD_PROCESS));
+    QFile original(QString::fromStdString(oddProgram()));
     ASSERT_TRUE(original.open(QFile::ReadOnly));
     const QByteArray bytes = original.readAll();
     ASSERT_EQ(write(file, bytes.constData(), size_t(bytes.size())), bytes.size());
@@ -221,13 +221,14 @@ TEST_P(SuppliedTools, processesThatEndMidScan)
     std::array<int, 2> ends{};
     ASSERT_EQ(pipe2(ends.data(), O_CLOEXEC | O_NONBLOCK), 0);
     std::vector<pid_t> pids;
+    const std::string churn = program("churn");
     for (int i = 0; i < 3; ++i) {
         const pid_t pid = fork();
         if (pid == 0) {
             const char *const environment[] = {"ODD=churn", nullptr};
             if (dup2(ends[1], STDOUT_FILENO) < 0 || !asViewer()())
                 _exit(1);
-            execle(ODD_PROCESS, "x", nullptr, environment);
+            execle(churn.c_str(), "x", nullptr, environment);
             _exit(1);
         }
         // As a target of a kill a -1 would be every process there is.
@@ -245,7 +246,19 @@ TEST_P(SuppliedTools, processesThatEndMidScan)
                 known.emplace(std::stoi(pair[0]), std::stoi(pair[1]));
         }
     };
-    for (int scan = 0; scan < 200; ++scan) {
+    const auto saysOf = [&known](const Row &row) {
+        return known.equal_range(std::stoi(row.name.substr(row.name.find(':') + 1)));
+    };
+    const auto isKnown = [&saysOf](const Row &row) {
+        const auto [first, last] = saysOf(row);
+        return first != last;
+    };
+    // On a loaded machine most of them end before a scan can tell whose they are.
+    QElapsedTimer timer;
+    timer.start();
+    for (int scan = 0; scan < 200 || (std::none_of(seen.begin(), seen.end(), isKnown) &&
+                                      timer.elapsed() < 30'000);
+         ++scan) {
         for (const Row &row : rows(asViewer()))
             seen.push_back(row);
         take();
@@ -255,18 +268,14 @@ TEST_P(SuppliedTools, processesThatEndMidScan)
         waitpid(pid, nullptr, 0);
     }
     take();
-    int checked = 0;
+    std::erase_if(seen, [&isKnown](const Row &row) { return !isKnown(row); });
+    EXPECT_FALSE(seen.empty());
     for (const Row &row : seen) {
-        const auto [first, last] =
-            known.equal_range(std::stoi(row.name.substr(row.name.find(':') + 1)));
-        if (first == last)
-            continue;
-        ++checked;
+        const auto [first, last] = saysOf(row);
         EXPECT_TRUE(
             std::any_of(first, last, [&](const auto &pair) { return pair.second == row.pid; }))
             << row.name << ' ' << row.pid;
     }
-    EXPECT_GT(checked, 0);
 }
 
 TEST_P(SuppliedTools, twentyThousandDescriptors)

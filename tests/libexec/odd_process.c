@@ -14,7 +14,8 @@
  *   exit-main       the main thread ends, another goes on
  *   remove          removes its own executable
  *   busy            uses up processor time
- *   churn           for ever: a child that listens, prints its port and pid, and ends
+ *   churn           for ever: a child that listens, prints its port and pid, and ends after 1 to
+ *                   64 ms
  *   usage COMMAND   runs the command, prints its largest memory in KiB
  * Then it prints an empty line and waits to be killed. */
 #define _GNU_SOURCE
@@ -89,7 +90,7 @@ static void churn(void)
             const int size = snprintf(text, sizeof text, "%d %d\n", port, (int)getpid());
             if (write(1, text, (size_t)size) != size)
                 _exit(1);
-            usleep(2000);
+            usleep(1000U << (getpid() % 7));
             _exit(0);
         }
         waitpid(pid, NULL, 0);
