@@ -1,4 +1,4 @@
-// The probe against servers as developers run them. A server that is not installed is skipped.
+// The probe against servers as developers run them.
 
 #include "scan/CurlHttpClient.h"
 #include "scan/HttpProbe.h"
@@ -138,10 +138,10 @@ private:
     std::unique_ptr<ServerProgram> m_server;
 };
 
-// NOLINTNEXTLINE(cppcoreguidelines-macro-usage): GTEST_SKIP returns from the test
+// NOLINTNEXTLINE(cppcoreguidelines-macro-usage): FAIL returns from the test
 #define NEEDS(program)                                                                             \
     if (findProgram(QStringLiteral(program)).isEmpty())                                            \
-    GTEST_SKIP() << program " is not installed"
+    FAIL() << program " is missing; scripts/setup and scripts/unpack-servers install it"
 
 const char *const nodePage = R"(
 require('http').createServer((request, response) => {
