@@ -8,6 +8,12 @@ skip() {
     exit 77
 }
 
+# fail REASON - ends the script as a test that failed.
+fail() {
+    echo "FAILED: $1" >&2
+    exit 1
+}
+
 # package_sources SUITE - the lines of sources.list for Debian's SUITE, from where this machine gets
 # its packages. sid has neither security updates nor stable updates.
 package_sources() {
@@ -23,16 +29,16 @@ package_sources() {
 
 # minimal_tree SUITE DIRECTORY - makes DIRECTORY/tree: Debian's SUITE with its essential packages and
 # apt alone, as debootstrap's variant minbase, and a name for the loopback address. Does nothing
-# where it is there. Ends with the status 77 where it cannot be made: that needs root, debootstrap
-# and a package source.
+# where it is there. It needs root: without, the status is 77. It fails without debootstrap and a
+# package source.
 minimal_tree() (
     suite=$1 directory=$2
     [[ ! -d $directory/tree ]] || exit 0
     [[ $EUID -eq 0 ]] || skip "only root can make a Debian tree"
-    command -v debootstrap >/dev/null || skip "debootstrap is missing; scripts/setup installs it"
+    command -v debootstrap >/dev/null || fail "debootstrap is missing; scripts/setup installs it"
     sources=$(package_sources "$suite")
     mirror=$(sed -n "s/^deb \(.*\) $suite main$/\1/p" <<<"$sources" | head -n 1)
-    [[ -n $mirror ]] || skip "this machine has no package source of Debian"
+    [[ -n $mirror ]] || fail "this machine has no package source of Debian"
 
     tree=$directory/unfinished
     trap 'rm -rf "$tree"' EXIT
@@ -41,7 +47,7 @@ minimal_tree() (
     # debootstrap knows the suites of its own time; all later ones are made as sid is.
     debootstrap --variant=minbase "$suite" "$tree" "$mirror" sid >"$directory/log" 2>&1 || {
         tail -n 5 "$directory/log"
-        skip "$suite cannot be fetched; see $directory/log"
+        fail "$suite cannot be fetched; see $directory/log"
     }
     echo "$sources" >"$tree/etc/apt/sources.list"
     apt-config dump Acquire::http Acquire::https >"$tree/etc/apt/apt.conf.d/99machine"

@@ -2,6 +2,7 @@
 #include "tests/libexec/SuppliedTools.h"
 #include "tests/support/ServerProgram.h"
 
+#include <QElapsedTimer>
 #include <QFile>
 
 #include <cerrno>
@@ -307,7 +308,7 @@ TEST_P(SuppliedTools, lessThanFourMegabytes)
     expectLessThanFourMegabytes(lsof() + " -i TCP -P -n -sTCP:LISTEN", asViewer());
 }
 
-TEST_P(SuppliedTools, theSameOutputAThousandTimes)
+TEST_P(SuppliedTools, theSameOutputManyTimes)
 {
     if (!ownNetwork())
         GTEST_SKIP() << "others' listeners come and go";
@@ -315,7 +316,10 @@ TEST_P(SuppliedTools, theSameOutputAThousandTimes)
     const OddProcess second({"listen 0.0.0.0|listen ::|fork 3", {"x"}, "", asViewer()});
     const std::string expected = runProgram(lsof(), listing, asViewer()).text;
     EXPECT_EQ(lines(expected).size(), 1U + 6 + 8);
-    for (int run = 0; run < (isSanitized ? 50 : 1000); ++run)
+    QElapsedTimer timer;
+    timer.start();
+    // A thousand times, where the machine is not too busy for that.
+    for (int run = 0; run < 50 || (run < 1000 && timer.elapsed() < 20'000); ++run)
         ASSERT_EQ(runProgram(lsof(), listing, asViewer()).text, expected);
 }
 
