@@ -1,4 +1,4 @@
-"""animation.py FILE.gif: films a panel that is opened, a card that is expanded, a server that is
+"""animation.py FILE.gif SCALE: films a panel that is opened, a card that is expanded, a server that is
 killed, with real clicks beside real servers. Called by scripts/screenshots on a virtual desktop,
 in a network of its own."""
 
@@ -6,6 +6,7 @@ import subprocess
 import sys
 import threading
 import time
+import zlib
 
 from PIL import Image
 
@@ -14,8 +15,9 @@ import desktop
 from showcase import demo
 
 FILE = sys.argv[1]
+SCALE = int(sys.argv[2])  # pixels in a point, each way; places are in points
 START = (40, 480)  # where the pointer comes from
-STEP = 8            # pixels that the pointer moves in a fiftieth of a second, about
+STEP = 8            # points that the pointer moves in a fiftieth of a second, about
 FRAME = 1 / 15      # seconds between two frames, at least
 LAST = 2.5          # seconds that the last frame stays
 COLOURS = 128
@@ -42,6 +44,10 @@ X    X..X
 """.split("\n")[1:-1]
 
 
+def move_pointer(place):
+    desktop.move_pointer(place[0] * SCALE, place[1] * SCALE)
+
+
 class Film:
     """Takes frames from its start to its end."""
 
@@ -55,7 +61,7 @@ class Film:
         self._camera = threading.Thread(target=self._film)
 
     def __enter__(self):
-        desktop.move_pointer(*START)
+        move_pointer(START)
         self._camera.start()
         return self
 
@@ -66,7 +72,7 @@ class Film:
     def _film(self):
         while not self._is_over.is_set():
             since = time.monotonic()
-            seen = (desktop.Picture().pixels, self._pointer)
+            seen = (zlib.compress(desktop.Picture().pixels, 1), self._pointer)
             if not self._frames or self._frames[-1][0] != seen:
                 self._frames.append((seen, since))
             time.sleep(max(0, since + FRAME - time.monotonic()))
@@ -78,16 +84,18 @@ class Film:
         for step in range(1, steps + 1):
             self._pointer = (from_x + (x - from_x) * step // steps,
                              from_y + (y - from_y) * step // steps)
-            desktop.move_pointer(*self._pointer)
+            move_pointer(self._pointer)
             time.sleep(0.02)
 
     def click(self, x, y):
         self.point(x, y)
         time.sleep(0.3)
-        desktop.click(x, y)
+        desktop.click(x * SCALE, y * SCALE)
 
     def press(self, card, name):
-        x, y, width, height = accessible.find(card(), "push button", name).box()
+        button = accessible.find(card(), "push button", name)
+        accessible.wait_until_still(button)
+        x, y, width, height = button.box()
         self.click(x + width // 2, y + height // 2)
 
     def save(self, path):
@@ -105,11 +113,12 @@ class Film:
             round((end - since) * 1000) for (_, since), end in zip(self._frames, ends)])
 
     def _drawn(self, pixels, pointer):
-        frame = Image.frombytes("RGB", self._size, pixels)
+        frame = Image.frombytes("RGB", self._size, zlib.decompress(pixels))
         for y, line in enumerate(POINTER, pointer[1]):
             for x, mark in enumerate(line, pointer[0]):
-                if mark != " " and x < frame.width and y < frame.height:
-                    frame.putpixel((x, y), (255, 255, 255) if mark == "." else (0, 0, 0))
+                if mark != " ":
+                    frame.paste((255, 255, 255) if mark == "." else (0, 0, 0),
+                                (x * SCALE, y * SCALE, (x + 1) * SCALE, (y + 1) * SCALE))
         return frame
 
 
@@ -126,7 +135,7 @@ with demo() as count:
     desktop.wait_until(lambda: item.count() == count, 60, f"{count} listeners")
     with Film() as film:
         time.sleep(0.7)
-        film.click(*desktop.place_of_icon())
+        film.click(*[pixels // SCALE for pixels in desktop.place_of_icon()])
         panel = accessible.panel()
         time.sleep(1.5)
         film.press(lambda: card(panel, "api"), "Show details")
