@@ -1,5 +1,5 @@
-"""animation.py FILE.gif SCALE: films a panel that is opened, a card that is expanded, a server that is
-killed, with real clicks beside real servers. Called by scripts/screenshots on a virtual desktop,
+"""animation.py FILE.gif SCALE: films a panel that is opened, a card that is expanded, a server that
+is killed, with real clicks beside real servers. Called by scripts/screenshots on a virtual desktop,
 in a network of its own."""
 
 import subprocess
