@@ -40,6 +40,7 @@ IN_CI = {
     "scripts/check-package": "scripts/check-package",
     "scripts/check-docs": "scripts/check-docs",
     "scripts/check-run": "scripts/check-run",
+    "scripts/check-run": "scripts/check-run",
 }
 # Commands that a test runs in its own way, with the file of the test.
 IN_A_TEST = {
@@ -50,7 +51,7 @@ IN_A_TEST = {
 }
 # Commands that take many minutes; they run only with --all.
 LONG = ["make bench", "make screenshots", "scripts/try-servers", "scripts/newer-qt",
-        "scripts/check-package --twice"]
+        "scripts/check-fresh", "scripts/check-package --twice"]
 SELF = [".ci/run", "scripts/check-docs --all"]
 PLACEHOLDERS = ["scripts/test -R Name", "scripts/virtual-desktop COMMAND"]
 
