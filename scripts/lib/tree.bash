@@ -1,21 +1,21 @@
 # shellcheck shell=bash
-# tree.bash - minimal Debian systems in directories, and throw-away copies of them in which anything
-# may be done, since nothing of it stays. Sourced by scripts that root runs.
+# tree.bash - functions for minimal Debian systems in directories, and for temporary copies of them.
+# Changes in a copy do not stay. Sourced by scripts that root runs.
 
-# skip REASON - ends the script as a test that this machine cannot run.
+# skip REASON - ends the script as a skipped test.
 skip() {
     echo "SKIPPED: $1"
     exit 77
 }
 
-# fail REASON - ends the script as a test that failed.
+# fail REASON - ends the script as a failed test.
 fail() {
     echo "FAILED: $1" >&2
     exit 1
 }
 
-# package_sources SUITE - the lines of sources.list for Debian's SUITE, from where this machine gets
-# its packages. sid has neither security updates nor stable updates.
+# package_sources SUITE - prints the lines of sources.list for Debian's SUITE, with the package
+# source of this machine. sid has neither security updates nor stable updates.
 package_sources() {
     local line
     # shellcheck disable=SC2016 # apt expands it
@@ -27,10 +27,9 @@ package_sources() {
         done
 }
 
-# minimal_tree SUITE DIRECTORY - makes DIRECTORY/tree: Debian's SUITE with its essential packages and
-# apt alone, as debootstrap's variant minbase, and a name for the loopback address. Does nothing
-# where it is there. It needs root: without, the status is 77. It fails without debootstrap and a
-# package source.
+# minimal_tree SUITE DIRECTORY - makes DIRECTORY/tree with debootstrap's variant minbase (only the
+# essential packages of SUITE and apt) and a name for the loopback address. Does nothing if the tree
+# exists. Without root it ends with status 77. It fails without debootstrap or a package source.
 minimal_tree() (
     suite=$1 directory=$2
     [[ ! -d $directory/tree ]] || exit 0
@@ -44,7 +43,7 @@ minimal_tree() (
     trap 'rm -rf "$tree"' EXIT
     rm -rf "$tree"
     mkdir -p "$directory"
-    # debootstrap knows the suites of its own time; all later ones are made as sid is.
+    # debootstrap knows only older suites; it makes the later ones in the same way as sid.
     debootstrap --variant=minbase "$suite" "$tree" "$mirror" sid >"$directory/log" 2>&1 || {
         tail -n 5 "$directory/log"
         fail "$suite cannot be fetched; see $directory/log"
@@ -56,17 +55,17 @@ minimal_tree() (
     mv "$tree" "$directory/tree"
 )
 
-# apart SCRIPT ARG... - goes on as "SCRIPT --inside ARG...", with mounts and processes of its own:
-# all of them end with the script.
+# apart SCRIPT ARG... - continues as "SCRIPT --inside ARG..." in new mount and process namespaces.
+# Their mounts and processes end with the script.
 apart() {
-    [[ $EUID -eq 0 ]] || skip "only root can make a throw-away file system"
+    [[ $EUID -eq 0 ]] || skip "only root can make a temporary file system"
     unshare --mount --pid --fork --mount-proc true 2>/dev/null ||
         skip "this machine allows no mount namespace"
     exec unshare --mount --pid --fork --mount-proc --kill-child "$1" --inside "${@:2}"
 }
 
-# copy_of TREE [CHANGES] - sets $root to a throw-away copy of the directory TREE. What is changed
-# there is kept in memory, and /mnt is covered meanwhile; or in the directory CHANGES, which must be
+# copy_of TREE [CHANGES] - sets $root to a temporary copy of the directory TREE. Its changes are
+# kept in memory, mounted over /mnt. With CHANGES they are kept in that directory, which must be
 # empty, and which the caller removes.
 copy_of() {
     local place=${2:-/mnt}
@@ -86,11 +85,11 @@ copy_of() {
 bare=(/usr/bin/env -i PATH=/usr/sbin:/usr/bin:/sbin:/bin LC_ALL=C.UTF-8
     DEBIAN_FRONTEND=noninteractive)
 
-# inside COMMAND... - runs it in the copy, with a bare environment.
+# inside COMMAND... - runs COMMAND in the copy, with a bare environment.
 inside() { chroot "$root" "${bare[@]}" "$@"; }
 
-# enter COMMAND... - goes on as COMMAND, with a bare environment and with the copy as its file
-# system. Unlike chroot alone, this lets COMMAND make user namespaces.
+# enter COMMAND... - continues as COMMAND, with a bare environment and the copy as its file system.
+# Unlike chroot alone, this allows COMMAND to create user namespaces.
 enter() {
     mount --rbind /sys "$root/sys"
     mount -t tmpfs tmpfs "$root/dev/shm"
