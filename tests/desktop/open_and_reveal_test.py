@@ -72,7 +72,8 @@ class OpenAndRevealTest(unittest.TestCase):
     def test_open_shows_the_page_in_the_default_browser(self):
         button = desktop.wait_until(lambda: blue(is_solid=True), 5, "the button Open")
         xdotool("mousemove", *button[len(button) // 2], "click", 1)
-        desktop.wait_until(lambda: "GET / NetSurf" in self.requests(), 20, "the browser's request")
+        desktop.wait_until(lambda: any(line.startswith("GET / ") and "NetSurf" in line
+                                       for line in self.requests()), 20, "the browser's request")
         desktop.wait_until(lambda: windows("Seen - NetSurf"), 20, "the page")
         desktop.screenshot("open-in-browser")
 
@@ -113,7 +114,7 @@ class OpenAndRevealTest(unittest.TestCase):
 
     def requests(self):
         self.log.seek(0)
-        return self.log.read()
+        return self.log.readlines()
 
 
 if __name__ == "__main__":
