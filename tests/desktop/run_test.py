@@ -82,7 +82,7 @@ class Run(unittest.TestCase):
         self.assertGreater(colours.get(tuple(desktop.INK), 0), 10, "the icon")
 
         self.script.send_signal(signal.SIGINT)
-        self.script.wait(timeout=20)
+        self.script.wait(timeout=60)
         self.assertEqual(self.script.stderr.read(), "")
         self.assertIsNone(process_of(desktop.PROGRAM))
 
