@@ -17,6 +17,8 @@ RUN = desktop.PROGRAM.replace("build/dev/bin/tidewick", "scripts/run")
 DISPLAYS = ("DISPLAY", "WAYLAND_DISPLAY")
 BUILD_SECONDS = 1200  # without a compiler's cache
 BACKGROUND = (0x3A, 0x50, 0x68)
+PANEL = (0x1E, 0x1E, 0x20)
+BLUE = (0x0A, 0x84, 0xFF)  # an Open button has about 2,000 pixels of it
 ALWAYS_THERE = {"shop", "docs", "api", "blog"}  # scripts/setup installs what they run on
 
 
@@ -45,7 +47,7 @@ class Run(unittest.TestCase):
                                     stderr=subprocess.PIPE, start_new_session=True,
                                     env={**environment, "QT_LINUX_ACCESSIBILITY_ALWAYS_ON": "1"})
         self.addCleanup(desktop.end, self.script)
-        deadline = threading.Timer(BUILD_SECONDS, self.script.terminate)
+        deadline = threading.Timer(BUILD_SECONDS, os.killpg, (self.script.pid, signal.SIGTERM))
         deadline.start()
         self.addCleanup(deadline.cancel)
         servers = {}
@@ -80,6 +82,8 @@ class Run(unittest.TestCase):
                            image.convert("RGB").getcolors(image.width * image.height))
         self.assertGreater(colours.get(BACKGROUND, 0), 100_000, "the background")
         self.assertGreater(colours.get(tuple(desktop.INK), 0), 10, "the icon")
+        self.assertGreater(colours.get(PANEL, 0), 100_000, "the panel")
+        self.assertGreater(colours.get(BLUE, 0), 3 * 1_500, "the cards of servers that answer")
 
         self.script.send_signal(signal.SIGINT)
         self.script.wait(timeout=60)
