@@ -44,12 +44,15 @@ minimal_tree() (
     rm -rf "$tree"
     mkdir -p "$directory"
     # debootstrap knows only older suites; it makes the later ones in the same way as sid.
-    debootstrap --variant=minbase "$suite" "$tree" "$mirror" sid >"$directory/log" 2>&1 || {
+    # It mounts /proc and /sys in the tree, and must not leave them there for what removes the tree.
+    unshare --mount debootstrap --variant=minbase "$suite" "$tree" "$mirror" sid >"$directory/log" 2>&1 || {
         tail -n 5 "$directory/log"
         fail "$suite cannot be fetched; see $directory/log"
     }
     echo "$sources" >"$tree/etc/apt/sources.list"
     apt-config dump Acquire::http Acquire::https >"$tree/etc/apt/apt.conf.d/99machine"
+    # No package starts a service in the tree.
+    install -m 0755 /dev/stdin "$tree/usr/sbin/policy-rc.d" <<<$'#!/bin/sh\nexit 101'
     printf '%s\n' '127.0.0.1 localhost' '::1 localhost' >"$tree/etc/hosts"
     rm -f "$tree"/var/cache/apt/archives/*.deb
     mv "$tree" "$directory/tree"
@@ -81,8 +84,9 @@ copy_of() {
     chmod 1777 "$root/tmp"
 }
 
-# The environment in a tree.
-bare=(/usr/bin/env -i PATH=/usr/sbin:/usr/bin:/sbin:/bin LC_ALL=C.UTF-8
+# The environment in a tree. The variable "container" keeps packages from changing the settings of the
+# running kernel.
+bare=(/usr/bin/env -i container=tree PATH=/usr/sbin:/usr/bin:/sbin:/bin LC_ALL=C.UTF-8
     DEBIAN_FRONTEND=noninteractive)
 
 # inside COMMAND... - runs COMMAND in the copy, with a bare environment.
