@@ -57,8 +57,13 @@ enum Exit : uint {
 
 /// PkStatusEnum
 enum Status : uint {
+    statusWait = 1,
     statusDownload = 8,
     statusInstall = 9,
+    statusUpdate = 10,
+    statusCommit = 16,
+    statusWaitingForLock = 30,
+    statusWaitingForAuthorization = 31,
 };
 
 /// PkInfoEnum. Newer services put a severity in the upper half.

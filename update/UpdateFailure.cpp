@@ -4,6 +4,9 @@
 #include "text/VisibleText.h"
 #include "update/PackageKit.h"
 
+#include <algorithm>
+#include <initializer_list>
+
 namespace tidewick
 {
 namespace

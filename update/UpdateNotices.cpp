@@ -1,5 +1,7 @@
 #include "update/UpdateNotices.h"
 
+#include "update/PackageKit.h"
+
 namespace tidewick
 {
 namespace
@@ -35,16 +37,16 @@ QString heldBackText(const UpdateOutcome &outcome)
 QString activity(uint status)
 {
     switch (status) {
-    case 1:  // wait
-    case 30: // waiting for a lock
+    case packagekit::statusWait:
+    case packagekit::statusWaitingForLock:
         return QStringLiteral("Waiting for the package system…");
-    case 31:
+    case packagekit::statusWaitingForAuthorization:
         return QStringLiteral("Waiting for your permission…");
-    case 8:
+    case packagekit::statusDownload:
         return QStringLiteral("Downloading…");
-    case 9:  // install
-    case 10: // update
-    case 16: // commit
+    case packagekit::statusInstall:
+    case packagekit::statusUpdate:
+    case packagekit::statusCommit:
         return QStringLiteral("Installing…");
     default:
         return QStringLiteral("Preparing…");
