@@ -28,11 +28,15 @@ Column {
         spacing: 6
         visible: value.text !== ""
 
+        Colors {
+            id: shades
+        }
+
         PlainText {
             id: caption
 
             anchors.verticalCenter: parent.verticalCenter
-            color: Qt.rgba(1, 1, 1, 0.35)
+            color: shades.white(0.35)
             font.pixelSize: 11
             font.weight: Font.Medium
         }
@@ -42,7 +46,7 @@ Column {
 
             objectName: caption.text
             width: Math.min(implicitWidth, 170)
-            color: Qt.rgba(1, 1, 1, 0.6)
+            color: shades.white(0.6)
             font.pixelSize: 12
         }
     }
