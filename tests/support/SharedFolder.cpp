@@ -8,7 +8,7 @@
 
 SharedFolder::SharedFolder() : m_folder(QStringLiteral("/tmp/tidewick-shared-XXXXXX"))
 {
-    chmod(QFile::encodeName(m_folder.path()).constData(), 0777);
+    chmod(QFile::encodeName(m_folder.path()).constData(), 01777);
 }
 
 SharedFolder::~SharedFolder()
