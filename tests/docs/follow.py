@@ -40,7 +40,6 @@ IN_CI = {
     "scripts/check-package": "scripts/check-package",
     "scripts/check-docs": "scripts/check-docs",
     "scripts/check-run": "scripts/check-run",
-    "scripts/check-run": "scripts/check-run",
 }
 # Commands that a test runs in its own way, with the file of the test.
 IN_A_TEST = {
