@@ -24,6 +24,5 @@ function(tidewick_use_musl target)
         -fno-exceptions -fno-rtti -nostdinc ${headers} "-D__GLIBC_PREREQ(a,b)=0")
     target_link_options(${target} PRIVATE -static-pie -nostdlib ${musl_lib}/rcrt1.o ${musl_lib}/crti.o)
     target_link_libraries(${target} PRIVATE ${musl_lib}/libc.a gcc ${musl_lib}/crtn.o)
-    # clang-tidy reads the same source where it is built with the system's headers.
-    set_target_properties(${target} PROPERTIES POSITION_INDEPENDENT_CODE ON CXX_CLANG_TIDY "")
+    set_target_properties(${target} PROPERTIES POSITION_INDEPENDENT_CODE ON)
 endfunction()
