@@ -3,12 +3,15 @@
 # and memory of its own needs only libstdc++'s headers, which serve with either.
 string(REPLACE "-gnu" "-musl" musl_triplet "${CMAKE_LIBRARY_ARCHITECTURE}")
 set(musl_lib /usr/lib/${musl_triplet})
-set(has_musl OFF)
-if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU" AND EXISTS ${musl_lib}/rcrt1.o
-        AND NOT CMAKE_CXX_FLAGS_DEBUG MATCHES "-fsanitize")
-    set(has_musl ON)
+
+# TIDEWICK_MUSL says whether the supplied ps is linked so. By default it is where musl is installed.
+if(NOT DEFINED TIDEWICK_MUSL)
+    set(TIDEWICK_MUSL OFF)
+    if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU" AND EXISTS ${musl_lib}/rcrt1.o
+            AND NOT CMAKE_CXX_FLAGS_DEBUG MATCHES "-fsanitize")
+        set(TIDEWICK_MUSL ON)
+    endif()
 endif()
-option(TIDEWICK_MUSL "Link the supplied ps with musl" ${has_musl})
 
 # tidewick_use_musl(TARGET): builds the program so.
 function(tidewick_use_musl target)
