@@ -1,7 +1,7 @@
 #pragma once
 
-#include "platform/tray/DBusStructure.h"
 #include "platform/StatusItem.h"
+#include "platform/tray/DBusStructure.h"
 
 #include <QDBusAbstractAdaptor>
 #include <QDBusContext>

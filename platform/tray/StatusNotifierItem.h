@@ -1,7 +1,7 @@
 #pragma once
 
-#include "platform/tray/DBusMenu.h"
 #include "platform/StatusItem.h"
+#include "platform/tray/DBusMenu.h"
 
 #include <QDBusConnection>
 #include <QDBusObjectPath>

@@ -1,7 +1,7 @@
 // What the package service and the package sources say, which an update's windows show.
 
-#include "update/UpdateFailure.h"
 #include "tests/fuzz/Fuzz.h"
+#include "update/UpdateFailure.h"
 
 #include <QDBusMessage>
 

@@ -1,8 +1,8 @@
 #include "scan/SocketScan.h"
-#include "text/Utf8.h"
 #include "tests/support/RecordingHttpClient.h"
 #include "tests/support/RecordingToolRunner.h"
 #include "tests/support/TestText.h"
+#include "text/Utf8.h"
 
 #include <gtest/gtest.h>
 

@@ -1,6 +1,6 @@
 #include "update/UpdateFailure.h"
-#include "update/UpdateCheck.h"
 #include "tests/support/TestText.h"
+#include "update/UpdateCheck.h"
 
 #include <gtest/gtest.h>
 

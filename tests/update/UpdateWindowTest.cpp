@@ -1,7 +1,7 @@
 #include "update/UpdateWindow.h"
-#include "update/UpdateNotices.h"
 #include "tests/support/TestText.h"
 #include "tests/support/WaitUntil.h"
+#include "update/UpdateNotices.h"
 
 #include <gtest/gtest.h>
 

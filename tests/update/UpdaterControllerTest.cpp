@@ -1,8 +1,8 @@
 #include "update/UpdaterController.h"
-#include "tests/update/FakePackageKit.h"
 #include "tests/support/PrivateBus.h"
 #include "tests/support/TestText.h"
 #include "tests/support/WaitUntil.h"
+#include "tests/update/FakePackageKit.h"
 
 #include <gtest/gtest.h>
 
