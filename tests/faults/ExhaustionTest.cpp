@@ -73,6 +73,13 @@ private:
     std::vector<int> m_copies;
 };
 
+/// The system's text, or that of newer Qt where it cannot open the null device.
+bool isAboutDescriptors(const QString &error)
+{
+    return error.endsWith(QStringLiteral("Too many open files")) ||
+           error.endsWith(QStringLiteral("Could not open input redirection for reading"));
+}
+
 bool canFork()
 {
     const pid_t child = fork();
@@ -142,7 +149,7 @@ TEST_F(FaultTest, scanWithoutDescriptorsFailsWithTheSystemsTextAndLeaksNone)
         }
         if (store->lastError()) {
             ++failures;
-            EXPECT_TRUE(store->lastError()->endsWith(QStringLiteral("Too many open files")))
+            EXPECT_TRUE(isAboutDescriptors(*store->lastError()))
                 << store->lastError()->toStdString();
         }
         EXPECT_EQ(rowsOf(*server).size(), 1) << left;

@@ -69,9 +69,14 @@ TEST_P(SuppliedTools, anExecutableWithBlanksInItsName)
 
 TEST_P(SuppliedTools, aRemovedExecutable)
 {
-    EXPECT_EQ(commandOf({"remove", {"x"}, program("node")}), "node");
+    const auto ownProgram = [this](const std::string &name) {
+        const std::string path = program(name);
+        EXPECT_TRUE(!isRoot() || chown(path.c_str(), viewer(), viewer()) == 0);
+        return path;
+    };
+    EXPECT_EQ(commandOf({"remove", {"x"}, ownProgram("node")}), "node");
     EXPECT_EQ(commandOf({"", {"x"}, program("node (deleted)")}), "node\\x20(deleted)");
-    EXPECT_EQ(commandOf({"remove", {"x"}, program("nodejs (deleted)")}), "nodejs\\x20(deleted)");
+    EXPECT_EQ(commandOf({"remove", {"x"}, ownProgram("nodejs (deleted)")}), "nodejs\\x20(deleted)");
 }
 
 TEST_P(SuppliedTools, anExecutableInMemory)

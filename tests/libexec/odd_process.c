@@ -79,6 +79,23 @@ static void *waitForEver(void *nothing)
     return nothing;
 }
 
+/* Prints the empty line once the main thread has ended. */
+static void *outliveMainThread(void *nothing)
+{
+    char path[64], text[512] = "";
+    snprintf(path, sizeof path, "/proc/self/task/%d/stat", (int)getpid());
+    while (strstr(text, ") Z ") == NULL) {
+        const int file = open(path, O_RDONLY);
+        const ssize_t size = read(file, text, sizeof text - 1);
+        close(file);
+        text[size > 0 ? size : 0] = 0;
+        usleep(1000);
+    }
+    printf("\n");
+    fflush(stdout);
+    return waitForEver(nothing);
+}
+
 static void churn(void)
 {
     for (;;) {
@@ -202,9 +219,8 @@ int main(int argc, char *argv[])
                 exit(4);
         } else if (!strcmp(verb, "exit-main")) {
             pthread_t thread;
-            pthread_create(&thread, NULL, waitForEver, NULL);
-            printf("\n");
             fflush(stdout);
+            pthread_create(&thread, NULL, outliveMainThread, NULL);
             pthread_exit(NULL);
         } else if (!strcmp(verb, "usage")) {
             usage(value);
