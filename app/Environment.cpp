@@ -1,6 +1,7 @@
 #include "app/Environment.h"
 
 #include <QByteArray>
+#include <QLoggingCategory>
 
 namespace tidewick
 {
@@ -27,12 +28,24 @@ void preferSoftwareRendering()
         qputenv("QT_XCB_GL_INTEGRATION", "none");
 }
 
+/// Newer toolkits warn if the desktop has no portal, if there is no session bus, and if a screen
+/// reader calls what they do not know. None of it concerns the user: the program says what is
+/// missing. QT_LOGGING_RULES brings the warnings back.
+void silenceTheToolkit()
+{
+    QLoggingCategory::setFilterRules(QStringLiteral("qt.qpa.services.warning=false\n"
+                                                    "qt.qpa.theme.dbus.warning=false\n"
+                                                    "qt.qpa.theme.gnome.warning=false\n"
+                                                    "qt.accessibility.atspi.warning=false"));
+}
+
 } // namespace
 
 void prepareEnvironment()
 {
     preferX11();
     preferSoftwareRendering();
+    silenceTheToolkit();
 }
 
 } // namespace tidewick

@@ -1,3 +1,4 @@
+#include "app/Environment.h"
 #include "update/UpdateNotices.h"
 #include "update/UpdateWindow.h"
 
@@ -58,6 +59,7 @@ int runEditor()
 // answer. With an argument it is a window for typing, as another program would have it.
 int main(int argc, char *argv[])
 {
+    prepareEnvironment();
     const QApplication application(argc, argv);
     if (argc > 1)
         return runEditor();

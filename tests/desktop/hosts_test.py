@@ -62,7 +62,7 @@ class HostTest(unittest.TestCase):
         xdotool("mousemove", 200 * SCALE, 400 * SCALE)
 
     def place_of_icon(self):
-        ink = desktop.wait_until_still(ink_in_bar, 10, "the icon in the picture")
+        ink = desktop.wait_until_still(ink_in_bar, 20, "the icon in the picture")
         return ink[len(ink) // 2]
 
     def wait_for_panel(self):

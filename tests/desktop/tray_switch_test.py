@@ -23,14 +23,14 @@ class TraySwitchTest(unittest.TestCase):
     def test_one_icon_is_in_the_better_tray(self):
         program = desktop.start_program()
         self.addCleanup(desktop.end, program)
-        desktop.wait_until(lambda: bars_with_icon() == {"bottom"}, 10, "the icon in the old tray")
+        desktop.wait_until(lambda: bars_with_icon() == {"bottom"}, 20, "the icon in the old tray")
         for _ in range(2):
             panel = subprocess.Popen(["bash", "-c", START_PANEL], stderr=subprocess.DEVNULL)
             self.addCleanup(desktop.end, panel)
-            desktop.wait_until(lambda: bars_with_icon() == {"top"}, 10, "it in the new one only")
+            desktop.wait_until(lambda: bars_with_icon() == {"top"}, 20, "it in the new one only")
             desktop.screenshot("tray-switched")
             panel.send_signal(signal.SIGKILL)
-            desktop.wait_until(lambda: bars_with_icon() == {"bottom"}, 10, "it in the old again")
+            desktop.wait_until(lambda: bars_with_icon() == {"bottom"}, 20, "it in the old again")
         self.assertIsNone(program.poll())
 
 
