@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <array>
 #include <charconv>
+#include <cmath>
 
 namespace tidewick::tools
 {
@@ -27,7 +28,8 @@ double lifeTime(const ProcessStat &stat, std::string_view uptime, double ticksPe
     const uint64_t whole = parseNumber(uptime.substr(0, point)).value_or(0);
     const std::string_view rest = uptime.substr(std::min(point + 1, uptime.size()), 2);
     const double seconds = double(whole * 100 + parseNumber(rest).value_or(0)) / 100;
-    return std::max(0.0, seconds - double(stat.startTime) / ticksPerSecond);
+    const auto now = static_cast<uint64_t>(std::min(seconds * ticksPerSecond, 1e18));
+    return now > stat.startTime ? double(now - stat.startTime) / ticksPerSecond : 0;
 }
 
 void addResident(TextBuffer &line, std::string_view status)
@@ -40,7 +42,9 @@ void addResident(TextBuffer &line, std::string_view status)
 void addPercentage(TextBuffer &line, const ProcessStat &stat, double seconds, double ticksPerSecond)
 {
     const double ticks = double(stat.userTime) + double(stat.systemTime);
-    const double tenths = seconds > 0 ? ticks * 1000 / ticksPerSecond / seconds : 0;
+    // ps turns the seconds into whole ticks again: 1.14 s, times 100 113.99..., are 113 ticks.
+    const double life = std::trunc(seconds * ticksPerSecond);
+    const double tenths = life > 0 ? ticks * 1000 / life : 0;
     const auto whole = static_cast<uint64_t>(std::min(tenths, 1e9));
     if (whole > 999) {
         addNumber(line, whole / 10, 4);

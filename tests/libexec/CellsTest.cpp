@@ -140,6 +140,8 @@ TEST(Cells, numbers)
     EXPECT_EQ(percent(0, 0), " 0.0");
     EXPECT_EQ(percent(1259, 100), "12.5");
     EXPECT_EQ(percent(9999, 100), "99.9");
+    EXPECT_EQ(percent(23, 1.14), "20.3");
+    EXPECT_EQ(percent(23, 1.25), "18.4");
     EXPECT_EQ(percent(10000, 100), " 100");
     EXPECT_EQ(percent(123456, 100), "1234");
     EXPECT_EQ(resident("VmHWM:\t 9 kB\nVmRSS:\t     988 kB\n"), "  988");
