@@ -125,7 +125,7 @@ TEST_P(SuppliedPs, theCellsOfPs)
         compare(name, "C");
     const std::vector<OddProcess::Settings> oddities{
         {"", {"x", "", "a b", "\x01\n\x7f"}},
-        {"", {"caf\xc3\xa9", "\xc2\x85", "\xe4\xb8\xad"}},
+        {"", {"caf\xc3\xa9", "\xe4\xb8\xad"}},
         {"argv ", {"x", "yyyy"}},
         {"argv next-server (v16.4.6)", {"/usr/bin/node", "a-rather-long-script.js"}},
         {"comm \xff\n) ( \xc3\xa9", {""}},
@@ -139,13 +139,14 @@ TEST_P(SuppliedPs, theCellsOfPs)
     }
 }
 
-TEST_P(SuppliedPs, argumentsThatAreNoUtf8)
+TEST_P(SuppliedPs, argumentsThatAreNoText)
 {
-    // What Debian 12's ps prints. Debian 13's prints more of it.
+    // What Debian 12's ps prints. Debian 13's prints other question marks.
     const std::vector<std::pair<std::vector<std::string>, std::string>> rows{
         {{"caf\xc3\xa9", "\xff\xc3\xa9", "\xe4\xb8\xad"}, "caf\xc3\xa9 ??? ???\n"},
         {{"\xe1\xc3\x80~\xc3\xa9", "\xf1\x01\xc3\xa9\xc2\x85\xe4"},
-         "?\xc3\x80~\xc3\xa9 ??\xc3\xa9??\n"}};
+         "?\xc3\x80~\xc3\xa9 ??\xc3\xa9??\n"},
+        {{"a\xc2\x85z"}, "a?z\n"}};
     for (const auto &[arguments, printed] : rows) {
         const OddProcess process({"", arguments, "", asViewer()});
         const std::vector<std::string> query{"-p", std::to_string(process.pid()), "-o", "command="};
@@ -170,7 +171,7 @@ TEST_P(SuppliedPs, theCellsOfPsForABusyProcess)
         usleep(10'000);
     // From here on its share of the processor falls, and nothing else moves.
     ASSERT_EQ(kill(process.pid(), SIGSTOP), 0);
-    for (int attempt = 0; attempt < 20; ++attempt) {
+    for (int attempt = 0; attempt < 5; ++attempt) {
         const auto before = cells("/bin/ps");
         const auto supplied = cells(ps());
         const auto after = cells("/bin/ps");

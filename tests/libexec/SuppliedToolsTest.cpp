@@ -262,9 +262,12 @@ TEST_P(SuppliedTools, processesThatEndMidScan)
     // On a loaded machine most of them end before a scan can tell whose they are.
     QElapsedTimer timer;
     timer.start();
-    for (int scan = 0; scan < 200 || (std::none_of(seen.begin(), seen.end(), isKnown) &&
-                                      timer.elapsed() < 30'000);
-         ++scan) {
+    const auto isEnough = [&](int scans) {
+        if (std::none_of(seen.begin(), seen.end(), isKnown))
+            return timer.elapsed() > 60'000;
+        return scans >= 200 || timer.elapsed() > 20'000;
+    };
+    for (int scans = 0; !isEnough(scans); ++scans) {
         for (const Row &row : rows(asViewer()))
             seen.push_back(row);
         take();
