@@ -11,7 +11,6 @@
 #include <unistd.h>
 
 // The names are the linker's and libstdc++'s.
-// NOLINTBEGIN(bugprone-reserved-identifier)
 extern "C" const ElfW(Ehdr) __ehdr_start;
 
 namespace
@@ -29,7 +28,6 @@ __attribute__((constructor)) void protectRelocatedData()
         const uintptr_t start = (base + headers[i].p_vaddr) / pageSize * pageSize;
         const uintptr_t end =
             (base + headers[i].p_vaddr + headers[i].p_memsz) / pageSize * pageSize;
-        // NOLINTNEXTLINE(performance-no-int-to-ptr): the linker tells an address as a number
         if (mprotect(reinterpret_cast<void *>(start), end - start, PROT_READ) != 0)
             abort();
     }
@@ -55,4 +53,3 @@ void __glibcxx_assert_fail(const char * /*file*/, int /*line*/, const char * /*f
 #endif
 
 } // namespace std
-// NOLINTEND(bugprone-reserved-identifier)

@@ -70,7 +70,7 @@ TEST_P(SuppliedTools, anExecutableWithBlanksInItsName)
 TEST_P(SuppliedTools, aRemovedExecutable)
 {
     const auto ownProgram = [this](const std::string &name) {
-        const std::string path = program(name);
+        std::string path = program(name);
         EXPECT_TRUE(!isRoot() || chown(path.c_str(), viewer(), viewer()) == 0);
         return path;
     };
