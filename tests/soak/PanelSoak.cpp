@@ -139,8 +139,11 @@ int main(int argc, char *argv[])
     const_cast<QTimer *>(state.refreshTimer())->stop();
     Panel panel(state);
     QQuickView view;
+    view.engine()->addImportPath(QStringLiteral("qrc:/qt/qml"));
     view.setInitialProperties({{QStringLiteral("panel"), QVariant::fromValue(&panel)}});
     view.setSource(QUrl(QStringLiteral("qrc:/qt/qml/Tidewick/panel/ContentView.qml")));
+    if (view.rootObject() == nullptr)
+        qFatal("panel_soak_program: the panel has an error");
     view.resize(480, 540);
     view.show();
 
