@@ -25,7 +25,8 @@ function(tidewick_use_musl target)
     # libstdc++'s headers ask glibc's for its version.
     target_compile_options(${target} PRIVATE
         -fno-exceptions -fno-rtti -nostdinc ${headers} "-D__GLIBC_PREREQ(a,b)=0")
-    target_link_options(${target} PRIVATE -static-pie -nostdlib ${musl_lib}/rcrt1.o ${musl_lib}/crti.o)
-    target_link_libraries(${target} PRIVATE ${musl_lib}/libc.a gcc ${musl_lib}/crtn.o)
+    # Nothing here uses the sections that crti.o and crtn.o frame.
+    target_link_options(${target} PRIVATE -static-pie -nostdlib ${musl_lib}/rcrt1.o)
+    target_link_libraries(${target} PRIVATE ${musl_lib}/libc.a gcc)
     set_target_properties(${target} PROPERTIES POSITION_INDEPENDENT_CODE ON)
 endfunction()
