@@ -53,6 +53,9 @@ minimal_tree() (
     apt-config dump Acquire::http Acquire::https >"$tree/etc/apt/apt.conf.d/99machine"
     # No package starts a service in the tree.
     install -m 0755 /dev/stdin "$tree/usr/sbin/policy-rc.d" <<<$'#!/bin/sh\nexit 101'
+    # The lists of sid are valid for a week; a mirror can be older.
+    [[ $suite != sid ]] ||
+        echo 'Acquire::Check-Valid-Until "false";' >>"$tree/etc/apt/apt.conf.d/99machine"
     printf '%s\n' '127.0.0.1 localhost' '::1 localhost' >"$tree/etc/hosts"
     rm -f "$tree"/var/cache/apt/archives/*.deb
     mv "$tree" "$directory/tree"
@@ -76,7 +79,12 @@ copy_of() {
     mkdir "$place"/{upper,work,root}
     mount -t overlay -o "lowerdir=$1,upperdir=$place/upper,workdir=$place/work" overlay \
         "$place/root" || skip "this machine allows no overlay of a file system"
-    root=$place/root
+    furnish "$place/root"
+}
+
+# furnish TREE - sets $root to the directory TREE and mounts there what programs expect.
+furnish() {
+    root=$1
     mount -t proc proc "$root/proc"
     mount --rbind /dev "$root/dev"
     mount -t tmpfs tmpfs "$root/run"

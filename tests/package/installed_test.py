@@ -93,7 +93,9 @@ class InstalledTest(panel_case.PanelCase):
         servers = [self.serve("shop"), self.serve("blog")]
         panel = self.launch(2)
         for server, project in zip(servers, ("shop", "blog")):
-            self.assertIn(project, self.card(panel, server, 10).texts())
+            card = self.card(panel, server, 10)
+            self.assertIn(project, card.texts())
+            self.assert_whole(panel, card)
         desktop.screenshot("package-cards")
         self.switch_launch_at_login()
 
