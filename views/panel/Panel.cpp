@@ -1,8 +1,7 @@
 #include "views/panel/Panel.h"
 
-#include <QCoroTimer>
-
 #include <QPointer>
+#include <QTimer>
 
 #include <chrono>
 
@@ -45,10 +44,7 @@ QCoro::Task<> Panel::killAndShow(QString pid)
         co_return;
     if (!isKilled)
         setKillingPid({});
-    auto pause = QCoro::sleepFor(std::chrono::milliseconds(200));
-    co_await pause;
-    if (self)
-        setKillingPid({});
+    QTimer::singleShot(std::chrono::milliseconds(200), this, [this] { setKillingPid({}); });
 }
 
 void Panel::setKillingPid(const QString &pid)
