@@ -174,7 +174,7 @@ TestCase {
 
     // The texts and the names of the symbols that `item` shows, in the order of their declaration.
     function shown(item) {
-        if (!item.visible || item.opacity === 0)
+        if (!item.visible || item.opacity === 0 || item.width === 0)
             return [];
         const own = item instanceof Text ? [item.text] : item instanceof Symbol ? [item.name] : [];
         return own.concat(...Array.from(item.children, shown));
