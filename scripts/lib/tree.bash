@@ -92,6 +92,12 @@ furnish() {
     chmod 1777 "$root/tmp"
 }
 
+# share_network - gives $root what it takes to reach the package sources from this machine.
+share_network() {
+    cp /etc/resolv.conf "$root/etc/resolv.conf"
+    cp -r /usr/local/share/ca-certificates "$root/usr/local/share/"
+}
+
 # The environment in a tree. The variable "container" keeps packages from changing the settings of the
 # running kernel.
 bare=(/usr/bin/env -i container=tree PATH=/usr/sbin:/usr/bin:/sbin:/bin LC_ALL=C.UTF-8
