@@ -105,9 +105,9 @@ TEST_F(UpdateCheckTest, goesTheWholeRoadWhenTheUserAsked)
     EXPECT_EQ(service.calls(), Calls({QStringLiteral("SearchFiles"), QStringLiteral("RefreshCache"),
                                       QStringLiteral("GetUpdates"), QStringLiteral("Resolve")}));
     EXPECT_EQ(service.transaction(QStringLiteral("RefreshCache"))->arguments,
-              QVariantList({false}));
+              QVariantList{QVariant(false)});
     EXPECT_EQ(service.transaction(QStringLiteral("GetUpdates"))->arguments,
-              QVariantList({qulonglong(2)}));
+              QVariantList{QVariant(qulonglong(2))});
     EXPECT_EQ(service.transaction(QStringLiteral("Resolve"))->arguments,
               QVariantList({qulonglong(0x50000), QStringList(QStringLiteral("tidewick"))}));
 }
