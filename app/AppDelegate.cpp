@@ -72,7 +72,7 @@ void AppDelegate::hostPanel()
     connect(m_panel.get(), &Panel::openRequested, this,
             [this](const QUrl &url) { m_workspace->openUrl(url); });
     connect(m_panel.get(), &Panel::revealRequested, this,
-            [this](const QString &path) { m_workspace->revealFolder(path); });
+            [this](const QString &path) { m_workspace->revealDirectory(path); });
     m_appearance = m_desktop.makeAppearance();
     m_appearance->observe([this](const Surroundings &surroundings) {
         m_panel->setBackdrop(surroundings.isBlurred      ? Panel::Blurred

@@ -1,5 +1,5 @@
 // The supplied lsof: what lsof(8) prints for the two argument lists that the application uses,
-// without lsof's cuts of a name. Any other argument is refused.
+// with names that are not truncated. Any other argument is refused.
 #include "libexec/holders/Attribution.h"
 #include "libexec/holders/Holders.h"
 #include "libexec/holders/RowOrder.h"
@@ -16,7 +16,7 @@
 
 #include <unistd.h>
 
-using namespace tidewick::tools;
+using namespace tidewick::libexec;
 
 namespace
 {
@@ -26,10 +26,10 @@ using Arguments = std::vector<std::string_view>;
 int listSockets()
 {
     const auto sockets = listeningSockets();
-    Scan scan = findHolders(sockets);
-    attributeHidden(scan, sockets);
-    sortByAncestry(scan, sockets);
-    const std::string table = socketTable(scan, sockets);
+    SocketHolders found = findHolders(sockets);
+    attributeHidden(found, sockets);
+    sortByAncestry(found, sockets);
+    const std::string table = socketTable(found, sockets);
     return !table.empty() && writeAll(STDOUT_FILENO, table) ? EXIT_SUCCESS : EXIT_FAILURE;
 }
 

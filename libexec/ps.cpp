@@ -11,7 +11,7 @@
 
 #include <unistd.h>
 
-using namespace tidewick::tools;
+using namespace tidewick::libexec;
 
 namespace
 {

@@ -32,13 +32,13 @@ PortInfo::PortInfo(qint64 port, QString pid, QString command, QString user, QStr
 
 QString PortInfo::projectName() const
 {
-    static const QStringList buildFolders{QStringLiteral("src"), QStringLiteral("dist"),
-                                          QStringLiteral("build"), QStringLiteral("server")};
+    static const QStringList buildDirectories{QStringLiteral("src"), QStringLiteral("dist"),
+                                              QStringLiteral("build"), QStringLiteral("server")};
     if (!workingDirectory.isEmpty()) {
-        QStringList folders = pathComponents(workingDirectory);
-        if (buildFolders.contains(lastComponent(folders)))
-            folders.removeLast();
-        return lastComponent(folders);
+        QStringList directories = pathComponents(workingDirectory);
+        if (buildDirectories.contains(lastComponent(directories)))
+            directories.removeLast();
+        return lastComponent(directories);
     }
     const auto script = metadata.constFind(QStringLiteral("script"));
     if (script != metadata.constEnd())

@@ -14,8 +14,8 @@ public:
 
     /// In the default browser.
     virtual void openUrl(const QUrl &url) = 0;
-    /// In the file manager. A folder that is gone does nothing.
-    virtual void revealFolder(const QString &path) = 0;
+    /// In the file manager. A directory that is gone does nothing.
+    virtual void revealDirectory(const QString &path) = 0;
 };
 
 } // namespace tidewick

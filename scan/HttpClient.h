@@ -40,7 +40,7 @@ private:
 
 struct HttpResponse
 {
-    /// The most that is kept of a body, in bytes. A body that long may have been cut.
+    /// The most that is kept of a body, in bytes. A body that long may be truncated.
     static constexpr qsizetype bodyLimit = 10'000;
 
     int status = 0;

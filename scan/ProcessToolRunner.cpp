@@ -80,8 +80,8 @@ ToolResult ProcessToolRunner::run(const QString &program, const QStringList &arg
     const std::stop_callback killWhenStopped(stop, [&handle] { handle.kill(); });
     const QByteArray output = readToTheEnd(child, handle);
     const bool exited = child.exitStatus() == QProcess::NormalExit;
-    const bool isCut = output.size() > outputLimit;
-    return {output.left(outputLimit), exited ? child.exitCode() : -1, isCut};
+    const bool isTruncated = output.size() > outputLimit;
+    return {output.left(outputLimit), exited ? child.exitCode() : -1, isTruncated};
 }
 
 } // namespace tidewick

@@ -89,7 +89,7 @@ QList<PortInfo> fetchRunningPorts(const SystemInterfaces &system, const std::sto
     const QStringList arguments{QStringLiteral("-i"), QStringLiteral("TCP"), QStringLiteral("-P"),
                                 QStringLiteral("-n"), QStringLiteral("-sTCP:LISTEN")};
     const ToolResult lsof = system.tools->run(presentTool(system.toolTable.lsof), arguments, stop);
-    if (lsof.isCut)
+    if (lsof.isTruncated)
         throw std::length_error("lsof: the list of listeners is too long");
     QList<PortInfo> kept;
     for (const PortInfo &record :

@@ -28,13 +28,13 @@ private:
 /// Prints one line to standard output: `prefix`, then the error's description.
 void printError(const char *prefix, const ToolStartError &error);
 
-/// What a tool left behind when it ended. `exitStatus` is -1 where a signal ended it; `isCut` tells
-/// that it printed more than is kept.
+/// What a tool left behind when it ended. `exitStatus` is -1 where a signal ended it. `isTruncated`
+/// tells that the tool printed more than is kept.
 struct ToolResult
 {
     QByteArray standardOutput;
     int exitStatus = 0;
-    bool isCut = false;
+    bool isTruncated = false;
 };
 
 /// The edge to the operating system's command-line tools.

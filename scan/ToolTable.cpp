@@ -12,11 +12,11 @@ ToolTable ToolTable::stock()
             {QStringLiteral("/bin/kill")}};
 }
 
-ToolTable ToolTable::suppliedOverStock(const QString &folder)
+ToolTable ToolTable::suppliedOverStock(const QString &directory)
 {
     ToolTable table = stock();
-    table.lsof.prepend(folder + QStringLiteral("/lsof"));
-    table.ps.prepend(folder + QStringLiteral("/ps"));
+    table.lsof.prepend(directory + QStringLiteral("/lsof"));
+    table.ps.prepend(directory + QStringLiteral("/ps"));
     return table;
 }
 

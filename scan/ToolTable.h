@@ -16,8 +16,8 @@ struct ToolTable
 
     /// The system's own tools.
     static ToolTable stock();
-    /// The supplied lsof and ps in `folder`, where they are present, over the stock ones.
-    static ToolTable suppliedOverStock(const QString &folder);
+    /// The supplied lsof and ps in `directory`, where they are present, over the stock ones.
+    static ToolTable suppliedOverStock(const QString &directory);
 };
 
 /// The first of `candidates`, which are not empty, that is an executable file, else the last one:

@@ -7,7 +7,7 @@
 #include <charconv>
 #include <cmath>
 
-namespace tidewick::tools
+namespace tidewick::libexec
 {
 namespace
 {
@@ -82,4 +82,4 @@ void addNumber(TextBuffer &line, uint64_t value, size_t width, char fill)
     addPadded(line, {digits.data(), size_t(end - digits.data())}, width, fill);
 }
 
-} // namespace tidewick::tools
+} // namespace tidewick::libexec

@@ -6,7 +6,7 @@
 #include <cstdint>
 #include <string_view>
 
-namespace tidewick::tools
+namespace tidewick::libexec
 {
 
 /// Seconds since the process was started, with the text of /proc/uptime.
@@ -26,4 +26,4 @@ void addElapsed(TextBuffer &line, uint64_t seconds);
 /// Adds a number in at least `width` columns.
 void addNumber(TextBuffer &line, uint64_t value, size_t width = 1, char fill = ' ');
 
-} // namespace tidewick::tools
+} // namespace tidewick::libexec

@@ -3,7 +3,7 @@
 #include <cstdint>
 #include <cstdlib>
 
-namespace tidewick::tools
+namespace tidewick::libexec
 {
 namespace
 {
@@ -144,4 +144,4 @@ void addPrinted(TextBuffer &line, std::string_view text, bool isUtf8)
     }
 }
 
-} // namespace tidewick::tools
+} // namespace tidewick::libexec

@@ -4,7 +4,7 @@
 
 #include <string_view>
 
-namespace tidewick::tools
+namespace tidewick::libexec
 {
 
 /// Whether texts are UTF-8 in a locale of that name (setlocale(3)), by the codeset it names.
@@ -20,4 +20,4 @@ void joinArguments(TextBuffer &commandLine);
 /// also those that Unicode does not know yet, but for control characters and line separators.
 void addPrinted(TextBuffer &line, std::string_view text, bool isUtf8);
 
-} // namespace tidewick::tools
+} // namespace tidewick::libexec

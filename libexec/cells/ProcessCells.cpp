@@ -10,7 +10,7 @@
 #include <fcntl.h>
 #include <unistd.h>
 
-namespace tidewick::tools
+namespace tidewick::libexec
 {
 namespace
 {
@@ -104,4 +104,4 @@ bool addElapsedTime(TextBuffer &line, int pid)
     return true;
 }
 
-} // namespace tidewick::tools
+} // namespace tidewick::libexec

@@ -2,7 +2,7 @@
 
 #include "libexec/proc/TextBuffer.h"
 
-namespace tidewick::tools
+namespace tidewick::libexec
 {
 
 /// What ps reads of a command line.
@@ -16,4 +16,4 @@ bool addMemoryAndCpu(TextBuffer &line, int pid);
 /// Adds what `-o etime=` prints: the time since its start.
 bool addElapsedTime(TextBuffer &line, int pid);
 
-} // namespace tidewick::tools
+} // namespace tidewick::libexec

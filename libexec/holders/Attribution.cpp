@@ -19,7 +19,7 @@
 #include <fcntl.h>
 #include <sys/stat.h>
 
-namespace tidewick::tools
+namespace tidewick::libexec
 {
 namespace
 {
@@ -50,8 +50,8 @@ std::string procPath(int pid, const char *file)
 class Attribution
 {
 public:
-    Attribution(Scan &scan, const std::vector<ListeningSocket> &sockets)
-        : m_scan(scan), m_sockets(sockets)
+    Attribution(SocketHolders &found, const std::vector<ListeningSocket> &sockets)
+        : m_found(found), m_sockets(sockets)
     {
         struct stat status;
         if (stat("/proc/self/net/tcp", &status) == 0)
@@ -61,7 +61,7 @@ public:
     void run()
     {
         std::vector<bool> isExplained(m_sockets.size());
-        for (const Holder &holder : m_scan.holders)
+        for (const Holder &holder : m_found.holders)
             isExplained[holder.socket] = true;
         for (size_t i = 0; i < m_sockets.size(); ++i) {
             // A socket without an inode has no descriptor: it is not accepted yet, or orphaned.
@@ -70,7 +70,7 @@ public:
             if (!isExplained[i])
                 m_users[m_sockets[i].user].ports.insert(m_sockets[i].port);
         }
-        for (const DeniedProcess &process : m_scan.denied) {
+        for (const DeniedProcess &process : m_found.denied) {
             m_denied.insert(process.pid);
             m_users[process.user].denied.push_back(process.pid);
         }
@@ -210,7 +210,8 @@ private:
                    : root;
     }
 
-    /// Arguments that are not read to their end tell nothing: what is cut may be a number.
+    /// Arguments that are not read to their end tell nothing: a truncated argument may look like a
+    /// number.
     void readArguments(User &user)
     {
         user.namers.emplace();
@@ -290,13 +291,13 @@ private:
             struct stat status;
             if (!directory.isOpen() || fstat(directory.value(), &status) != 0)
                 return;
-            m_added[pid] = m_scan.processes.size();
-            m_scan.processes.push_back({pid, status.st_uid, commandOf(directory.value(), "")});
+            m_added[pid] = m_found.processes.size();
+            m_found.processes.push_back({pid, status.st_uid, commandOf(directory.value(), "")});
         }
-        m_scan.holders.push_back({m_added[pid], socket, -1});
+        m_found.holders.push_back({m_added[pid], socket, -1});
     }
 
-    Scan &m_scan;
+    SocketHolders &m_found;
     const std::vector<ListeningSocket> &m_sockets;
     ino_t m_ownNetwork = 0;
     Cgroups m_cgroups;
@@ -312,10 +313,10 @@ private:
 
 } // namespace
 
-void attributeHidden(Scan &scan, const std::vector<ListeningSocket> &sockets)
+void attributeHidden(SocketHolders &found, const std::vector<ListeningSocket> &sockets)
 {
-    if (!scan.denied.empty())
-        Attribution(scan, sockets).run();
+    if (!found.denied.empty())
+        Attribution(found, sockets).run();
 }
 
-} // namespace tidewick::tools
+} // namespace tidewick::libexec

@@ -8,7 +8,7 @@
 #include <linux/magic.h>
 #include <sys/vfs.h>
 
-namespace tidewick::tools
+namespace tidewick::libexec
 {
 
 Cgroups::Cgroups()
@@ -61,4 +61,4 @@ void Cgroups::collect(const std::string &directory, int level)
     closedir(entries);
 }
 
-} // namespace tidewick::tools
+} // namespace tidewick::libexec

@@ -5,7 +5,7 @@
 #include <set>
 #include <string>
 
-namespace tidewick::tools
+namespace tidewick::libexec
 {
 
 /// The directories of the version 2 hierarchy by their ids, which are their inodes (cgroups(7)).
@@ -26,4 +26,4 @@ private:
     std::map<uint64_t, std::set<int>> m_processes;
 };
 
-} // namespace tidewick::tools
+} // namespace tidewick::libexec

@@ -7,7 +7,7 @@
 
 #include <arpa/inet.h>
 
-namespace tidewick::tools
+namespace tidewick::libexec
 {
 
 std::optional<ListeningSocket> forwardedSocket(const std::vector<std::string_view> &arguments)
@@ -34,4 +34,4 @@ ProxyMatch matchForwarder(const ListeningSocket &asked, const ListeningSocket &s
     return isUnspecified(asked) && isUnspecified(socket) ? ProxyMatch::wildcard : ProxyMatch::none;
 }
 
-} // namespace tidewick::tools
+} // namespace tidewick::libexec

@@ -6,7 +6,7 @@
 #include <string_view>
 #include <vector>
 
-namespace tidewick::tools
+namespace tidewick::libexec
 {
 
 /// The TCP address and port that a docker-proxy was told to listen on.
@@ -15,4 +15,4 @@ std::optional<ListeningSocket> forwardedSocket(const std::vector<std::string_vie
 enum class ProxyMatch { none, wildcard, exact };
 ProxyMatch matchForwarder(const ListeningSocket &asked, const ListeningSocket &socket);
 
-} // namespace tidewick::tools
+} // namespace tidewick::libexec

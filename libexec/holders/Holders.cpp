@@ -15,7 +15,7 @@
 #include <sys/syscall.h>
 #include <unistd.h>
 
-namespace tidewick::tools
+namespace tidewick::libexec
 {
 namespace
 {
@@ -77,7 +77,7 @@ public:
     {
     }
 
-    Scan run()
+    SocketHolders run()
     {
         const Descriptor proc(openDirectory(AT_FDCWD, "/proc"));
         if (proc.isOpen())
@@ -85,7 +85,7 @@ public:
                 visit(proc.value(), pid);
                 return true;
             });
-        return std::move(m_scan);
+        return std::move(m_found);
     }
 
 private:
@@ -109,7 +109,7 @@ private:
             hasThreads(proc, path + "/task") && readThread(proc, path + "/task", pid))
             return;
         if (result == Visit::directoryShut || result == Visit::linkShut)
-            m_scan.denied.push_back({number(pid), status.st_uid});
+            m_found.denied.push_back({number(pid), status.st_uid});
     }
 
     static int number(const char *digits) { return int(parseNumber(digits).value_or(0)); }
@@ -167,7 +167,7 @@ private:
         if (m_lastHolder[socket] == m_process)
             return;
         m_lastHolder[socket] = m_process;
-        m_scan.holders.push_back({m_process, socket, descriptor});
+        m_found.holders.push_back({m_process, socket, descriptor});
     }
 
     /// Reads what is shown of the process, once, through the directory that its socket was found
@@ -179,24 +179,24 @@ private:
         struct stat status;
         if (fstatat(descriptors, "..", &status, 0) != 0)
             return false;
-        m_process = m_scan.processes.size();
-        m_scan.processes.push_back({number(pid), status.st_uid, commandOf(descriptors, "../")});
+        m_process = m_found.processes.size();
+        m_found.processes.push_back({number(pid), status.st_uid, commandOf(descriptors, "../")});
         return true;
     }
 
     static constexpr size_t npos = SIZE_MAX;
     SocketIndex m_index;
     uint32_t m_ownUser = geteuid();
-    Scan m_scan;
+    SocketHolders m_found;
     size_t m_process = npos;          ///< the one that is visited, once it is known
     std::vector<size_t> m_lastHolder; ///< of each socket
 };
 
 } // namespace
 
-Scan findHolders(const std::vector<ListeningSocket> &sockets)
+SocketHolders findHolders(const std::vector<ListeningSocket> &sockets)
 {
-    return sockets.empty() ? Scan() : Walk(sockets).run();
+    return sockets.empty() ? SocketHolders() : Walk(sockets).run();
 }
 
-} // namespace tidewick::tools
+} // namespace tidewick::libexec

@@ -1,12 +1,12 @@
 #pragma once
 
-#include "libexec/holders/Scan.h"
+#include "libexec/holders/SocketHolders.h"
 #include "libexec/sockets/ListeningSocket.h"
 
-namespace tidewick::tools
+namespace tidewick::libexec
 {
 
 /// Walks /proc once for the processes that hold one of `sockets`.
-Scan findHolders(const std::vector<ListeningSocket> &sockets);
+SocketHolders findHolders(const std::vector<ListeningSocket> &sockets);
 
-} // namespace tidewick::tools
+} // namespace tidewick::libexec

@@ -2,7 +2,7 @@
 
 #include "libexec/proc/Words.h"
 
-namespace tidewick::tools
+namespace tidewick::libexec
 {
 
 PortSet portsIn(std::string_view text)
@@ -35,4 +35,4 @@ PortSet portsIn(std::string_view text)
     return ports;
 }
 
-} // namespace tidewick::tools
+} // namespace tidewick::libexec

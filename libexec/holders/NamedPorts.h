@@ -3,7 +3,7 @@
 #include <bitset>
 #include <string_view>
 
-namespace tidewick::tools
+namespace tidewick::libexec
 {
 
 /// A set of ports.
@@ -12,4 +12,4 @@ using PortSet = std::bitset<1U << 16U>;
 /// or an address, nor in a URL, which tells where others listen.
 PortSet portsIn(std::string_view text);
 
-} // namespace tidewick::tools
+} // namespace tidewick::libexec

@@ -5,7 +5,7 @@
 
 #include <fcntl.h>
 
-namespace tidewick::tools
+namespace tidewick::libexec
 {
 
 const ProcessTree::Node *ProcessTree::node(int pid)
@@ -47,4 +47,4 @@ int ProcessTree::nearestAncestor(int pid, const std::set<int> &among)
     return 0;
 }
 
-} // namespace tidewick::tools
+} // namespace tidewick::libexec

@@ -5,7 +5,7 @@
 #include <set>
 #include <string>
 
-namespace tidewick::tools
+namespace tidewick::libexec
 {
 
 /// The parents and start times of processes, each read at most once.
@@ -29,4 +29,4 @@ private:
     std::map<int, Node> m_nodes;
 };
 
-} // namespace tidewick::tools
+} // namespace tidewick::libexec

@@ -6,10 +6,10 @@
 #include <map>
 #include <tuple>
 
-namespace tidewick::tools
+namespace tidewick::libexec
 {
 
-void sortByAncestry(Scan &scan, const std::vector<ListeningSocket> &sockets)
+void sortByAncestry(SocketHolders &found, const std::vector<ListeningSocket> &sockets)
 {
     struct Age
     {
@@ -17,17 +17,17 @@ void sortByAncestry(Scan &scan, const std::vector<ListeningSocket> &sockets)
         int depth =
             0; ///< a parent and its child may have started in the same hundredth of a second
     };
-    std::vector<Age> ages(scan.processes.size());
+    std::vector<Age> ages(found.processes.size());
     std::map<uint16_t, size_t> firstOfPort;
     ProcessTree tree;
     const auto measure = [&](size_t process) {
-        const int pid = scan.processes[process].pid;
+        const int pid = found.processes[process].pid;
         const ProcessTree::Node *const node = tree.node(pid);
         // One that has ended meanwhile is nobody's server: it comes last.
         ages[process] =
             node == nullptr ? Age{UINT64_MAX, 0} : Age{node->startTime, tree.depth(pid)};
     };
-    for (const Holder &holder : scan.holders) {
+    for (const Holder &holder : found.holders) {
         const auto [first, isNew] =
             firstOfPort.insert({sockets[holder.socket].port, holder.process});
         if (!isNew && first->second != holder.process) {
@@ -38,11 +38,11 @@ void sortByAncestry(Scan &scan, const std::vector<ListeningSocket> &sockets)
     const auto key = [&](const Holder &holder) {
         const Age &age = ages[holder.process];
         const ListeningSocket &socket = sockets[holder.socket];
-        return std::tuple(socket.port, age.startTime, age.depth, scan.processes[holder.process].pid,
-                          holder.descriptor, socket.inode);
+        return std::tuple(socket.port, age.startTime, age.depth,
+                          found.processes[holder.process].pid, holder.descriptor, socket.inode);
     };
-    std::sort(scan.holders.begin(), scan.holders.end(),
+    std::sort(found.holders.begin(), found.holders.end(),
               [&key](const Holder &a, const Holder &b) { return key(a) < key(b); });
 }
 
-} // namespace tidewick::tools
+} // namespace tidewick::libexec

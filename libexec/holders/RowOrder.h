@@ -1,12 +1,12 @@
 #pragma once
 
-#include "libexec/holders/Scan.h"
+#include "libexec/holders/SocketHolders.h"
 #include "libexec/sockets/ListeningSocket.h"
 
-namespace tidewick::tools
+namespace tidewick::libexec
 {
 
 /// Rows of one port stand together, the oldest ancestor first: the first row of a port wins.
-void sortByAncestry(Scan &scan, const std::vector<ListeningSocket> &sockets);
+void sortByAncestry(SocketHolders &found, const std::vector<ListeningSocket> &sockets);
 
-} // namespace tidewick::tools
+} // namespace tidewick::libexec

@@ -11,7 +11,7 @@
 
 #include <fcntl.h>
 
-namespace tidewick::tools
+namespace tidewick::libexec
 {
 namespace
 {
@@ -65,4 +65,4 @@ std::string commandOf(int directory, std::string_view prefix)
     return name;
 }
 
-} // namespace tidewick::tools
+} // namespace tidewick::libexec

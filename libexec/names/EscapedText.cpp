@@ -3,7 +3,7 @@
 #include <cwchar>
 #include <cwctype>
 
-namespace tidewick::tools
+namespace tidewick::libexec
 {
 namespace
 {
@@ -65,4 +65,4 @@ std::string escapePath(std::string_view path)
     return escaped;
 }
 
-} // namespace tidewick::tools
+} // namespace tidewick::libexec

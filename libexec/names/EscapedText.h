@@ -3,7 +3,7 @@
 #include <string>
 #include <string_view>
 
-namespace tidewick::tools
+namespace tidewick::libexec
 {
 
 /// Every byte that could end a word or a line, or that is not ASCII, as \xNN.
@@ -12,4 +12,4 @@ std::string escapeWord(std::string_view text);
 /// A path as lsof prints it: bytes that are not printable in this locale escaped (lsof(8)).
 std::string escapePath(std::string_view path);
 
-} // namespace tidewick::tools
+} // namespace tidewick::libexec

@@ -4,7 +4,7 @@
 #include "libexec/names/LowerCase.h"
 #include "products/DevelopmentProcess.h"
 
-namespace tidewick::tools
+namespace tidewick::libexec
 {
 
 bool isKnownName(std::string_view name)
@@ -12,4 +12,4 @@ bool isKnownName(std::string_view name)
     return isDevelopmentProcessName(lowerCase(escapeWord(name)));
 }
 
-} // namespace tidewick::tools
+} // namespace tidewick::libexec

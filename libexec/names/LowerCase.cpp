@@ -1,6 +1,6 @@
 #include "libexec/names/LowerCase.h"
 
-namespace tidewick::tools
+namespace tidewick::libexec
 {
 
 std::string lowerCase(std::string_view text)
@@ -13,4 +13,4 @@ std::string lowerCase(std::string_view text)
     return lower;
 }
 
-} // namespace tidewick::tools
+} // namespace tidewick::libexec

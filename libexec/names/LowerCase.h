@@ -3,10 +3,10 @@
 #include <string>
 #include <string_view>
 
-namespace tidewick::tools
+namespace tidewick::libexec
 {
 
 /// The text with ASCII capitals made small.
 std::string lowerCase(std::string_view text);
 
-} // namespace tidewick::tools
+} // namespace tidewick::libexec

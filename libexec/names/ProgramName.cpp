@@ -6,7 +6,7 @@
 #include <algorithm>
 #include <array>
 
-namespace tidewick::tools
+namespace tidewick::libexec
 {
 namespace
 {
@@ -105,4 +105,4 @@ std::string hiddenProgramName(const std::vector<std::string_view> &arguments, st
     return foldName(comm);
 }
 
-} // namespace tidewick::tools
+} // namespace tidewick::libexec

@@ -4,7 +4,7 @@
 #include <string_view>
 #include <vector>
 
-namespace tidewick::tools
+namespace tidewick::libexec
 {
 
 /// The part after the last slash.
@@ -24,4 +24,4 @@ std::string programName(std::string_view executable, bool isReallyThere,
 std::string hiddenProgramName(const std::vector<std::string_view> &arguments,
                               std::string_view comm);
 
-} // namespace tidewick::tools
+} // namespace tidewick::libexec

@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-namespace tidewick::tools
+namespace tidewick::libexec
 {
 
 std::vector<std::string_view> splitArguments(std::string_view commandLine)
@@ -34,4 +34,4 @@ std::string_view optionValue(const std::vector<std::string_view> &arguments, std
     return {};
 }
 
-} // namespace tidewick::tools
+} // namespace tidewick::libexec

@@ -6,7 +6,7 @@
 #include <fcntl.h>
 #include <unistd.h>
 
-namespace tidewick::tools
+namespace tidewick::libexec
 {
 
 Descriptor::~Descriptor()
@@ -31,4 +31,4 @@ bool writeAll(int descriptor, std::string_view text)
     return true;
 }
 
-} // namespace tidewick::tools
+} // namespace tidewick::libexec

@@ -2,7 +2,7 @@
 
 #include <string_view>
 
-namespace tidewick::tools
+namespace tidewick::libexec
 {
 
 /// An open file descriptor, closed at the end of its scope.
@@ -27,4 +27,4 @@ int openDirectory(int directory, const char *path);
 /// Writes all of it; false where that fails.
 bool writeAll(int descriptor, std::string_view text);
 
-} // namespace tidewick::tools
+} // namespace tidewick::libexec

@@ -9,7 +9,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-namespace tidewick::tools
+namespace tidewick::libexec
 {
 
 bool readFile(int directory, const char *path, std::string &text, size_t limit)
@@ -57,4 +57,4 @@ bool isSameFile(int directoryA, const char *pathA, int directoryB, const char *p
            a.stx_dev_major == b.stx_dev_major && a.stx_dev_minor == b.stx_dev_minor;
 }
 
-} // namespace tidewick::tools
+} // namespace tidewick::libexec

@@ -3,7 +3,7 @@
 #include <cstddef>
 #include <string>
 
-namespace tidewick::tools
+namespace tidewick::libexec
 {
 
 /// The whole of a file below `directory`, up to `limit` bytes, into `text`, whose memory is used
@@ -20,4 +20,4 @@ bool wasRefused();
 /// nobody asks a file server that may not answer.
 bool isSameFile(int directoryA, const char *pathA, int directoryB, const char *pathB);
 
-} // namespace tidewick::tools
+} // namespace tidewick::libexec

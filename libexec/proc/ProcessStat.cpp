@@ -4,7 +4,7 @@
 
 #include <algorithm>
 
-namespace tidewick::tools
+namespace tidewick::libexec
 {
 
 std::optional<ProcessStat> parseStat(std::string_view text)
@@ -63,4 +63,4 @@ std::optional<std::string_view> statusValue(std::string_view status, std::string
     return std::nullopt;
 }
 
-} // namespace tidewick::tools
+} // namespace tidewick::libexec

@@ -4,7 +4,7 @@
 #include <optional>
 #include <string_view>
 
-namespace tidewick::tools
+namespace tidewick::libexec
 {
 
 /// What /proc/PID/stat tells (proc(5)); times in clock ticks. The name is a part of the text read.
@@ -23,4 +23,4 @@ std::optional<ProcessStat> parseStat(std::string_view text);
 /// The value of `key` in /proc/PID/status, without blanks around it.
 std::optional<std::string_view> statusValue(std::string_view status, std::string_view key);
 
-} // namespace tidewick::tools
+} // namespace tidewick::libexec

@@ -7,7 +7,7 @@
 #include <fcntl.h>
 #include <unistd.h>
 
-namespace tidewick::tools
+namespace tidewick::libexec
 {
 
 void TextBuffer::add(char byte)
@@ -47,4 +47,4 @@ void TextBuffer::removeFromEnd(char byte)
         --m_size;
 }
 
-} // namespace tidewick::tools
+} // namespace tidewick::libexec

@@ -3,7 +3,7 @@
 #include <span>
 #include <string_view>
 
-namespace tidewick::tools
+namespace tidewick::libexec
 {
 
 /// Text in memory that the caller owns. ps takes none at run time: it knows how long its texts may
@@ -28,4 +28,4 @@ private:
     size_t m_size = 0;
 };
 
-} // namespace tidewick::tools
+} // namespace tidewick::libexec

@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-namespace tidewick::tools
+namespace tidewick::libexec
 {
 
 bool isDigit(char c)
@@ -45,4 +45,4 @@ std::string_view firstWord(std::string_view text)
     return text.substr(0, text.find(' '));
 }
 
-} // namespace tidewick::tools
+} // namespace tidewick::libexec

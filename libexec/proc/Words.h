@@ -4,7 +4,7 @@
 #include <optional>
 #include <string_view>
 
-namespace tidewick::tools
+namespace tidewick::libexec
 {
 
 /// The pieces that the texts of /proc are made of.
@@ -22,4 +22,4 @@ std::string_view takeLine(std::string_view &text);
 /// The part up to the first space.
 std::string_view firstWord(std::string_view text);
 
-} // namespace tidewick::tools
+} // namespace tidewick::libexec

@@ -7,7 +7,7 @@
 
 #include <pwd.h>
 
-namespace tidewick::tools
+namespace tidewick::libexec
 {
 namespace
 {
@@ -43,7 +43,7 @@ std::string padRight(std::string_view text, size_t width)
 
 } // namespace
 
-std::string socketTable(const Scan &scan, const std::vector<ListeningSocket> &sockets)
+std::string socketTable(const SocketHolders &found, const std::vector<ListeningSocket> &sockets)
 {
     std::vector<Row> rows;
     std::map<uint32_t, std::string> users;
@@ -51,8 +51,8 @@ std::string socketTable(const Scan &scan, const std::vector<ListeningSocket> &so
     size_t pidWidth = 3;
     size_t userWidth = 4;
     size_t deviceWidth = 6;
-    for (const Holder &holder : scan.holders) {
-        const Process &process = scan.processes[holder.process];
+    for (const Holder &holder : found.holders) {
+        const Process &process = found.processes[holder.process];
         const ListeningSocket &socket = sockets[holder.socket];
         std::string &user = users[process.user];
         if (user.empty())
@@ -86,4 +86,4 @@ std::string socketTable(const Scan &scan, const std::vector<ListeningSocket> &so
     return table;
 }
 
-} // namespace tidewick::tools
+} // namespace tidewick::libexec

@@ -1,13 +1,13 @@
 #pragma once
 
-#include "libexec/holders/Scan.h"
+#include "libexec/holders/SocketHolders.h"
 #include "libexec/sockets/ListeningSocket.h"
 
-namespace tidewick::tools
+namespace tidewick::libexec
 {
 
 /// The rows of `lsof -i TCP -P -n -sTCP:LISTEN` (lsof(8), "OUTPUT"), the header above them; nothing
 /// where there is no row.
-std::string socketTable(const Scan &scan, const std::vector<ListeningSocket> &sockets);
+std::string socketTable(const SocketHolders &found, const std::vector<ListeningSocket> &sockets);
 
-} // namespace tidewick::tools
+} // namespace tidewick::libexec

@@ -6,7 +6,7 @@
 
 #include <fcntl.h>
 
-namespace tidewick::tools
+namespace tidewick::libexec
 {
 
 std::string workingDirectoryFields(int pid)
@@ -21,4 +21,4 @@ std::string workingDirectoryFields(int pid)
     return 'p' + std::to_string(pid) + "\nn" + escapePath(path) + '\n';
 }
 
-} // namespace tidewick::tools
+} // namespace tidewick::libexec

@@ -9,7 +9,7 @@
 #include <linux/rtnetlink.h>
 #include <netinet/tcp.h>
 
-namespace tidewick::tools
+namespace tidewick::libexec
 {
 namespace
 {
@@ -71,4 +71,4 @@ DiagEnd parseDiagMessages(const char *buffer, size_t size, std::vector<Listening
     return DiagEnd::more;
 }
 
-} // namespace tidewick::tools
+} // namespace tidewick::libexec

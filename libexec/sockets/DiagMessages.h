@@ -4,7 +4,7 @@
 
 #include <vector>
 
-namespace tidewick::tools
+namespace tidewick::libexec
 {
 
 /// How a buffer of netlink messages ended.
@@ -12,4 +12,4 @@ enum class DiagEnd { more, done, interrupted, error };
 /// Reads answers of sock_diag(7) to a dump of listening TCP sockets (netlink(7)).
 DiagEnd parseDiagMessages(const char *buffer, size_t size, std::vector<ListeningSocket> &sockets);
 
-} // namespace tidewick::tools
+} // namespace tidewick::libexec

@@ -7,7 +7,7 @@
 
 #include <arpa/inet.h>
 
-namespace tidewick::tools
+namespace tidewick::libexec
 {
 namespace
 {
@@ -54,4 +54,4 @@ uint64_t socketInode(std::string_view link)
     return parseNumber(link.substr(prefix.size(), link.size() - prefix.size() - 1)).value_or(0);
 }
 
-} // namespace tidewick::tools
+} // namespace tidewick::libexec

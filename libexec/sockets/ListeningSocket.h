@@ -4,7 +4,7 @@
 #include <string>
 #include <string_view>
 
-namespace tidewick::tools
+namespace tidewick::libexec
 {
 
 /// A listening TCP socket. An IPv4 address has its bytes first in `address`.
@@ -28,4 +28,4 @@ std::string addressText(const ListeningSocket &socket);
 /// The inode in a link like "socket:[1234]"; 0 for any other link.
 uint64_t socketInode(std::string_view link);
 
-} // namespace tidewick::tools
+} // namespace tidewick::libexec

@@ -16,7 +16,7 @@
 #include <netinet/tcp.h>
 #include <sys/socket.h>
 
-namespace tidewick::tools
+namespace tidewick::libexec
 {
 namespace
 {
@@ -94,4 +94,4 @@ std::vector<ListeningSocket> listeningSockets()
     return sockets ? *std::move(sockets) : socketsFromTables();
 }
 
-} // namespace tidewick::tools
+} // namespace tidewick::libexec

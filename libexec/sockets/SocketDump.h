@@ -5,7 +5,7 @@
 #include <optional>
 #include <vector>
 
-namespace tidewick::tools
+namespace tidewick::libexec
 {
 
 /// This network namespace's listening TCP sockets as sock_diag(7) tells them; none where it is
@@ -18,4 +18,4 @@ std::vector<ListeningSocket> socketsFromTables();
 /// The one, else the other.
 std::vector<ListeningSocket> listeningSockets();
 
-} // namespace tidewick::tools
+} // namespace tidewick::libexec

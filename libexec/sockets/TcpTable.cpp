@@ -7,7 +7,7 @@
 
 #include <netinet/tcp.h>
 
-namespace tidewick::tools
+namespace tidewick::libexec
 {
 namespace
 {
@@ -71,4 +71,4 @@ std::vector<ListeningSocket> parseTcpTable(std::string_view table, bool isIpv6)
     return sockets;
 }
 
-} // namespace tidewick::tools
+} // namespace tidewick::libexec

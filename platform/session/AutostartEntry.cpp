@@ -34,10 +34,10 @@ QString userFile()
 QStringList existingFiles()
 {
     QStringList files;
-    for (const QString &folder :
+    for (const QString &directory :
          QStandardPaths::standardLocations(QStandardPaths::GenericConfigLocation)) {
-        if (QFileInfo::exists(folder + fileName))
-            files.append(folder + fileName);
+        if (QFileInfo::exists(directory + fileName))
+            files.append(directory + fileName);
     }
     return files;
 }

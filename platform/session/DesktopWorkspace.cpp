@@ -25,22 +25,22 @@ void DesktopWorkspace::openUrl(const QUrl &url)
     m_open(url);
 }
 
-void DesktopWorkspace::revealFolder(const QString &path)
+void DesktopWorkspace::revealDirectory(const QString &path)
 {
     if (!QFileInfo(path).isDir())
         return;
-    const QUrl folder = QUrl::fromLocalFile(path);
+    const QUrl directory = QUrl::fromLocalFile(path);
     // https://www.freedesktop.org/wiki/Specifications/file-manager-interface/
     auto call = QDBusMessage::createMethodCall(QStringLiteral("org.freedesktop.FileManager1"),
                                                QStringLiteral("/org/freedesktop/FileManager1"),
                                                QStringLiteral("org.freedesktop.FileManager1"),
                                                QStringLiteral("ShowFolders"));
-    call << QStringList(folder.toString(QUrl::FullyEncoded)) << QString();
+    call << QStringList(directory.toString(QUrl::FullyEncoded)) << QString();
     auto *reply = new QDBusPendingCallWatcher(m_bus.asyncCall(call));
     QObject::connect(reply, &QDBusPendingCallWatcher::finished, reply,
-                     [reply, folder, open = m_open] {
+                     [reply, directory, open = m_open] {
                          if (reply->isError())
-                             open(folder);
+                             open(directory);
                          reply->deleteLater();
                      });
 }

@@ -21,8 +21,8 @@ public:
                               QDBusConnection bus = QDBusConnection::sessionBus());
 
     void openUrl(const QUrl &url) override;
-    /// Opens the folder like any other thing where no file manager answers on the bus.
-    void revealFolder(const QString &path) override;
+    /// Opens the directory like any other thing where no file manager answers on the bus.
+    void revealDirectory(const QString &path) override;
 
 private:
     static void openWithDefault(const QUrl &url);

@@ -116,7 +116,7 @@ public:
     {
         m_record.log(QStringLiteral("open ") + url.toString());
     }
-    void revealFolder(const QString &path) override
+    void revealDirectory(const QString &path) override
     {
         m_record.log(QStringLiteral("reveal ") + path);
     }
@@ -465,7 +465,7 @@ TEST_F(AppDelegateTest, panelOpensRevealsAndQuits)
     record.lines.clear();
     record.panel->openPort(QStringLiteral("3000"));
     record.panel->openPort(QStringLiteral("99999999"));
-    record.panel->revealFolder(QStringLiteral("/srv/shop"));
+    record.panel->revealDirectory(QStringLiteral("/srv/shop"));
     EXPECT_EQ(record.lines, lines("open http://localhost:3000; reveal /srv/shop"));
     QTimer::singleShot(0, record.panel, &Panel::quit);
     QTimer::singleShot(5000, [] { QCoreApplication::exit(1); });

@@ -1,6 +1,6 @@
 // What one whole refresh of listeners that answer costs, and how its time divides between the
 // tools, the probes and our own code, with the stock tools and with the supplied ones:
-// refresh_bench FOLDER [RUNS], where FOLDER holds the supplied ones. The listeners are this
+// refresh_bench DIRECTORY [RUNS], where DIRECTORY holds the supplied ones. The listeners are this
 // machine's real ones: scripts/bench starts them.
 #include "scan/CurlHttpClient.h"
 #include "scan/ProcessToolRunner.h"

@@ -1,7 +1,7 @@
-// What the supplied tools cost against the stock ones and ss, in one run: tools_bench FOLDER
-// [PROCESSES...] measures those in FOLDER beside 160 listeners, with that many more processes.
+// What the supplied tools cost against the stock ones and ss, in one run: tools_bench DIRECTORY
+// [PROCESSES...] measures those in DIRECTORY beside 160 listeners, with that many more processes.
 #include "tests/libexec/OddProcess.h"
-#include "tests/support/SharedFolder.h"
+#include "tests/support/SharedDirectory.h"
 
 #include <QElapsedTimer>
 
@@ -58,10 +58,10 @@ std::vector<double> medians(const std::vector<Command> &commands)
     return list;
 }
 
-void compare(const std::string &load, const std::string &folder)
+void compare(const std::string &load, const std::string &directory)
 {
     const Command sockets{"-i", "TCP", "-P", "-n", "-sTCP:LISTEN"};
-    Command supplied{folder + "/lsof"};
+    Command supplied{directory + "/lsof"};
     Command stock{"/usr/bin/lsof"};
     supplied.insert(supplied.end(), sockets.begin(), sockets.end());
     stock.insert(stock.end(), sockets.begin(), sockets.end());
@@ -71,15 +71,15 @@ void compare(const std::string &load, const std::string &folder)
     const std::string pid = std::to_string(getpid());
     for (const char *const format : {"command=", "rss=,%cpu=", "etime="}) {
         const auto query = medians(
-            {{folder + "/ps", "-p", pid, "-o", format}, {"/bin/ps", "-p", pid, "-o", format}});
+            {{directory + "/ps", "-p", pid, "-o", format}, {"/bin/ps", "-p", pid, "-o", format}});
         std::printf("%-34s %-10s %9.2f %9.2f %9.2f\n", "", format, query[0], query[1],
                     query[0] / query[1]);
     }
-    const Command directory{"-p", pid, "-a", "-d", "cwd", "-F", "n"};
-    supplied = {folder + "/lsof"};
+    const Command workingDirectory{"-p", pid, "-a", "-d", "cwd", "-F", "n"};
+    supplied = {directory + "/lsof"};
     stock = {"/usr/bin/lsof"};
-    supplied.insert(supplied.end(), directory.begin(), directory.end());
-    stock.insert(stock.end(), directory.begin(), directory.end());
+    supplied.insert(supplied.end(), workingDirectory.begin(), workingDirectory.end());
+    stock.insert(stock.end(), workingDirectory.begin(), workingDirectory.end());
     const auto query = medians({supplied, stock});
     std::printf("%-34s %-10s %9.2f %9.2f %9.2f\n", "", "cwd", query[0], query[1],
                 query[0] / query[1]);
@@ -96,8 +96,8 @@ int main(int argc, char *argv[])
     std::printf("user %u, ms, medians of %d runs in turns\n%-34s %-10s %9s %9s %9s %9s %9s\n",
                 getuid(), runs, "beside 160 listeners", "", "supplied", "stock", "ratio", "ss",
                 "ratio");
-    const SharedFolder folder;
-    const OddProcess servers({"servers 160", {"node"}, folder.copy(oddProgram(), "node")});
+    const SharedDirectory directory;
+    const OddProcess servers({"servers 160", {"node"}, directory.copy(oddProgram(), "node")});
     compare("no more", argv[1]);
     for (int i = 2; i < argc; ++i) {
         const OddProcess crowd({std::string("idle ") + argv[i], {"crowd"}});

@@ -106,19 +106,19 @@ def start_again():
 
 
 def copy_with_lsof(script):
-    """A copy of the program in a folder of its own, beside which `script` is its lsof."""
-    folder = tempfile.mkdtemp()
+    """A copy of the program in a directory of its own, beside which `script` is its lsof."""
+    directory = tempfile.mkdtemp()
     supplied = os.path.join(os.path.dirname(PROGRAM), "../libexec")
     if os.path.isdir(supplied):
-        shutil.copytree(supplied, os.path.join(folder, "libexec"))
+        shutil.copytree(supplied, os.path.join(directory, "libexec"))
     for name in ("bin", "libexec/tidewick"):
-        os.makedirs(os.path.join(folder, name), exist_ok=True)
-    shutil.copy(PROGRAM, os.path.join(folder, "bin/tidewick"))
-    lsof = os.path.join(folder, "libexec/tidewick/lsof")
+        os.makedirs(os.path.join(directory, name), exist_ok=True)
+    shutil.copy(PROGRAM, os.path.join(directory, "bin/tidewick"))
+    lsof = os.path.join(directory, "libexec/tidewick/lsof")
     with open(lsof, "w", encoding="utf-8") as file:
         file.write(script)
     os.chmod(lsof, stat.S_IRWXU)
-    return folder
+    return directory
 
 
 def end(process):
@@ -134,12 +134,12 @@ def end(process):
                 stream.close()
 
 
-def start_server(folder=None, port=0, wrapper=()):
-    """A real development server on a loopback port, any free one for 0, in `folder`. It accepts
+def start_server(directory=None, port=0, wrapper=()):
+    """A real development server on a loopback port, any free one for 0, in `directory`. It accepts
     connections when this returns."""
     server = subprocess.Popen(
         [*wrapper, sys.executable, "-u", "-m", "http.server", "--bind", "127.0.0.1", str(port)],
-        cwd=folder, stdout=subprocess.PIPE, stderr=subprocess.DEVNULL, text=True)
+        cwd=directory, stdout=subprocess.PIPE, stderr=subprocess.DEVNULL, text=True)
     server.port = int(re.match(r"Serving HTTP on \S+ port (\d+)", server.stdout.readline())[1])
     return server
 
@@ -170,9 +170,9 @@ while True:
 """
 
 
-def start_closing_server(folder):
+def start_closing_server(directory):
     """A server that hangs up on whoever speaks HTTP, as databases do."""
-    server = subprocess.Popen([sys.executable, "-c", CLOSING_SERVER], cwd=folder,
+    server = subprocess.Popen([sys.executable, "-c", CLOSING_SERVER], cwd=directory,
                               stdout=subprocess.PIPE, text=True)
     assert server.stdout.readline() == "listening\n"
     return server

@@ -27,15 +27,15 @@ exec "${0%/*}/real-lsof" "$@"
 class FaultsTest(unittest.TestCase):
     def setUp(self):
         desktop.move_pointer(200, 400)
-        self.folder = desktop.copy_with_lsof(NOTING_LSOF)
-        self.addCleanup(shutil.rmtree, self.folder)
-        tools = os.path.join(self.folder, "libexec/tidewick")
+        self.directory = desktop.copy_with_lsof(NOTING_LSOF)
+        self.addCleanup(shutil.rmtree, self.directory)
+        tools = os.path.join(self.directory, "libexec/tidewick")
         shutil.copy(os.path.join(os.path.dirname(desktop.PROGRAM), "../libexec/tidewick/lsof"),
                     os.path.join(tools, "real-lsof"))
         self.notes_file = os.path.join(tools, "notes")
 
     def launch(self, **environment):
-        self.program = desktop.Program([os.path.join(self.folder, "bin/tidewick")],
+        self.program = desktop.Program([os.path.join(self.directory, "bin/tidewick")],
                                        env={**os.environ, **environment},
                                        stdout=subprocess.DEVNULL, start_new_session=True)
         self.addCleanup(desktop.end, self.program)

@@ -22,9 +22,9 @@ exec "LSOF" "$@"
     def __init__(self):
         supplied = os.path.join(os.path.dirname(desktop.PROGRAM), "../libexec/tidewick")
         lsof = shutil.which("lsof", path=f"{supplied}:/usr/sbin:/usr/bin")
-        self.folder = desktop.copy_with_lsof(self.SCRIPT.replace("LSOF", lsof))
-        self.program = os.path.join(self.folder, "bin/tidewick")
-        self._tools = os.path.join(self.folder, "libexec/tidewick")
+        self.directory = desktop.copy_with_lsof(self.SCRIPT.replace("LSOF", lsof))
+        self.program = os.path.join(self.directory, "bin/tidewick")
+        self._tools = os.path.join(self.directory, "libexec/tidewick")
 
     def hold(self):
         """Holds the scans that begin from now on."""
@@ -43,4 +43,4 @@ exec "LSOF" "$@"
             os.remove(path)
 
     def remove(self):
-        shutil.rmtree(self.folder)
+        shutil.rmtree(self.directory)

@@ -1,5 +1,5 @@
 """A card's two ways out: a real browser on a real server's page, a real file manager in the server's
-folder."""
+directory."""
 
 import os
 import shutil
@@ -37,7 +37,7 @@ def windows(name):
 
 
 def blue(is_solid):
-    """Where the panel's blue stands: solid on the button, else as the text of the folder."""
+    """Where the panel's blue stands: solid on the button, else as the text of the directory."""
     picture = desktop.Picture()
     found = []
     for at in range(0, len(picture.pixels), 3):
@@ -53,11 +53,11 @@ class OpenAndRevealTest(unittest.TestCase):
                   encoding="utf-8") as file:
             file.write(f"[Default Applications]\nx-scheme-handler/http={BROWSER}.desktop\n"
                        "inode/directory=thunar.desktop\n")
-        self.folder = tempfile.mkdtemp(prefix="tidewick-site-")
-        self.addCleanup(shutil.rmtree, self.folder, ignore_errors=True)
-        self.log = open(os.path.join(self.folder, "requests"), "w+", encoding="utf-8")
+        self.directory = tempfile.mkdtemp(prefix="tidewick-site-")
+        self.addCleanup(shutil.rmtree, self.directory, ignore_errors=True)
+        self.log = open(os.path.join(self.directory, "requests"), "w+", encoding="utf-8")
         self.addCleanup(self.log.close)
-        self.server = subprocess.Popen(["/usr/bin/python3", "-c", SERVER], cwd=self.folder,
+        self.server = subprocess.Popen(["/usr/bin/python3", "-c", SERVER], cwd=self.directory,
                                        stdout=self.log, stderr=subprocess.DEVNULL)
         self.addCleanup(desktop.end, self.server)
         xdotool("mousemove", 200, 400)  # a button below the pointer has another blue
@@ -77,30 +77,30 @@ class OpenAndRevealTest(unittest.TestCase):
         desktop.wait_until(lambda: windows("Seen - NetSurf"), 20, "the page")
         desktop.screenshot("open-in-browser")
 
-    def test_reveal_shows_the_folder_in_the_file_manager(self):
-        link = self.link_to_folder()
+    def test_reveal_shows_the_directory_in_the_file_manager(self):
+        link = self.link_to_directory()
         desktop.screenshot("reveal")
         xdotool("mousemove", *link, "click", 1)
-        desktop.wait_until(lambda: windows(os.path.basename(self.folder)), 20, "the folder")
+        desktop.wait_until(lambda: windows(os.path.basename(self.directory)), 20, "the directory")
         desktop.screenshot("reveal-in-file-manager")
 
-    def test_folder_that_is_gone_opens_nothing(self):
-        link = self.link_to_folder()
-        shutil.rmtree(self.folder)
+    def test_directory_that_is_gone_opens_nothing(self):
+        link = self.link_to_directory()
+        shutil.rmtree(self.directory)
         before = xdotool("search", "--onlyvisible", "--class", "")
         xdotool("mousemove", *link, "click", 1)
         time.sleep(1)
         self.assertEqual(xdotool("search", "--onlyvisible", "--class", ""), before)
         self.assertIsNone(self.program.poll())
 
-    def link_to_folder(self):
-        """Opens the card; returns a place on the folder's name."""
+    def link_to_directory(self):
+        """Opens the card; returns a place on the directory's name."""
         button = desktop.wait_until(lambda: blue(is_solid=True), 5, "the button Open")
         below = max(y for _, y in button) + 20
         xdotool("mousemove", button[0][0] - 100, button[0][1], "click", 1)
         link = desktop.wait_until(self.still(
             lambda: [place for place in blue(is_solid=False) if place[1] > below]), 5,
-            "the folder's name")
+            "the directory's name")
         return link[len(link) // 2]
 
     def still(self, condition):

@@ -14,8 +14,8 @@ class PanelCase(unittest.TestCase):
     def setUp(self):
         desktop.move_pointer(200, 700)
 
-    def folder(self, name):
-        """A new project folder of this name."""
+    def directory(self, name):
+        """A new project directory of this name."""
         parent = tempfile.mkdtemp()
         self.addCleanup(shutil.rmtree, parent)
         os.chmod(parent, 0o755)
@@ -24,7 +24,7 @@ class PanelCase(unittest.TestCase):
         return path
 
     def serve(self, project, wrapper=()):
-        server = desktop.start_server(self.folder(project), wrapper=wrapper)
+        server = desktop.start_server(self.directory(project), wrapper=wrapper)
         self.addCleanup(desktop.end, server)
         return server
 

@@ -91,7 +91,7 @@ class PanelTest(PanelCase):
 
     def test_presses_on_the_bus_ask_the_desktop(self):
         shop = self.serve("shop")
-        tools = self.folder("tools")
+        tools = self.directory("tools")
         asked = os.path.join(tools, "asked")
         with open(os.path.join(tools, "xdg-open"), "w", encoding="utf-8") as script:
             script.write(f'#!/bin/sh\necho "$1" >>{asked}\n')
@@ -111,10 +111,10 @@ class PanelTest(PanelCase):
         card = self.card(accessible.panel(), shop)
         self.press(card, "Show details")
         self.press(card, "Show in Finder")
-        folder = os.readlink(f"/proc/{shop.pid}/cwd")
+        directory = os.readlink(f"/proc/{shop.pid}/cwd")
         # Whichever file manager the desktop has: one that is asked, or one that shows its window.
-        desktop.wait_until(lambda: was_asked(f"file://{folder}") or desktop.windows_called(
-            os.path.basename(folder)), 10, "the file manager")
+        desktop.wait_until(lambda: was_asked(f"file://{directory}") or desktop.windows_called(
+            os.path.basename(directory)), 10, "the file manager")
 
     def reopen_if_closed(self):
         if not desktop.visible_panels():

@@ -1,4 +1,4 @@
-"""pictures.py FOLDER SCALE: takes pictures of the panel in every state into FOLDER, from the
+"""pictures.py DIRECTORY SCALE: takes pictures of the panel in every state into DIRECTORY, from the
 program and real servers. Called by scripts/screenshots on a virtual desktop, in a network of its
 own."""
 
@@ -13,7 +13,7 @@ import desktop
 import held_lister
 from showcase import demo
 
-FOLDER = sys.argv[1]
+DIRECTORY = sys.argv[1]
 SCALE = int(sys.argv[2])
 REST = (200, 700)  # where the pointer is on nothing, in points
 BADGES = 75  # what pulses stands left of this, in points
@@ -71,7 +71,7 @@ class Panel:
         subprocess.run(
             ["import", "-silent", "-window", self.window, "-strip", "-depth", "8",
              "-define", "png:compression-level=9", "-define", "png:exclude-chunks=all",
-             os.path.join(FOLDER, f"{name}{scale}.png")], check=True)
+             os.path.join(DIRECTORY, f"{name}{scale}.png")], check=True)
 
     def save_still(self, name, top=0):
         self.wait_until_still(top)
@@ -99,13 +99,13 @@ def held():
 
 @contextlib.contextmanager
 def projects(names, wrapper=()):
-    """A server in a folder of each name."""
+    """A server in a directory of each name."""
     with tempfile.TemporaryDirectory() as parent, contextlib.ExitStack() as stack:
         os.chmod(parent, 0o755)
         for number, name in enumerate(names):
-            folder = os.path.join(parent, name)
-            os.mkdir(folder)
-            server = desktop.start_server(folder, 4000 + number, wrapper)
+            directory = os.path.join(parent, name)
+            os.mkdir(directory)
+            server = desktop.start_server(directory, 4000 + number, wrapper)
             stack.callback(desktop.end, server)
         yield
 
@@ -183,7 +183,7 @@ def forty_cards():
         panel.save_still("forty-cards-scrolled", HEADER)
 
 
-os.makedirs(FOLDER, exist_ok=True)
+os.makedirs(DIRECTORY, exist_ok=True)
 loading_and_empty()
 list_and_cards()
 killing()

@@ -17,9 +17,9 @@ def demo():
     try:
         count = len(list(iter(servers.stdout.readline, "\n")))
         with tempfile.TemporaryDirectory() as parent:
-            folder = os.path.join(parent, "jobs")
-            os.mkdir(folder)
-            closing = desktop.start_closing_server(folder)
+            directory = os.path.join(parent, "jobs")
+            os.mkdir(directory)
+            closing = desktop.start_closing_server(directory)
             yield count + 1
             desktop.end(closing)
     finally:

@@ -140,12 +140,12 @@ class StatusItemTest(unittest.TestCase):
 
     def launch_with_hanging_lsof(self):
         """A copy of the program whose lsof never ends; returns it and lsof's process id."""
-        folder = desktop.copy_with_lsof(
+        directory = desktop.copy_with_lsof(
             '#!/bin/sh\npid="${0%/*}/pid"\necho $$ >"$pid.new"\nmv "$pid.new" "$pid"\n'
             "trap '' TERM INT HUP\nexec sleep 1000\n")
-        self.addCleanup(shutil.rmtree, folder)
-        pid_file = os.path.join(folder, "libexec/tidewick/pid")
-        process = self.launch(os.path.join(folder, "bin/tidewick"))
+        self.addCleanup(shutil.rmtree, directory)
+        pid_file = os.path.join(directory, "libexec/tidewick/pid")
+        process = self.launch(os.path.join(directory, "bin/tidewick"))
         desktop.wait_until(lambda: os.path.exists(pid_file), 10, "the hanging lsof")
         with open(pid_file, encoding="utf-8") as file:
             return process, int(file.read())

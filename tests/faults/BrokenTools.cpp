@@ -35,7 +35,7 @@ void BrokenTools::breakTool(Task task, const ToolFault &fault) const
     file.write("#!/bin/sh\nreal='" + own.toLocal8Bit() + "' faulty='" + m_faultyTool.c_str() +
                "'\n");
     // lsof has two of the tasks.
-    if (task == Task::list || task == Task::folder)
+    if (task == Task::list || task == Task::directory)
         file.write(QByteArray("if [ \"$1\" != ") + (task == Task::list ? "-i" : "-p") +
                    " ]; then exec \"$real\" \"$@\"; fi\n");
     file.write(fault.script);

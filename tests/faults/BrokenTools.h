@@ -9,7 +9,7 @@
 #include <sys/types.h>
 
 /// The part of a scan, or of a kill, that a tool has.
-enum class Task { list, processFacts, folder, kill };
+enum class Task { list, processFacts, directory, kill };
 
 struct ToolFault
 {
@@ -22,7 +22,7 @@ struct ToolFault
     const char *listError = startError;
 };
 
-/// Tools in a folder of the test's own, each the real one until it is broken.
+/// Tools in a directory of the test's own, each the real one until it is broken.
 class BrokenTools : public FaultTest
 {
 protected:

@@ -71,11 +71,11 @@ TEST_P(HangingTool, inEveryThreadHoldsUpScansUntilOneEndsAndNoKill)
 }
 
 INSTANTIATE_TEST_SUITE_P(At, HangingTool,
-                         testing::Values(Task::list, Task::processFacts, Task::folder),
+                         testing::Values(Task::list, Task::processFacts, Task::directory),
                          [](const auto &info) {
                              return info.param == Task::list           ? "theList"
                                     : info.param == Task::processFacts ? "processFacts"
-                                                                       : "theFolder";
+                                                                       : "theDirectory";
                          });
 
 TEST_F(BrokenTools, killThatHangsIsEndedAfterItsTimeAndTakesNoRowForLong)
@@ -132,8 +132,8 @@ TEST_P(BrokenTool, ofTheDetailsCostsThemAndNoRow)
 {
     const auto server = serve();
     start(system());
-    for (const Task task : {Task::processFacts, Task::folder}) {
-        if (task == Task::folder && GetParam().startError != nullptr)
+    for (const Task task : {Task::processFacts, Task::directory}) {
+        if (task == Task::directory && GetParam().startError != nullptr)
             continue; // without lsof there is no list either
         breakTool(task, GetParam());
         ASSERT_TRUE(refresh());

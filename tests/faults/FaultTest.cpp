@@ -15,7 +15,7 @@ constexpr int timeoutMs = 20'000;
 
 FaultTest::FaultTest()
 {
-    giveToOrdinaryUser(folder.path());
+    giveToOrdinaryUser(directory.path());
     for (const char *const tool : {"/lsof", "/ps"})
         programs.copy(std::string(SUPPLIED_TOOLS) + tool);
 }
@@ -92,7 +92,7 @@ std::unique_ptr<ServerProgram> FaultTest::serve(int port)
         QStringLiteral("/usr/bin/python3"),
         QStringList{QStringLiteral("-m"), QStringLiteral("http.server"), QStringLiteral("--bind"),
                     QStringLiteral("127.0.0.1"), QString::number(port)},
-        folder.path(), port);
+        directory.path(), port);
     EXPECT_TRUE(server->isUp());
     return server;
 }
@@ -120,8 +120,8 @@ testing::AssertionResult FaultTest::tellsTheTruthAbout(const ServerProgram &serv
         return testing::AssertionFailure() << "command " << record.fullCommand.toStdString();
     if (record.memoryUsage <= 0)
         return testing::AssertionFailure() << "no memory";
-    if (record.workingDirectory != folder.path())
-        return testing::AssertionFailure() << "folder " << record.workingDirectory.toStdString();
+    if (record.workingDirectory != directory.path())
+        return testing::AssertionFailure() << "directory " << record.workingDirectory.toStdString();
     if (!record.isHttpAccessible)
         return testing::AssertionFailure() << "no answer";
     return testing::AssertionSuccess();

@@ -3,7 +3,7 @@
 #include "state/AppState.h"
 #include "state/Workers.h"
 #include "tests/support/ServerProgram.h"
-#include "tests/support/SharedFolder.h"
+#include "tests/support/SharedDirectory.h"
 
 #include <gtest/gtest.h>
 
@@ -49,8 +49,8 @@ protected:
     /// The supplied tools, where every user can run them, over the stock ones.
     tidewick::ToolTable realTools() const;
 
-    const QTemporaryDir folder;
-    const SharedFolder programs;
+    const QTemporaryDir directory;
+    const SharedDirectory programs;
     tidewick::Workers workers;
     std::unique_ptr<tidewick::AppState> store;
 };

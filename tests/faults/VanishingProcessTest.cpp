@@ -25,10 +25,10 @@ struct StepRow
 {
     const char *name;
     /// How many steps of the scan come before the end of the process: the list, three runs of ps,
-    /// the folder, and then the requests of the probe.
+    /// the directory, and then the requests of the probe.
     int steps;
     bool hasCommandLine;
-    bool hasFolder;
+    bool hasDirectory;
     bool hasAnswered;
 };
 
@@ -99,7 +99,7 @@ protected:
         const PortInfo record = rowsOf(*server).first();
         EXPECT_EQ(record.port(), port);
         EXPECT_EQ(!record.fullCommand.isEmpty(), GetParam().hasCommandLine);
-        EXPECT_EQ(!record.workingDirectory.isEmpty(), GetParam().hasFolder);
+        EXPECT_EQ(!record.workingDirectory.isEmpty(), GetParam().hasDirectory);
         EXPECT_EQ(record.isHttpAccessible, GetParam().hasAnswered);
 
         const auto successor = serve(int(port));
@@ -149,7 +149,7 @@ INSTANTIATE_TEST_SUITE_P(Rows, VanishingProcess,
                                          StepRow{"afterItsCommandLine", 2, true, false, false},
                                          StepRow{"afterItsUsage", 3, true, false, false},
                                          StepRow{"afterItsAge", 4, true, false, false},
-                                         StepRow{"afterItsFolder", 5, true, true, false},
+                                         StepRow{"afterItsDirectory", 5, true, true, false},
                                          StepRow{"afterItsAnswer", 6, true, true, true}),
                          rowName);
 

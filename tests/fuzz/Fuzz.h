@@ -24,10 +24,12 @@ inline QByteArray bytesOf(const uint8_t *data, size_t size)
     return {reinterpret_cast<const char *>(data), static_cast<qsizetype>(size)};
 }
 
-/// The input cut at each NUL, or other byte, as several texts in one; at least `count` of them.
-inline QList<QByteArray> pieces(const uint8_t *data, size_t size, qsizetype count, char cut = '\0')
+/// The input split at each NUL, or at another byte, as several texts in one; at least `count` of
+/// them.
+inline QList<QByteArray> pieces(const uint8_t *data, size_t size, qsizetype count,
+                                char separator = '\0')
 {
-    QList<QByteArray> result = bytesOf(data, size).split(cut);
+    QList<QByteArray> result = bytesOf(data, size).split(separator);
     while (result.size() < count)
         result.append(QByteArray());
     return result;

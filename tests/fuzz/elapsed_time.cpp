@@ -44,7 +44,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
     std::memcpy(&life, data, std::min(size, sizeof life));
     life %= 100'000'000'000; // some thousand years
     const std::string printed =
-        addedText([&](tools::TextBuffer &line) { tools::addElapsed(line, life); });
+        addedText([&](libexec::TextBuffer &line) { libexec::addElapsed(line, life); });
     promise(printed.size() >= 11, "the column is eleven wide");
     promise(parseElapsedTime(QString::fromStdString(printed).trimmed()) == double(life),
             "what our ps prints is read back");

@@ -1,4 +1,4 @@
-// What ps and lsof print of one process is any bytes: four texts, cut at the NULs.
+// What ps and lsof print of one process is any bytes: four texts, separated by NULs.
 
 #include "scan/Enrichment.h"
 #include "scan/SystemInterfaces.h"

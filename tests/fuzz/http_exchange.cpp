@@ -113,9 +113,11 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
     static Server server;
     static const CurlHttpClient client;
     const QByteArray bytes = bytesOf(data, size);
-    const qsizetype cut = bytes.indexOf('\0');
-    server.setAnswer(
-        cut < 0 ? bytes : bytes.first(cut) + bytes.sliced(cut + 1).repeated(qsizetype(size % 128)));
+    const qsizetype separator = bytes.indexOf('\0');
+    server.setAnswer(separator < 0
+                         ? bytes
+                         : bytes.first(separator) +
+                               bytes.sliced(separator + 1).repeated(qsizetype(size % 128)));
     const char *const methods[] = {"GET", "HEAD", "OPTIONS"};
     check(client.send({QStringLiteral("http://127.0.0.1:%1").arg(Server::port), methods[size % 3],
                        "Tidewick/1.0"},

@@ -1,4 +1,4 @@
-// What /proc tells of a process, most of which the process may choose. Five texts, cut at the
+// What /proc tells of a process, most of which the process may choose. Five texts, separated by the
 // record separator (0x1e): stat, status, the command line, the executable's path, a port.
 
 #include "libexec/cells/NumberCells.h"
@@ -20,7 +20,7 @@
 
 #include <unistd.h>
 
-using namespace tidewick::tools;
+using namespace tidewick::libexec;
 
 namespace
 {

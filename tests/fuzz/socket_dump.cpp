@@ -11,7 +11,7 @@
 #include <algorithm>
 #include <cstring>
 
-using namespace tidewick::tools;
+using namespace tidewick::libexec;
 
 namespace
 {

@@ -15,9 +15,9 @@ using namespace tidewick;
 namespace
 {
 
-tools::ListeningSocket socketOf(const QByteArray &text)
+libexec::ListeningSocket socketOf(const QByteArray &text)
 {
-    tools::ListeningSocket socket;
+    libexec::ListeningSocket socket;
     socket.port = uint16_t(uint8_t(text[0]) << 8U | uint8_t(text[1]));
     const auto kind = uint8_t(text[2]) % 5;
     socket.isIpv6 = kind > 2;
@@ -30,7 +30,7 @@ tools::ListeningSocket socketOf(const QByteArray &text)
     return socket;
 }
 
-bool isShown(const tools::ListeningSocket &socket)
+bool isShown(const libexec::ListeningSocket &socket)
 {
     return socket.address[3] != 2;
 }
@@ -39,20 +39,20 @@ bool isShown(const tools::ListeningSocket &socket)
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
 {
-    tools::Scan scan;
-    std::vector<tools::ListeningSocket> sockets;
+    libexec::SocketHolders found;
+    std::vector<libexec::ListeningSocket> sockets;
     std::map<qint64, size_t> first;
     for (const QByteArray &text : pieces(data, size, 0)) {
         if (text.size() < 4) // a process has a name, if only "?"
             continue;
         const size_t index = sockets.size();
         sockets.push_back(socketOf(text));
-        scan.processes.push_back({int(index) + 1, 0, text.mid(3).toStdString()});
-        scan.holders.push_back({index, index, uint8_t(text[2]) % 2 == 0 ? 3 : -1});
+        found.processes.push_back({int(index) + 1, 0, text.mid(3).toStdString()});
+        found.holders.push_back({index, index, uint8_t(text[2]) % 2 == 0 ? 3 : -1});
         if (isShown(sockets.back()))
             first.try_emplace(sockets.back().port, index);
     }
-    const std::string table = tools::socketTable(scan, sockets);
+    const std::string table = libexec::socketTable(found, sockets);
     promise(std::count(table.begin(), table.end(), '\n') ==
                 (sockets.empty() ? 0 : ptrdiff_t(sockets.size()) + 1),
             "a line each, and a header where there is one");
@@ -62,9 +62,10 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
     promise(size_t(records.size()) == first.size(), "each port is read, and none besides");
     auto expected = first.begin();
     for (const PortInfo &record : records) {
-        const tools::Process &process = scan.processes[expected->second];
+        const libexec::Process &process = found.processes[expected->second];
         promise(record.port() == expected->first && record.pid() == QString::number(process.pid) &&
-                    record.command() == QString::fromStdString(tools::escapeWord(process.command)),
+                    record.command() ==
+                        QString::fromStdString(libexec::escapeWord(process.command)),
                 "a row is read as it was written");
         ++expected;
     }

@@ -12,7 +12,7 @@ namespace
 
 void checkText(const QString &text, qsizetype limit)
 {
-    promise(text.size() <= limit + 1, "a text is cut");
+    promise(text.size() <= limit + 1, "a text is truncated");
     promise(isSingleLine(text), "a text is plain");
 }
 

@@ -9,7 +9,7 @@ template <class Add>
 std::string addedText(Add add)
 {
     std::string memory(size_t(1U << 20U), '\0');
-    tidewick::tools::TextBuffer text(memory);
+    tidewick::libexec::TextBuffer text(memory);
     add(text);
     return std::string(text.view());
 }

@@ -13,7 +13,7 @@
 #include <locale.h>
 #include <stdlib.h>
 
-using namespace tidewick::tools;
+using namespace tidewick::libexec;
 using namespace std::string_view_literals;
 
 namespace

@@ -9,7 +9,7 @@
 
 #include <unistd.h>
 
-using namespace tidewick::tools;
+using namespace tidewick::libexec;
 using namespace std::string_view_literals;
 
 TEST(Holders, dockerProxies)
@@ -74,9 +74,9 @@ TEST(Holders, aPortInAUrlIsAnothers)
 TEST(Holders, aProcessThatHasEndedIsNotTheOldest)
 {
     const std::vector<ListeningSocket> sockets{socketOn("127.0.0.1", 80)};
-    Scan scan;
-    scan.processes = {{INT_MAX, 0, "ended"}, {getpid(), 0, "server"}};
-    scan.holders = {{0, 0, 3}, {1, 0, 3}};
-    sortByAncestry(scan, sockets);
-    EXPECT_EQ(scan.processes[scan.holders[0].process].command, "server");
+    SocketHolders found;
+    found.processes = {{INT_MAX, 0, "ended"}, {getpid(), 0, "server"}};
+    found.holders = {{0, 0, 3}, {1, 0, 3}};
+    sortByAncestry(found, sockets);
+    EXPECT_EQ(found.processes[found.holders[0].process].command, "server");
 }

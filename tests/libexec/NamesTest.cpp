@@ -8,7 +8,7 @@
 
 #include <algorithm>
 
-using namespace tidewick::tools;
+using namespace tidewick::libexec;
 
 TEST(Names, noByteOfAWordEndsIt)
 {

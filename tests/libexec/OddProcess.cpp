@@ -1,6 +1,6 @@
 #include "tests/libexec/OddProcess.h"
 
-#include "tests/support/SharedFolder.h"
+#include "tests/support/SharedDirectory.h"
 #include "tests/support/Users.h"
 
 #include <QElapsedTimer>
@@ -34,7 +34,7 @@ std::vector<char *> pointers(std::vector<std::string> &texts)
 /// Starts a child whose output and errors go to the descriptors given.
 pid_t start(int executable, const std::string &program, std::vector<std::string> arguments,
             std::vector<std::string> environment, const BeforeExec &before,
-            const std::string &folder, int output, int errors)
+            const std::string &directory, int output, int errors)
 {
     const auto argumentList = pointers(arguments);
     const auto environmentList = pointers(environment);
@@ -44,7 +44,7 @@ pid_t start(int executable, const std::string &program, std::vector<std::string>
     const int input = open("/dev/null", O_RDONLY);
     if (dup2(input, STDIN_FILENO) < 0 || dup2(output, STDOUT_FILENO) < 0 ||
         (errors >= 0 && dup2(errors, STDERR_FILENO) < 0) ||
-        (!folder.empty() && chdir(folder.c_str()) != 0) || (before && !before()))
+        (!directory.empty() && chdir(directory.c_str()) != 0) || (before && !before()))
         _exit(126);
     prctl(PR_SET_PDEATHSIG, SIGKILL);
     if (executable >= 0)
@@ -71,8 +71,8 @@ std::string readAll(int descriptor)
 
 const std::string &oddProgram()
 {
-    static const SharedFolder folder;
-    static const std::string path = folder.copy(ODD_PROCESS);
+    static const SharedDirectory directory;
+    static const std::string path = directory.copy(ODD_PROCESS);
     return path;
 }
 
@@ -117,7 +117,7 @@ OddProcess::OddProcess(const Settings &settings)
         return;
     const std::string program = settings.executable.empty() ? oddProgram() : settings.executable;
     m_pid = start(settings.executableDescriptor, program, settings.arguments,
-                  {"ODD=" + settings.script}, settings.before, settings.folder, output[1], -1);
+                  {"ODD=" + settings.script}, settings.before, settings.directory, output[1], -1);
     close(output[1]);
     m_output = output[0];
     QElapsedTimer timer;

@@ -41,7 +41,7 @@ public:
         std::string executable = {}; ///< odd_process itself where it is empty
         BeforeExec before = {};
         int executableDescriptor = -1; ///< run this file instead
-        std::string folder = {};       ///< its working directory
+        std::string directory = {};    ///< its working directory
     };
 
     /// Starts it and reads what it prints, up to an empty line.

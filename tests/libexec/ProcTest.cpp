@@ -4,7 +4,7 @@
 
 #include <gtest/gtest.h>
 
-using namespace tidewick::tools;
+using namespace tidewick::libexec;
 using namespace std::string_view_literals;
 
 TEST(Proc, numbersAreDigitsAndNothingElse)

@@ -42,8 +42,8 @@ protected:
         ASSERT_EQ(chmod(home(name).c_str(), 0755), 0);
     }
 
-    /// Starts it in the folder of the test; PORT stands for the port. False where it does not come
-    /// up.
+    /// Starts it in the directory of the test; PORT stands for the port. False where it does not
+    /// come up.
     bool start(const std::string &executable, const char *arguments)
     {
         m_server.reset();
@@ -59,7 +59,8 @@ protected:
 
     int port() const { return m_port; }
 
-    /// What the COMMAND column says of the server, for its own user; its folder must be told too.
+    /// What the COMMAND column says of the server, for its own user; its directory must be told
+    /// too.
     std::string command() const
     {
         const auto list = rowsOf(m_port, asOwner());
@@ -192,8 +193,8 @@ TEST_P(RealPrograms, redis)
 {
     NEEDS("redis-check-rdb");
     // The server is this program under another name.
-    folder().copy(installed("redis-check-rdb"), "redis-check-rdb");
-    const std::string server = folder().path("redis-server");
+    directory().copy(installed("redis-check-rdb"), "redis-check-rdb");
+    const std::string server = directory().path("redis-server");
     ASSERT_EQ(symlink("redis-check-rdb", server.c_str()), 0);
     ASSERT_TRUE(start(server, "--port PORT --bind 127.0.0.1"));
     EXPECT_EQ(command(), "redis-server");

@@ -10,7 +10,7 @@
 
 #include <linux/netlink.h>
 
-using namespace tidewick::tools;
+using namespace tidewick::libexec;
 
 namespace
 {

@@ -19,8 +19,8 @@
 namespace
 {
 
-/// From here on the list of a folder's files is refused to this process.
-bool maySeeNoFolder()
+/// From here on the list of a directory's files is refused to this process.
+bool maySeeNoDirectory()
 {
     std::array<sock_filter, 4> steps{{
         {BPF_LD | BPF_W | BPF_ABS, 0, 0, offsetof(seccomp_data, nr)},
@@ -56,8 +56,8 @@ protected:
     std::string ps() const { return m_ps; }
 
 private:
-    SharedFolder m_folder;
-    std::string m_ps = m_folder.copy(std::get<Build>(GetParam()).path, "supplied-ps");
+    SharedDirectory m_directory;
+    std::string m_ps = m_directory.copy(std::get<Build>(GetParam()).path, "supplied-ps");
 };
 
 std::string parameterName(const testing::TestParamInfo<SuppliedPs::ParamType> &info)
@@ -229,9 +229,9 @@ TEST_P(SuppliedPs, aStopInTheMiddleOfALineLosesNothing)
 TEST_P(SuppliedPs, psWalksOverNoProcesses)
 {
     if (isSanitized)
-        GTEST_SKIP() << "the sanitizers read folders";
+        GTEST_SKIP() << "the sanitizers read directories";
     const auto before = [this] {
-        return asViewer()() && maySeeNoFolder();
+        return asViewer()() && maySeeNoDirectory();
     };
     const std::vector<std::string> query{"-p", "1", "-o", "command="};
     EXPECT_EQ(runProgram("/bin/ls", {"/"}, before).text, "");

@@ -2,7 +2,7 @@
 
 #include "tests/libexec/OddProcess.h"
 #include "tests/support/Namespaces.h"
-#include "tests/support/SharedFolder.h"
+#include "tests/support/SharedDirectory.h"
 #include "tests/support/Users.h"
 
 #include <gtest/gtest.h>
@@ -126,12 +126,15 @@ protected:
     }
 
     /// A copy of odd_process of that name.
-    std::string program(const std::string &name) const { return m_folder.copy(oddProgram(), name); }
-    const SharedFolder &folder() const { return m_folder; }
+    std::string program(const std::string &name) const
+    {
+        return m_directory.copy(oddProgram(), name);
+    }
+    const SharedDirectory &directory() const { return m_directory; }
 
 private:
-    SharedFolder m_folder;
-    std::string m_lsof = m_folder.copy(SUPPLIED_TOOLS "/lsof", "supplied-lsof");
+    SharedDirectory m_directory;
+    std::string m_lsof = m_directory.copy(SUPPLIED_TOOLS "/lsof", "supplied-lsof");
     bool m_ownNetwork = false;
 };
 

@@ -101,7 +101,7 @@ TEST_P(SuppliedTools, theLoaderStartedByHand)
 TEST_P(SuppliedTools, anotherNameOfTheSameFileBesideIt)
 {
     const std::string original = program("redis-check-rdb");
-    ASSERT_EQ(symlink(original.c_str(), folder().path("redis-server").c_str()), 0);
+    ASSERT_EQ(symlink(original.c_str(), directory().path("redis-server").c_str()), 0);
     EXPECT_EQ(commandOf({"", {"redis-server *:6379"}, original}), "redis-server");
     EXPECT_EQ(commandOf({"", {"/elsewhere/redis-server"}, original}), "redis-server");
     EXPECT_EQ(commandOf({"comm redis-server", {"x"}, original}), "redis-server");
@@ -621,7 +621,7 @@ TEST_P(SuppliedTools, workingDirectoriesAsLsofPrintsThem)
                                          "x (deleted)",
                                          "\b\f\v\r"};
     for (const std::string &name : names) {
-        const std::string path = folder().path(name);
+        const std::string path = directory().path(name);
         ASSERT_EQ(mkdir(path.c_str(), 0777), 0);
         const OddProcess process({"", {"x"}, "", asViewer(), -1, path});
         const std::vector<std::string> query{
@@ -636,7 +636,7 @@ TEST_P(SuppliedTools, workingDirectoriesAsLsofPrintsThem)
 
 TEST_P(SuppliedTools, aRemovedWorkingDirectory)
 {
-    const std::string path = folder().path("gone");
+    const std::string path = directory().path("gone");
     ASSERT_EQ(mkdir(path.c_str(), 0777), 0);
     const OddProcess process({"", {"x"}, "", asViewer(), -1, path});
     ASSERT_EQ(rmdir(path.c_str()), 0);

@@ -15,7 +15,7 @@
 #include "state/AppState.h"
 #include "state/Workers.h"
 #include "tests/support/Holdings.h"
-#include "tests/support/SharedFolder.h"
+#include "tests/support/SharedDirectory.h"
 #include "tests/support/Users.h"
 #include "tests/support/WaitUntil.h"
 
@@ -82,10 +82,10 @@ class Crowd
 public:
     explicit Crowd(const Case &which)
     {
-        const QString program = m_folder.filePath(which.program);
+        const QString program = m_directory.filePath(which.program);
         QFile::copy(QStringLiteral(CROWD), program);
         if (which.user) {
-            chmod(QFile::encodeName(m_folder.path()).constData(), 0755);
+            chmod(QFile::encodeName(m_directory.path()).constData(), 0755);
             m_process.setChildProcessModifier([user = *which.user] {
                 if (setgroups(0, nullptr) != 0 || setgid(user) != 0 || setuid(user) != 0)
                     _exit(1);
@@ -130,7 +130,7 @@ public:
     }
 
 private:
-    QTemporaryDir m_folder;
+    QTemporaryDir m_directory;
     QProcess m_process;
     std::map<qint64, QString> m_listeners;
 };
@@ -212,7 +212,7 @@ bool scanAll(const Crowd &crowd, const ToolTable &tools, int scans)
 /// Another user's crowd changes nothing in the list.
 bool overlookOthers(const QString &tools, int scans)
 {
-    const SharedFolder shared;
+    const SharedDirectory shared;
     for (const char *const tool : {"/lsof", "/ps"})
         shared.copy(tools.toStdString() + tool);
     const ToolTable table = ToolTable::suppliedOverStock(QString::fromStdString(shared.path()));
@@ -265,12 +265,12 @@ int main(int argc, char *argv[])
         std::printf("SKIPPED: only root can start a server as another user\n");
         return skipped;
     }
-    const QString folder = QString::fromLocal8Bit(argv[3]);
-    const ToolTable tools = ToolTable::suppliedOverStock(folder);
+    const QString directory = QString::fromLocal8Bit(argv[3]);
+    const ToolTable tools = ToolTable::suppliedOverStock(directory);
     const int scans = QByteArray(argv[2]).toInt();
     const Crowd crowd(*which);
     std::printf("%s: %zu listeners\n", which->name, crowd.size());
-    const bool isGood = which->user                             ? overlookOthers(folder, scans)
+    const bool isGood = which->user                             ? overlookOthers(directory, scans)
                         : QByteArray(which->manner) == "silent" ? endureSilence(crowd, tools)
                                                                 : scanAll(crowd, tools, scans);
     return isGood && crowd.size() == 1000 ? EXIT_SUCCESS : EXIT_FAILURE;

@@ -80,7 +80,7 @@ class ProjectName : public testing::TestWithParam<ProjectNameRow>
 {
 };
 
-TEST_P(ProjectName, isDerivedFromFolderOrScript)
+TEST_P(ProjectName, isDerivedFromDirectoryOrScript)
 {
     PortInfo record = anyRecord();
     record.workingDirectory = QString::fromUtf8(GetParam().workingDirectory);
@@ -93,8 +93,8 @@ TEST_P(ProjectName, isDerivedFromFolderOrScript)
 INSTANTIATE_TEST_SUITE_P(
     Rows, ProjectName,
     testing::Values(
-        ProjectNameRow{"folder", "/Users/a/shop", nullptr, "shop"},
-        ProjectNameRow{"folderWinsOverScript", "/Users/a/shop", "server.js", "shop"},
+        ProjectNameRow{"directory", "/Users/a/shop", nullptr, "shop"},
+        ProjectNameRow{"directoryWinsOverScript", "/Users/a/shop", "server.js", "shop"},
         ProjectNameRow{"trailingSlash", "/Users/a/shop/", nullptr, "shop"},
         ProjectNameRow{"doubledSlashes", "/Users//a/shop//", nullptr, "shop"},
         ProjectNameRow{"srcYieldsParent", "/Users/a/shop/src", nullptr, "shop"},
@@ -107,14 +107,14 @@ INSTANTIATE_TEST_SUITE_P(
         ProjectNameRow{"srcBelowRootYieldsRoot", "/src", nullptr, "/"},
         ProjectNameRow{"root", "/", nullptr, "/"},
         ProjectNameRow{"spacesAndUnicode", "/home/a/mein Café", nullptr, "mein Café"},
-        ProjectNameRow{"dotInFolderName", "/home/a/tidewick.dev", nullptr, "tidewick.dev"},
+        ProjectNameRow{"dotInDirectoryName", "/home/a/tidewick.dev", nullptr, "tidewick.dev"},
         ProjectNameRow{"scriptWithPath", "", "/x/y/server.js", "server"},
         ProjectNameRow{"scriptWithoutExtension", "", "app", "app"},
         ProjectNameRow{"scriptLosesLastExtensionOnly", "", "a/app.test.ts", "app.test"},
-        ProjectNameRow{"dotInScriptFolderStays", "", "/x/y.z/app", "app"},
+        ProjectNameRow{"dotInScriptDirectoryStays", "", "/x/y.z/app", "app"},
         ProjectNameRow{"scriptCalledJustAnExtension", "", "/x/.js", ".js"},
-        ProjectNameRow{"buildFolderRuleIsNotForScripts", "", "/x/server.js", "server"},
-        ProjectNameRow{"neitherFolderNorScript", "", nullptr, "Node App"}),
+        ProjectNameRow{"buildDirectoryRuleIsNotForScripts", "", "/x/server.js", "server"},
+        ProjectNameRow{"neitherDirectoryNorScript", "", nullptr, "Node App"}),
     rowName);
 
 TEST(PortInfo, projectNameOfABareRecordIsTheFallback)
@@ -122,7 +122,7 @@ TEST(PortInfo, projectNameOfABareRecordIsTheFallback)
     EXPECT_EQ(anyRecord().projectName(), QStringLiteral("Node App"));
 }
 
-TEST(PortInfo, relativeFolderIsResolvedAgainstTheCurrentOne)
+TEST(PortInfo, relativeDirectoryIsResolvedAgainstTheCurrentOne)
 {
     PortInfo record = anyRecord();
     record.workingDirectory = QStringLiteral("src");

@@ -30,7 +30,7 @@ def apt(*arguments):
 
 
 def as_the_readme_says(verb):
-    """Runs the README's line for that verb of apt, in a folder where the package was built."""
+    """Runs the README's line for that verb of apt, in a directory where the package was built."""
     packages = TREE + "/tmp/checkout/build/release/packages"
     os.makedirs(packages, exist_ok=True)
     shutil.copy(os.environ["PACKAGE"], packages)
@@ -39,19 +39,19 @@ def as_the_readme_says(verb):
     in_tree("sh", "-c", "cd /tmp/checkout && " + line)
 
 
-def share(folder):
-    """Shows a folder of this machine in the tree, at the same place."""
-    os.makedirs(TREE + folder, exist_ok=True)
-    subprocess.run(["mount", "--bind", folder, TREE + folder], check=True)
+def share(directory):
+    """Shows a directory of this machine in the tree, at the same place."""
+    os.makedirs(TREE + directory, exist_ok=True)
+    subprocess.run(["mount", "--bind", directory, TREE + directory], check=True)
 
 
 def files():
     """The paths in the tree."""
     found = set()
-    for folder, folders, names in os.walk(TREE):
-        place = folder[len(TREE):]
-        folders[:] = [name for name in folders if f"{place}/{name}" not in OTHERS]
-        found.update(f"{place}/{name}" for name in folders + names)
+    for directory, directories, names in os.walk(TREE):
+        place = directory[len(TREE):]
+        directories[:] = [name for name in directories if f"{place}/{name}" not in OTHERS]
+        found.update(f"{place}/{name}" for name in directories + names)
     return found
 
 

@@ -33,11 +33,11 @@ class RealServers : public testing::Test
 protected:
     void SetUp() override
     {
-        ASSERT_TRUE(m_folder.isValid());
-        giveToOrdinaryUser(m_folder.path());
+        ASSERT_TRUE(m_directory.isValid());
+        giveToOrdinaryUser(m_directory.path());
     }
 
-    QString path(const char *name) const { return m_folder.filePath(QString::fromLatin1(name)); }
+    QString path(const char *name) const { return m_directory.filePath(QString::fromLatin1(name)); }
 
     void write(const char *name, const QByteArray &text) const
     {
@@ -56,7 +56,7 @@ protected:
         return QString::fromUtf8(process.readAll()).trimmed();
     }
 
-    /// Starts the program in the folder of the test; PORT stands for the port. False where it
+    /// Starts the program in the directory of the test; PORT stands for the port. False where it
     /// does not come up.
     bool start(const char *program, const char *arguments)
     {
@@ -65,7 +65,7 @@ protected:
         const QStringList list =
             words(arguments).replaceInStrings(QStringLiteral("PORT"), QString::number(port));
         m_server = std::make_unique<ServerProgram>(findProgram(QString::fromLatin1(program)), list,
-                                                   m_folder.path(), port);
+                                                   m_directory.path(), port);
         EXPECT_TRUE(m_server->isUp()) << m_server->output().toStdString();
         return m_server->isUp();
     }
@@ -113,7 +113,7 @@ protected:
     bool initialisePostgres() const
     {
         return runAsOrdinaryUser(findProgram(QStringLiteral("initdb")),
-                                 words("--no-sync -A trust -U test -D data"), m_folder.path());
+                                 words("--no-sync -A trust -U test -D data"), m_directory.path());
     }
 
     CurlHttpClient trustingClient() const { return CurlHttpClient(path("ca.pem")); }
@@ -131,10 +131,10 @@ private:
     bool openssl(const char *arguments) const
     {
         return runAsOrdinaryUser(findProgram(QStringLiteral("openssl")), words(arguments),
-                                 m_folder.path());
+                                 m_directory.path());
     }
 
-    QTemporaryDir m_folder;
+    QTemporaryDir m_directory;
     std::unique_ptr<ServerProgram> m_server;
 };
 

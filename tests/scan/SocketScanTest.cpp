@@ -302,7 +302,7 @@ INSTANTIATE_TEST_SUITE_P(
         CommandRow{"mysqld", "mysqld", true}, CommandRow{"mysqldWhole", "mysqld_safe", false},
         CommandRow{"mongod", "mongod", true}, CommandRow{"mongosHoldsGo", "mongos", true},
         CommandRow{"redisServer", "redis-server", true},
-        CommandRow{"redisServerCut", "redis-ser", false},
+        CommandRow{"redisServerTruncated", "redis-ser", false},
         CommandRow{"redisServerWhole", "redis-server-x", false},
         CommandRow{"rubyInside", "ruby3.1", true}, CommandRow{"dotnetInside", "dotnet-watch", true},
         CommandRow{"docker", "com.docker.backend", true},
@@ -378,7 +378,7 @@ TEST(FetchRunningPorts, stopEndsItAfterTheSocketList)
     EXPECT_EQ(tools->calls().size(), 1U);
 }
 
-TEST(FetchRunningPorts, listThatIsCutIsAFailure)
+TEST(FetchRunningPorts, truncatedListIsAFailure)
 {
     const auto tools = std::make_shared<RecordingToolRunner>([](const auto &, const auto &) {
         return ToolResult{"header\nnode 1 a 3u IPv4 0x1 0t0 TCP *:3000 (LISTEN)\n", -1, true};

@@ -48,9 +48,9 @@ QString systemText(int errorNumber)
     return QString::fromStdString(std::generic_category().message(errorNumber));
 }
 
-QString makeFile(const QTemporaryDir &folder, const QByteArray &content)
+QString makeFile(const QTemporaryDir &directory, const QByteArray &content)
 {
-    QFile file(folder.filePath(QStringLiteral("tool")));
+    QFile file(directory.filePath(QStringLiteral("tool")));
     EXPECT_TRUE(file.open(QIODevice::WriteOnly));
     file.write(content);
     EXPECT_TRUE(file.setPermissions(QFile::ReadOwner | QFile::ExeOwner));
@@ -84,8 +84,8 @@ public:
     pid_t pid = 0;
 
 private:
-    QTemporaryDir m_folder;
-    QString m_pidFile = m_folder.filePath(QStringLiteral("pid"));
+    QTemporaryDir m_directory;
+    QString m_pidFile = m_directory.filePath(QStringLiteral("pid"));
     std::jthread m_thread;
 };
 
@@ -112,7 +112,7 @@ TEST(ToolRunner, carriesMegabytesOnBothPipesWithoutLosingAByte)
     const ToolResult result = runFaultyTool({QStringLiteral("flood")});
     EXPECT_EQ(result.exitStatus, 0);
     EXPECT_TRUE(result.standardOutput == QByteArray(2500000, 'a') + QByteArray(2500000, 'b'));
-    EXPECT_FALSE(result.isCut);
+    EXPECT_FALSE(result.isTruncated);
 }
 
 TEST(ToolRunner, keepsNothingOfStandardError)
@@ -133,7 +133,7 @@ TEST(ToolRunner, killsAToolThatPrintsForEver)
     const ToolResult result = runFaultyTool({QStringLiteral("overflow")});
     EXPECT_EQ(result.exitStatus, -1);
     EXPECT_TRUE(result.standardOutput == QByteArray(ProcessToolRunner::outputLimit, 'a'));
-    EXPECT_TRUE(result.isCut);
+    EXPECT_TRUE(result.isTruncated);
 }
 
 TEST(ToolRunner, keepsWhatACrashingToolPrinted)
@@ -153,7 +153,7 @@ TEST(ToolRunner, givesTheToolNothingToRead)
     EXPECT_EQ(runFaultyTool({QStringLiteral("stdin")}).standardOutput, "0");
 }
 
-TEST(ToolRunner, inheritsEnvironmentAndFolder)
+TEST(ToolRunner, inheritsEnvironmentAndDirectory)
 {
     qputenv("TIDEWICK_TEST_VARIABLE", "inherited");
     const QByteArray environment = run(QStringLiteral("/usr/bin/env")).standardOutput;
@@ -170,7 +170,7 @@ TEST(ToolRunner, missingToolIsAnErrorWithTheSystemsText)
     EXPECT_TRUE(error.contains(QStringLiteral("/nowhere/lsof"))) << error.toStdString();
 }
 
-TEST(ToolRunner, folderIsAnErrorWithTheSystemsText)
+TEST(ToolRunner, directoryIsAnErrorWithTheSystemsText)
 {
     const QString error = startError(QStringLiteral("/usr"));
     EXPECT_TRUE(error.contains(systemText(EACCES))) << error.toStdString();
@@ -178,8 +178,8 @@ TEST(ToolRunner, folderIsAnErrorWithTheSystemsText)
 
 TEST(ToolRunner, textFileIsNeverHandedToAShell)
 {
-    const QTemporaryDir folder;
-    const QString error = startError(makeFile(folder, "echo run by a shell\n"));
+    const QTemporaryDir directory;
+    const QString error = startError(makeFile(directory, "echo run by a shell\n"));
     EXPECT_TRUE(error.contains(systemText(ENOEXEC))) << error.toStdString();
 }
 

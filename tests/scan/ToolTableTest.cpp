@@ -11,9 +11,10 @@ using namespace tidewick;
 namespace
 {
 
-QString makeFile(const QTemporaryDir &folder, const QString &name, QFile::Permissions permissions)
+QString makeFile(const QTemporaryDir &directory, const QString &name,
+                 QFile::Permissions permissions)
 {
-    QFile file(folder.filePath(name));
+    QFile file(directory.filePath(name));
     EXPECT_TRUE(file.open(QIODevice::WriteOnly));
     EXPECT_TRUE(file.setPermissions(permissions));
     return file.fileName();
@@ -44,12 +45,12 @@ TEST(ToolTable, suppliedToolsComeBeforeTheStockOnesExceptKill)
 
 TEST(ToolTable, firstExecutableFileIsTaken)
 {
-    const QTemporaryDir folder;
-    const QString plain = makeFile(folder, QStringLiteral("plain"), QFile::ReadOwner);
-    const QString first = makeFile(folder, QStringLiteral("first"), executable);
-    const QString second = makeFile(folder, QStringLiteral("second"), executable);
-    EXPECT_EQ(presentTool({folder.filePath(QStringLiteral("missing")), folder.path(), plain, first,
-                           second}),
+    const QTemporaryDir directory;
+    const QString plain = makeFile(directory, QStringLiteral("plain"), QFile::ReadOwner);
+    const QString first = makeFile(directory, QStringLiteral("first"), executable);
+    const QString second = makeFile(directory, QStringLiteral("second"), executable);
+    EXPECT_EQ(presentTool({directory.filePath(QStringLiteral("missing")), directory.path(), plain,
+                           first, second}),
               first);
 }
 
@@ -61,10 +62,10 @@ TEST(ToolTable, lastPlaceIsTriedWhereNoneIsPresent)
 
 TEST(ToolTable, toolInstalledLaterIsFound)
 {
-    const QTemporaryDir folder;
-    const QStringList candidates{folder.filePath(QStringLiteral("lsof")),
+    const QTemporaryDir directory;
+    const QStringList candidates{directory.filePath(QStringLiteral("lsof")),
                                  QStringLiteral("/nowhere/lsof")};
     EXPECT_EQ(presentTool(candidates), candidates[1]);
-    makeFile(folder, QStringLiteral("lsof"), executable);
+    makeFile(directory, QStringLiteral("lsof"), executable);
     EXPECT_EQ(presentTool(candidates), candidates[0]);
 }

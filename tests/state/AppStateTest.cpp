@@ -619,8 +619,8 @@ TEST_F(AppStateTest, destructionDuringAKillStopsItAndAnswersFalse)
 
 TEST(AppStateWithRealTools, missingLsofIsAnErrorUntilItIsThereAgain)
 {
-    const QTemporaryDir folder;
-    const QString lsof = folder.filePath(QStringLiteral("lsof"));
+    const QTemporaryDir directory;
+    const QString lsof = directory.filePath(QStringLiteral("lsof"));
     const auto writeLsof = [&lsof](const QByteArray &port) {
         QFile file(lsof);
         ASSERT_TRUE(file.open(QIODevice::WriteOnly));

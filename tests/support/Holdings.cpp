@@ -9,9 +9,9 @@
 namespace
 {
 
-QStringList entries(const QString &folder)
+QStringList entries(const QString &directory)
 {
-    return QDir(folder).entryList(QDir::AllEntries | QDir::System | QDir::NoDotAndDotDot);
+    return QDir(directory).entryList(QDir::AllEntries | QDir::System | QDir::NoDotAndDotDot);
 }
 
 QByteArray contents(const QString &path)

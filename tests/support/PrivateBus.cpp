@@ -36,16 +36,16 @@ const QString configuration = QStringLiteral(R"(<!DOCTYPE busconfig PUBLIC
 
 PrivateBus::PrivateBus(const QMap<QString, QString> &services)
 {
-    write(m_folder.filePath(QStringLiteral("bus.conf")), configuration.arg(m_folder.path()));
+    write(m_directory.filePath(QStringLiteral("bus.conf")), configuration.arg(m_directory.path()));
     for (auto service = services.begin(); service != services.end(); ++service)
-        write(m_folder.filePath(service.key() + QStringLiteral(".service")),
+        write(m_directory.filePath(service.key() + QStringLiteral(".service")),
               QStringLiteral("[D-BUS Service]\nName=%1\nExec=%2\n")
                   .arg(service.key(), service.value()));
     m_daemon.setChildProcessModifier([] { prctl(PR_SET_PDEATHSIG, SIGKILL); });
     m_daemon.setStandardErrorFile(QProcess::nullDevice());
     m_daemon.start(
         QStringLiteral("dbus-daemon"),
-        {QStringLiteral("--config-file=") + m_folder.filePath(QStringLiteral("bus.conf")),
+        {QStringLiteral("--config-file=") + m_directory.filePath(QStringLiteral("bus.conf")),
          QStringLiteral("--nofork"), QStringLiteral("--nopidfile"),
          QStringLiteral("--print-address")});
     while (!m_daemon.canReadLine())

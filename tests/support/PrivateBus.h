@@ -21,7 +21,7 @@ public:
     void kill();
 
 private:
-    QTemporaryDir m_folder;
+    QTemporaryDir m_directory;
     QProcess m_daemon;
     QString m_address;
     QStringList m_names;

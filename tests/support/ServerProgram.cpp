@@ -27,14 +27,14 @@ void becomeOrdinaryUser()
         _exit(127);
 }
 
-void prepare(QProcess &process, const QString &folder)
+void prepare(QProcess &process, const QString &directory)
 {
     process.setProcessChannelMode(QProcess::MergedChannels);
     process.setStandardInputFile(QProcess::nullDevice());
-    process.setWorkingDirectory(folder);
+    process.setWorkingDirectory(directory);
     auto environment = QProcessEnvironment::systemEnvironment();
     environment.insert(QStringLiteral("LC_ALL"), QStringLiteral("C.UTF-8"));
-    environment.insert(QStringLiteral("HOME"), folder);
+    environment.insert(QStringLiteral("HOME"), directory);
     process.setProcessEnvironment(environment);
     process.setChildProcessModifier([isRoots = isRealRoot()] {
         if (isRoots)
@@ -73,12 +73,12 @@ QString findProgram(const QString &name)
 {
     const QString unpacked =
         QStringLiteral("/var/tmp/tidewick-servers-%1/usr").arg(QString::number(geteuid()));
-    QStringList folders{QStringLiteral("/usr/bin"), QStringLiteral("/usr/sbin"),
-                        unpacked + QStringLiteral("/sbin")};
+    QStringList directories{QStringLiteral("/usr/bin"), QStringLiteral("/usr/sbin"),
+                            unpacked + QStringLiteral("/sbin")};
     const QDir postgresql(unpacked + QStringLiteral("/lib/postgresql"));
     for (const QString &version : postgresql.entryList(QDir::Dirs | QDir::NoDotAndDotDot))
-        folders.append(postgresql.filePath(version + QStringLiteral("/bin")));
-    return QStandardPaths::findExecutable(name, folders);
+        directories.append(postgresql.filePath(version + QStringLiteral("/bin")));
+    return QStandardPaths::findExecutable(name, directories);
 }
 
 int freePort(int first)
@@ -99,9 +99,9 @@ int freePort(int first)
 }
 
 ServerProgram::ServerProgram(const QString &program, const QStringList &arguments,
-                             const QString &folder, int port)
+                             const QString &directory, int port)
 {
-    prepare(m_process, folder);
+    prepare(m_process, directory);
     m_process.start(program, arguments);
     m_process.waitForStarted();
     m_processId = m_process.processId();
@@ -135,18 +135,19 @@ QByteArray ServerProgram::output()
     return m_process.readAll();
 }
 
-bool runAsOrdinaryUser(const QString &program, const QStringList &arguments, const QString &folder)
+bool runAsOrdinaryUser(const QString &program, const QStringList &arguments,
+                       const QString &directory)
 {
     QProcess process;
-    prepare(process, folder);
+    prepare(process, directory);
     process.start(program, arguments);
     process.waitForFinished(-1);
     return process.exitStatus() == QProcess::NormalExit && process.exitCode() == 0;
 }
 
-void giveToOrdinaryUser(const QString &folder)
+void giveToOrdinaryUser(const QString &directory)
 {
     if (isRealRoot() &&
-        chown(QFile::encodeName(folder).constData(), ordinaryUser, ordinaryUser) != 0)
-        qWarning("%s cannot be given away", qPrintable(folder));
+        chown(QFile::encodeName(directory).constData(), ordinaryUser, ordinaryUser) != 0)
+        qWarning("%s cannot be given away", qPrintable(directory));
 }

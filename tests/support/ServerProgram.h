@@ -15,8 +15,8 @@ int freePort(int first = 0);
 class ServerProgram
 {
 public:
-    /// Starts it in `folder` and waits until `port` takes connections on a loopback address.
-    ServerProgram(const QString &program, const QStringList &arguments, const QString &folder,
+    /// Starts it in `directory` and waits until `port` takes connections on a loopback address.
+    ServerProgram(const QString &program, const QStringList &arguments, const QString &directory,
                   int port);
     ~ServerProgram();
     ServerProgram(const ServerProgram &) = delete;
@@ -37,7 +37,8 @@ private:
 };
 
 /// Runs a program to its end as a server would run: never as root. False where it fails.
-bool runAsOrdinaryUser(const QString &program, const QStringList &arguments, const QString &folder);
+bool runAsOrdinaryUser(const QString &program, const QStringList &arguments,
+                       const QString &directory);
 
-/// Hands `folder` to the user that servers run as where this test runs as root.
-void giveToOrdinaryUser(const QString &folder);
+/// Hands `directory` to the user that servers run as where this test runs as root.
+void giveToOrdinaryUser(const QString &directory);

@@ -6,8 +6,8 @@
 // The dialogs of the updates are widgets, and need no display.
 int main(int argc, char *argv[])
 {
-    const QTemporaryDir runtimeFolder;
-    qputenv("XDG_RUNTIME_DIR", runtimeFolder.path().toLocal8Bit());
+    const QTemporaryDir runtimeDirectory;
+    qputenv("XDG_RUNTIME_DIR", runtimeDirectory.path().toLocal8Bit());
     qputenv("QT_QPA_PLATFORM", "offscreen");
     const QApplication application(argc, argv);
     QApplication::setQuitOnLastWindowClosed(false);

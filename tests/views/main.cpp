@@ -47,7 +47,7 @@ public:
     QStringList log() const { return m_log; }
 
     /// Lets the next scans find these listeners, each with port, pid and what ps and lsof print:
-    /// command, figures, elapsed, folder; `live` ones answer HTTP.
+    /// command, figures, elapsed, directory; `live` ones answer HTTP.
     Q_INVOKABLE void listen(const QVariantList &listeners)
     {
         const std::lock_guard lock(m_mutex);
@@ -128,8 +128,8 @@ private:
                 continue;
             if (keys.contains(call.arguments.last()))
                 return map.value(keys.value(call.arguments.last())).toByteArray();
-            const QByteArray folder = map.value(QStringLiteral("folder")).toByteArray();
-            return folder.isEmpty() ? QByteArray() : "p1\nfcwd\nn" + folder + '\n';
+            const QByteArray directory = map.value(QStringLiteral("directory")).toByteArray();
+            return directory.isEmpty() ? QByteArray() : "p1\nfcwd\nn" + directory + '\n';
         }
         return {};
     }

@@ -100,12 +100,12 @@ Column {
             width: Math.min(implicitWidth, details.width - 22)
             isTabStop: details.isTabStop
             help: "Show in Finder"
-            tip: isElided ? details.facts.folder + "\n" + help : help
+            tip: isElided ? details.facts.directoryName + "\n" + help : help
             onClicked: details.reveal()
 
             contentItem: PlainText {
-                objectName: "folder"
-                text: details.facts.folder
+                objectName: "directory"
+                text: details.facts.directoryName
                 color: colors.faded(colors.blue, 0.9)
                 font.pixelSize: 13
             }

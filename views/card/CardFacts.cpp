@@ -89,7 +89,7 @@ QString CardFacts::script() const
     return lastComponentOf(m_record.metadata.value(QStringLiteral("script")));
 }
 
-QString CardFacts::folder() const
+QString CardFacts::directoryName() const
 {
     return lastComponentOf(m_record.workingDirectory);
 }

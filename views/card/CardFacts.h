@@ -33,7 +33,7 @@ class CardFacts : public QObject
     Q_PROPERTY(tidewick::CardFacts::Level cpuLevel READ cpuLevel NOTIFY recordChanged)
     Q_PROPERTY(QString uptime READ uptime NOTIFY recordChanged)
     Q_PROPERTY(QString script READ script NOTIFY recordChanged)
-    Q_PROPERTY(QString folder READ folder NOTIFY recordChanged)
+    Q_PROPERTY(QString directoryName READ directoryName NOTIFY recordChanged)
     Q_PROPERTY(QString workingDirectory READ workingDirectory NOTIFY recordChanged)
     /// The summary as one sentence, for a screen reader.
     Q_PROPERTY(QString sentence READ sentence NOTIFY recordChanged)
@@ -59,7 +59,7 @@ public:
     Level cpuLevel() const;
     QString uptime() const;
     QString script() const;
-    QString folder() const;
+    QString directoryName() const;
     QString sentence() const;
     QString workingDirectory() const { return m_record.workingDirectory; }
 

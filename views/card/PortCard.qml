@@ -2,7 +2,7 @@ import QtQuick
 import Tidewick
 
 // One listener: a summary row, details below it while it is expanded, and three actions: open in
-// the browser, reveal the folder, and kill, the last one after a second press.
+// the browser, reveal the directory, and kill, the last one after a second press.
 Item {
     id: card
 
@@ -261,7 +261,7 @@ Item {
                 width: parent.width
                 isTabStop: card.isTabStop && card.isExpanded
                 facts: card.facts
-                onReveal: card.panel.revealFolder(card.facts.workingDirectory)
+                onReveal: card.panel.revealDirectory(card.facts.workingDirectory)
             }
         }
     }

@@ -78,7 +78,7 @@ void Panel::openPort(const QString &port)
         Q_EMIT openRequested(url);
 }
 
-void Panel::revealFolder(const QString &path)
+void Panel::revealDirectory(const QString &path)
 {
     Q_EMIT revealRequested(path);
 }

@@ -52,7 +52,7 @@ public:
     Q_INVOKABLE void kill(const QString &pid);
     /// Shows what listens on `port` in the browser.
     Q_INVOKABLE void openPort(const QString &port);
-    Q_INVOKABLE void revealFolder(const QString &path);
+    Q_INVOKABLE void revealDirectory(const QString &path);
     Q_INVOKABLE void quit();
 
 Q_SIGNALS:

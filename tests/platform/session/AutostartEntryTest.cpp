@@ -37,20 +37,20 @@ protected:
         qunsetenv("XDG_CONFIG_DIRS");
     }
 
-    static QString file(const QString &folder)
+    static QString file(const QString &directory)
     {
-        return folder + QLatin1String("/autostart/") + entryName;
+        return directory + QLatin1String("/autostart/") + entryName;
     }
-    static void write(const QString &folder, const QByteArray &text)
+    static void write(const QString &directory, const QByteArray &text)
     {
-        QDir().mkpath(folder + QLatin1String("/autostart"));
-        QFile out(file(folder));
+        QDir().mkpath(directory + QLatin1String("/autostart"));
+        QFile out(file(directory));
         ASSERT_TRUE(out.open(QIODevice::WriteOnly));
         out.write(text);
     }
-    static QByteArray read(const QString &folder)
+    static QByteArray read(const QString &directory)
     {
-        QFile in(file(folder));
+        QFile in(file(directory));
         return in.open(QIODevice::ReadOnly) ? in.readAll() : QByteArray("none");
     }
 

@@ -47,7 +47,7 @@ protected:
     FakeFileManager fileManager;
     QList<QUrl> opened;
     DesktopWorkspace workspace{[this](const QUrl &url) { opened += url; }, bus.connect()};
-    QTemporaryDir folder;
+    QTemporaryDir directory;
 };
 
 } // namespace
@@ -58,12 +58,12 @@ TEST_F(WorkspaceTest, opensUrlsWithTheDefaultProgram)
     EXPECT_EQ(opened, QList<QUrl>({QUrl(QStringLiteral("http://localhost:3000"))}));
 }
 
-TEST_F(WorkspaceTest, fileManagerShowsTheFolder)
+TEST_F(WorkspaceTest, fileManagerShowsTheDirectory)
 {
     serve();
-    const QString path = folder.filePath(QStringLiteral("a b#é%"));
+    const QString path = directory.filePath(QStringLiteral("a b#é%"));
     ASSERT_TRUE(QDir().mkpath(path));
-    workspace.revealFolder(path);
+    workspace.revealDirectory(path);
     ASSERT_TRUE(waitUntil([&] { return !fileManager.shown.isEmpty(); }));
     EXPECT_EQ(fileManager.shown,
               QStringList(QUrl::fromLocalFile(path).toString(QUrl::FullyEncoded)));
@@ -71,34 +71,34 @@ TEST_F(WorkspaceTest, fileManagerShowsTheFolder)
     EXPECT_TRUE(nothingComesWithin(100, opened));
 }
 
-TEST_F(WorkspaceTest, folderIsOpenedWhereNoFileManagerAnswers)
+TEST_F(WorkspaceTest, directoryIsOpenedWhereNoFileManagerAnswers)
 {
-    workspace.revealFolder(folder.path());
+    workspace.revealDirectory(directory.path());
     ASSERT_TRUE(waitUntil([&] { return !opened.isEmpty(); }));
-    EXPECT_EQ(opened, QList<QUrl>({QUrl::fromLocalFile(folder.path())}));
+    EXPECT_EQ(opened, QList<QUrl>({QUrl::fromLocalFile(directory.path())}));
 }
 
-TEST_F(WorkspaceTest, folderIsOpenedWhereThereIsNoBus)
+TEST_F(WorkspaceTest, directoryIsOpenedWhereThereIsNoBus)
 {
     bus.kill();
-    workspace.revealFolder(folder.path());
+    workspace.revealDirectory(directory.path());
     EXPECT_TRUE(waitUntil([&] { return !opened.isEmpty(); }));
 }
 
-TEST_F(WorkspaceTest, folderThatIsGoneDoesNothing)
+TEST_F(WorkspaceTest, directoryThatIsGoneDoesNothing)
 {
     serve();
-    const QString path = folder.path();
-    folder.remove();
-    workspace.revealFolder(path);
+    const QString path = directory.path();
+    directory.remove();
+    workspace.revealDirectory(path);
     EXPECT_TRUE(nothingComesWithin(100, opened));
     EXPECT_TRUE(fileManager.shown.isEmpty());
 }
 
-TEST_F(WorkspaceTest, fileIsNoFolder)
+TEST_F(WorkspaceTest, fileIsNoDirectory)
 {
     serve();
-    workspace.revealFolder(QStringLiteral("/etc/passwd"));
+    workspace.revealDirectory(QStringLiteral("/etc/passwd"));
     EXPECT_TRUE(nothingComesWithin(100, opened));
     EXPECT_TRUE(fileManager.shown.isEmpty());
 }

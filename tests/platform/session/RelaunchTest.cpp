@@ -46,9 +46,9 @@ protected:
         return text;
     }
 
-    QTemporaryDir folder;
-    const QString program = folder.filePath(QStringLiteral("program"));
-    const QString trace = folder.filePath(QStringLiteral("trace"));
+    QTemporaryDir directory;
+    const QString program = directory.filePath(QStringLiteral("program"));
+    const QString trace = directory.filePath(QStringLiteral("trace"));
     QProcess old;
 };
 
@@ -82,7 +82,7 @@ TEST_F(RelaunchTest, handsNoDescriptorOn)
 
 TEST_F(RelaunchTest, refusesWhatIsNoProgram)
 {
-    EXPECT_EQ(ask(folder.filePath(QStringLiteral("missing"))), "no");
+    EXPECT_EQ(ask(directory.filePath(QStringLiteral("missing"))), "no");
     old.closeWriteChannel();
     EXPECT_TRUE(waitUntil([this] { return old.state() == QProcess::NotRunning; }));
 }
@@ -91,5 +91,5 @@ TEST_F(RelaunchTest, knowsItsOwnProgram)
 {
     EXPECT_FALSE(isReplaced(QCoreApplication::applicationFilePath()));
     EXPECT_TRUE(isReplaced(program));
-    EXPECT_FALSE(isReplaced(folder.filePath(QStringLiteral("missing"))));
+    EXPECT_FALSE(isReplaced(directory.filePath(QStringLiteral("missing"))));
 }

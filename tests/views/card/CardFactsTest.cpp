@@ -34,13 +34,13 @@ TEST(CardFacts, aNameAsLongAsAFilesIsShownWhole)
     EXPECT_EQ(facts->script(), QString(255, u'x'));
 }
 
-TEST(CardFacts, aLongerNameIsCut)
+TEST(CardFacts, aLongerNameIsTruncated)
 {
     QObject owner;
     const CardFacts *const facts = factsOf(withScript(130'000), owner);
-    const QString cut = QString(255, u'x') + QStringLiteral("…");
-    EXPECT_EQ(facts->title(), cut);
-    EXPECT_EQ(facts->script(), cut);
+    const QString truncated = QString(255, u'x') + QStringLiteral("…");
+    EXPECT_EQ(facts->title(), truncated);
+    EXPECT_EQ(facts->script(), truncated);
     EXPECT_LT(facts->sentence().size(), 300);
 }
 
@@ -52,7 +52,7 @@ TEST(CardFacts, noNameTurnsOrHidesWhatStandsBesideIt)
     record.metadata.insert(QStringLiteral("script"), QStringLiteral("a\u2028b\u0007c.js"));
     const CardFacts *const facts = factsOf(record, owner);
     EXPECT_EQ(facts->title(), QStringLiteral("evil  name"));
-    EXPECT_EQ(facts->folder(), QStringLiteral("evil  name"));
+    EXPECT_EQ(facts->directoryName(), QStringLiteral("evil  name"));
     EXPECT_EQ(facts->script(), QStringLiteral("a b c.js"));
     EXPECT_TRUE(facts->sentence().startsWith(QStringLiteral("evil  name, port 3000")));
     EXPECT_EQ(facts->workingDirectory(), record.workingDirectory);
@@ -66,12 +66,12 @@ TEST(CardFacts, aNameThatCannotBeSeenIsNone)
     EXPECT_EQ(factsOf(record, owner)->title(), QStringLiteral("Local Server"));
 }
 
-TEST(CardFacts, theFolderToRevealIsNeverCut)
+TEST(CardFacts, theDirectoryToRevealIsNeverTruncated)
 {
     QObject owner;
     PortInfo record = withScript(1);
     record.workingDirectory = u'/' + QString(255, u'd').repeated(3) + u'/' + QString(255, u'e');
     const CardFacts *const facts = factsOf(record, owner);
     EXPECT_EQ(facts->workingDirectory(), record.workingDirectory);
-    EXPECT_EQ(facts->folder(), QString(255, u'e'));
+    EXPECT_EQ(facts->directoryName(), QString(255, u'e'));
 }

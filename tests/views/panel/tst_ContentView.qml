@@ -21,7 +21,7 @@ TestCase {
             command: "node node_modules/.bin/vite server.js",
             figures: "614400 45.0",
             elapsed: "02:05:00",
-            folder: "/srv/<b>shop",
+            directory: "/srv/<b>shop",
             live: true
         })
     readonly property var api: ({
@@ -30,7 +30,7 @@ TestCase {
             command: "node x",
             figures: "0 0.1",
             elapsed: "",
-            folder: ""
+            directory: ""
         })
 
     Component {
@@ -444,7 +444,7 @@ TestCase {
             command: "node node_modules/.bin/vite " + "s".repeat(300) + ".js",
             figures: "104857600 12345.0",
             elapsed: "02:05:00",
-            folder: "/srv/" + "w".repeat(200),
+            directory: "/srv/" + "w".repeat(200),
             live: true
         }]);
         press(0, "expand");
@@ -461,7 +461,7 @@ TestCase {
     }
 
     function test_nameWrittenFromTheRightStandsOnTheLeft() {
-        show([Object.assign({}, shop, { folder: "/srv/\u0645\u0634\u0631\u0648\u0639" })]);
+        show([Object.assign({}, shop, { directory: "/srv/\u0645\u0634\u0631\u0648\u0639" })]);
         const title = findChild(card(0), "title");
         compare(title.text, "\u0645\u0634\u0631\u0648\u0639");
         compare(title.horizontalAlignment, Text.AlignLeft);
@@ -470,12 +470,12 @@ TestCase {
     function test_markupIsShownAsTypedAndLoadsNothing() {
         const name = "<img src=http:\u2215\u2215127.0.0.1:" + machine.trapPort + "\u2215x>";
         const markup = '<img src="http://127.0.0.1:' + machine.trapPort + '/x">';
-        show([Object.assign({}, shop, { folder: "/srv/" + name, command: "node " + markup })]);
+        show([Object.assign({}, shop, { directory: "/srv/" + name, command: "node " + markup })]);
         compare(findChild(card(0), "title").text, name);
         press(0, "expand");
         tryVerify(() => findChild(card(0), "reveal").visible);
-        compare(findChild(card(0), "folder").text, name);
-        for (const text of ["title", "framework", "folder", "Script"])
+        compare(findChild(card(0), "directory").text, name);
+        for (const text of ["title", "framework", "directory", "Script"])
             compare(findChild(card(0), text).textFormat, Text.PlainText);
         const reveal = findChild(card(0), "reveal");
         tryCompare(reveal.parent.parent, "y", 0);

@@ -6,15 +6,15 @@
 
 /// A directory that every user may enter, with copies of programs: another user can run nothing
 /// that lies in a home of the mode 0700.
-class SharedFolder
+class SharedDirectory
 {
 public:
-    SharedFolder();
-    ~SharedFolder();
-    SharedFolder(const SharedFolder &) = delete;
-    SharedFolder &operator=(const SharedFolder &) = delete;
+    SharedDirectory();
+    ~SharedDirectory();
+    SharedDirectory(const SharedDirectory &) = delete;
+    SharedDirectory &operator=(const SharedDirectory &) = delete;
 
-    std::string path() const { return m_folder.path().toStdString(); }
+    std::string path() const { return m_directory.path().toStdString(); }
     std::string path(const std::string &name) const { return path() + '/' + name; }
     /// The path of a copy of `program` called `name`.
     std::string copy(const std::string &program, const std::string &name) const;
@@ -22,5 +22,5 @@ public:
     std::string copy(const std::string &program) const;
 
 private:
-    QTemporaryDir m_folder;
+    QTemporaryDir m_directory;
 };

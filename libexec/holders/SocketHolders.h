@@ -4,7 +4,7 @@
 #include <string>
 #include <vector>
 
-namespace tidewick::tools
+namespace tidewick::libexec
 {
 
 /// What is needed of a process to show it.
@@ -18,7 +18,7 @@ struct Process
 /// That a process has a socket open, once however many descriptors it has of it.
 struct Holder
 {
-    size_t process = 0;  ///< its place in Scan::processes
+    size_t process = 0;  ///< its place in SocketHolders::processes
     size_t socket = 0;   ///< its place among the sockets
     int descriptor = -1; ///< the first one; -1: not told, the process shuts its descriptors
 };
@@ -30,11 +30,12 @@ struct DeniedProcess
     uint32_t user = 0;
 };
 
-struct Scan
+/// Which processes hold which listening sockets.
+struct SocketHolders
 {
     std::vector<Process> processes;
     std::vector<Holder> holders;
     std::vector<DeniedProcess> denied;
 };
 
-} // namespace tidewick::tools
+} // namespace tidewick::libexec

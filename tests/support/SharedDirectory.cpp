@@ -1,4 +1,4 @@
-#include "tests/support/SharedFolder.h"
+#include "tests/support/SharedDirectory.h"
 
 #include <QFile>
 
@@ -6,19 +6,19 @@
 
 #include <sys/stat.h>
 
-SharedFolder::SharedFolder() : m_folder(QStringLiteral("/tmp/tidewick-shared-XXXXXX"))
+SharedDirectory::SharedDirectory() : m_directory(QStringLiteral("/tmp/tidewick-shared-XXXXXX"))
 {
-    chmod(QFile::encodeName(m_folder.path()).constData(), 01777);
+    chmod(QFile::encodeName(m_directory.path()).constData(), 01777);
 }
 
-SharedFolder::~SharedFolder()
+SharedDirectory::~SharedDirectory()
 {
     // Qt does not remove files with names that are no text.
     std::error_code ignored;
     std::filesystem::remove_all(path(), ignored);
 }
 
-std::string SharedFolder::copy(const std::string &program, const std::string &name) const
+std::string SharedDirectory::copy(const std::string &program, const std::string &name) const
 {
     std::string place = path(name);
     std::filesystem::copy_file(program, place, std::filesystem::copy_options::skip_existing);
@@ -26,7 +26,7 @@ std::string SharedFolder::copy(const std::string &program, const std::string &na
     return place;
 }
 
-std::string SharedFolder::copy(const std::string &program) const
+std::string SharedDirectory::copy(const std::string &program) const
 {
     return copy(program, std::filesystem::path(program).filename());
 }
