@@ -5,7 +5,7 @@
 namespace tidewick
 {
 
-void printError(const char *prefix, const ToolStartError &error)
+void printError(const char *prefix, const std::exception &error)
 {
     std::printf("%s%s\n", prefix, error.what());
     std::fflush(stdout);

@@ -26,7 +26,7 @@ private:
 };
 
 /// Prints one line to standard output: `prefix`, then the error's description.
-void printError(const char *prefix, const ToolStartError &error);
+void printError(const char *prefix, const std::exception &error);
 
 /// What a tool left behind when it ended. `exitStatus` is -1 where a signal ended it. `isTruncated`
 /// tells that the tool printed more than is kept.

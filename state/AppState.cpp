@@ -7,6 +7,7 @@
 #include <QCoroThread>
 
 #include <QPointer>
+#include <QScopeGuard>
 #include <QThread>
 #include <QtConcurrent>
 
@@ -39,7 +40,7 @@ bool isProcessId(const QString &pid)
     return number && *number > 0 && *number <= std::numeric_limits<pid_t>::max();
 }
 
-/// Whether /bin/kill ran and succeeded.
+/// Whether /bin/kill ran and succeeded. Every path delivers an answer, see scan().
 bool kill(const SystemInterfaces &system, const QString &pid, const std::stop_token &stop)
 {
     if (!isProcessId(pid) || stop.stop_requested())
@@ -48,8 +49,10 @@ bool kill(const SystemInterfaces &system, const QString &pid, const std::stop_to
         const ToolResult result = system.tools->run(presentTool(system.toolTable.kill),
                                                     {QStringLiteral("-9"), pid}, stop);
         return result.exitStatus == 0;
-    } catch (const ToolStartError &error) {
+    } catch (const std::exception &error) {
         printError("Error killing process: ", error);
+        return false;
+    } catch (...) {
         return false;
     }
 }
@@ -126,11 +129,15 @@ QFuture<ScanOutcome> AppState::startScan()
 QCoro::Task<bool> AppState::killProcess(QString pid)
 {
     const QPointer<AppState> self(this);
-    const QFuture<void> marked =
-        start(m_workers.kills, [flag = m_isKillingProcess] { *flag = true; });
-    co_await marked;
+    auto mainThread = QCoro::moveToThread(thread());
+    co_await std::move(mainThread);
     if (!self)
         co_return false;
+    m_isKillingProcess = true;
+    const auto unmark = qScopeGuard([self] {
+        if (self)
+            self->m_isKillingProcess = false;
+    });
     removeRows(pid);
 
     const QFuture<bool> killing = startKill(pid);
@@ -140,10 +147,7 @@ QCoro::Task<bool> AppState::killProcess(QString pid)
     if (!isKilled) {
         auto rescan = loadRunningPorts();
         co_await rescan;
-        if (!self)
-            co_return false;
     }
-    *m_isKillingProcess = false;
     co_return isKilled;
 }
 

@@ -78,8 +78,8 @@ public:
     /// Ends the process `pid` at once, with a signal that cannot be caught. Its rows leave the list
     /// before the tool runs; where the tool fails, or is ended after `killTimeLimit`, a rescan
     /// brings back what still runs. True where /bin/kill ran and exited with 0; it does not run
-    /// where `pid` is not the decimal number of one process. Main thread; the tool runs in a pool
-    /// thread.
+    /// where `pid` is not the decimal number of one process. Moves to the main thread first,
+    /// whoever calls it, and answers there; the tool runs in a pool thread.
     QCoro::Task<bool> killProcess(QString pid);
 
     /// (Re)starts the timer, whose first tick comes one interval from now.
@@ -87,7 +87,7 @@ public:
 
     /// True while a process is being killed, the rescan after a failure included: refreshPorts()
     /// starts nothing then. Two kills at once each set and clear it by themselves.
-    bool isKillingProcess() const { return *m_isKillingProcess; }
+    bool isKillingProcess() const { return m_isKillingProcess; }
 
 Q_SIGNALS:
     /// Comes before each change of any published property; the old value can still be read.
@@ -128,15 +128,12 @@ private:
     Workers &m_workers;
     std::stop_source m_stop;
     std::shared_ptr<Scan> m_latestScan;
-    /// Written in the kill's pool threads, which may outlive the store.
-    std::shared_ptr<std::atomic<bool>> m_isKillingProcess =
-        std::make_shared<std::atomic<bool>>(false);
-
     QList<PortInfo> m_runningPorts;
     bool m_isLoading = false;
     std::optional<QString> m_lastError;
     QDateTime m_lastRefresh = QDateTime::currentDateTime();
     std::unique_ptr<QTimer> m_refreshTimer;
+    bool m_isKillingProcess = false;
 };
 
 } // namespace tidewick

@@ -11,6 +11,7 @@
 #include <QTemporaryDir>
 #include <QThread>
 
+#include <array>
 #include <condition_variable>
 #include <map>
 
@@ -592,6 +593,77 @@ TEST_F(AppStateTest, firstOfTwoKillsToEndClearsTheFlag)
     ASSERT_TRUE(waitForResult());
     EXPECT_FALSE(store->isKillingProcess());
     EXPECT_EQ(kill.stopped(), 0);
+}
+
+TEST_F(AppStateTest, anyOtherFailureOfAKillIsFalseAfterARescanToo)
+{
+    publish({3000});
+    struct Failure
+    {
+        HeldTool::Ending ending;
+        std::string printed;
+    };
+    const std::array failures{
+        Failure{[]() -> ToolResult { throw std::runtime_error("out of everything"); },
+                "Error killing process: out of everything\n"},
+        Failure{[]() -> ToolResult { throw 1; }, ""},
+    };
+    int scans = 1;
+    for (const Failure &failure : failures) {
+        killed.reset();
+        lsof.finish(++scans, {3000});
+        kill.end(scans - 1, failure.ending);
+        testing::internal::CaptureStdout();
+        startKill(QStringLiteral("1"));
+        const bool ended = waitForResult();
+        EXPECT_EQ(testing::internal::GetCapturedStdout(), failure.printed);
+        ASSERT_TRUE(ended);
+        EXPECT_EQ(killed, false);
+        EXPECT_FALSE(store->isKillingProcess());
+        EXPECT_EQ(ports(store->runningPorts()), QList<qint64>({3000}));
+    }
+    tick();
+    EXPECT_TRUE(waitForStart(scans + 1));
+}
+
+TEST_F(AppStateTest, rowsLeaveAtOnceHoweverManyKillsHang)
+{
+    lsof.finish(1, {"header\n"
+                    "node 1 a 3u IPv4 0x1 0t0 TCP *:1000 (LISTEN)\n"
+                    "node 2 a 3u IPv4 0x1 0t0 TCP *:2000 (LISTEN)\n"
+                    "node 3 a 3u IPv4 0x1 0t0 TCP *:3000 (LISTEN)\n"
+                    "node 4 a 3u IPv4 0x1 0t0 TCP *:4000 (LISTEN)\n",
+                    0});
+    ASSERT_TRUE(waitForStart(1));
+    ASSERT_TRUE(waitForEnd());
+    startKill(QStringLiteral("1"));
+    startKill(QStringLiteral("2"));
+    ASSERT_TRUE(waitForKill(2));
+    startKill(QStringLiteral("3"));
+    EXPECT_TRUE(
+        waitUntil([&] { return ports(store->runningPorts()) == QList<qint64>({4000}); }, 1000));
+    EXPECT_EQ(kill.started(), 2);
+    kill.finish(1, 0);
+    EXPECT_TRUE(waitForKill(3));
+}
+
+TEST_F(AppStateTest, killFromAnotherThreadChangesTheListOnTheMainThread)
+{
+    publish({3000});
+    QList<QThread *> threads;
+    QObject::connect(
+        store.get(), &AppState::objectWillChange, store.get(),
+        [&] { threads.append(QThread::currentThread()); }, Qt::DirectConnection);
+    QThread *other = QThread::create([this] { startKill(QStringLiteral("1")); });
+    other->start();
+    ASSERT_TRUE(waitForKill(1));
+    other->wait();
+    delete other;
+    EXPECT_EQ(threads, QList<QThread *>({QThread::currentThread()}));
+    EXPECT_TRUE(store->runningPorts().isEmpty());
+    kill.finish(1, 0);
+    ASSERT_TRUE(waitForResult());
+    EXPECT_EQ(killed, true);
 }
 
 TEST_F(AppStateTest, killIsStartedAtOnceWhileThePoolIsFullOfScans)
