@@ -2,12 +2,14 @@
 
 #include "update/PackageKit.h"
 
+#include <QCoroDBusPendingCall>
 #include <QDBusMessage>
 #include <QDBusObjectPath>
-#include <QDBusPendingCallWatcher>
+#include <QDBusPendingCall>
 #include <QDBusServiceWatcher>
 #include <QDeadlineTimer>
 #include <QLocale>
+#include <QPointer>
 #include <QStringList>
 
 namespace tidewick
@@ -17,6 +19,15 @@ namespace
 
 constexpr qsizetype maxPackages = 1000;
 constexpr qsizetype maxIdLength = 1000;
+
+/// Who the service is on the bus. Newer Qt keeps a reply's sender to itself.
+QDBusMessage ownerQuestion()
+{
+    auto question = QDBusMessage::createMethodCall(
+        QStringLiteral("org.freedesktop.DBus"), QStringLiteral("/org/freedesktop/DBus"),
+        QStringLiteral("org.freedesktop.DBus"), QStringLiteral("GetNameOwner"));
+    return question << QString(packagekit::service);
+}
 
 } // namespace
 
@@ -51,9 +62,7 @@ PackageKitTransaction::PackageKitTransaction(QDBusConnection bus, TransactionCal
         deliver(UpdateFailure{UpdateError::noBus, asParagraphs(m_bus.lastError().message())});
         return;
     }
-    send(QDBusMessage::createMethodCall(packagekit::service, packagekit::path,
-                                        packagekit::interface, QStringLiteral("CreateTransaction")),
-         [this](const QDBusMessage &created) { begin(created); });
+    run();
     m_onStop.emplace(stop, [this] {
         cancel();
         deliver(UpdateFailure{UpdateError::cancelled, {}});
@@ -65,40 +74,36 @@ PackageKitTransaction::~PackageKitTransaction()
     deliver(UpdateFailure{UpdateError::cancelled, {}});
 }
 
-void PackageKitTransaction::begin(const QDBusMessage &created)
+QCoro::Task<> PackageKitTransaction::run()
 {
-    m_path = created.arguments().value(0).value<QDBusObjectPath>().path();
-    m_owner = created.service();
+    auto creation = ask(QDBusMessage::createMethodCall(packagekit::service, packagekit::path,
+                                                       packagekit::interface,
+                                                       QStringLiteral("CreateTransaction")));
+    const std::optional<QDBusMessage> created = co_await creation;
+    if (!created)
+        co_return;
+    m_path = created->arguments().value(0).value<QDBusObjectPath>().path();
     if (m_path.isEmpty()) {
         deliver(UpdateFailure{UpdateError::other, {}});
-        return;
+        co_return;
     }
-    if (!m_owner.isEmpty()) {
-        run();
-        return;
+    m_owner = created->service();
+    if (m_owner.isEmpty()) {
+        auto question = ask(ownerQuestion());
+        const std::optional<QDBusMessage> answer = co_await question;
+        if (!answer)
+            co_return;
+        m_owner = answer->arguments().value(0).toString();
     }
-    // Newer Qt keeps a reply's sender to itself.
-    QDBusMessage question = QDBusMessage::createMethodCall(
-        QStringLiteral("org.freedesktop.DBus"), QStringLiteral("/org/freedesktop/DBus"),
-        QStringLiteral("org.freedesktop.DBus"), QStringLiteral("GetNameOwner"));
-    question << QString(packagekit::service);
-    send(question, [this](const QDBusMessage &answer) {
-        m_owner = answer.arguments().value(0).toString();
-        run();
-    });
-}
-
-void PackageKitTransaction::run()
-{
     if (m_isCancelled) {
         deliver(UpdateFailure{UpdateError::cancelled, {}});
-        return;
+        co_return;
     }
     listen();
     setHints();
     QDBusMessage call = transactionCall(m_call.method);
     call.setArguments(m_call.arguments);
-    send(call, [](const QDBusMessage & /*accepted*/) {});
+    ask(call); // only a refusal matters: what comes of the call is told by signals
     m_silence.start();
 }
 
@@ -142,26 +147,24 @@ QDBusMessage PackageKitTransaction::transactionCall(const QString &method) const
                                           method);
 }
 
-void PackageKitTransaction::send(const QDBusMessage &message,
-                                 const std::function<void(const QDBusMessage &)> &done)
+QCoro::Task<std::optional<QDBusMessage>> PackageKitTransaction::ask(QDBusMessage message)
 {
+    const QPointer<PackageKitTransaction> self(this);
     const int timeout = static_cast<int>(m_call.callTimeout.count());
     const QDeadlineTimer early(timeout / 2);
-    auto *reply = new QDBusPendingCallWatcher(m_bus.asyncCall(message, timeout), this);
-    connect(reply, &QDBusPendingCallWatcher::finished, this, [this, reply, done, early] {
-        reply->deleteLater();
-        if (m_hasEnded)
-            return;
-        if (!reply->isError()) {
-            done(reply->reply());
-            return;
-        }
-        UpdateFailure failure = failureOfCall(reply->error());
-        // The bus has one name for no answer in time and for no answer ever.
-        if (reply->error().type() == QDBusError::NoReply && !early.hasExpired())
-            failure.error = UpdateError::vanished;
-        deliver(failure);
-    });
+    const QDBusPendingCall call = m_bus.asyncCall(message, timeout);
+    const QDBusMessage reply = co_await call;
+    if (!self || m_hasEnded)
+        co_return std::nullopt;
+    if (reply.type() != QDBusMessage::ErrorMessage)
+        co_return reply;
+    const QDBusError error(reply);
+    UpdateFailure failure = failureOfCall(error);
+    // The bus has one name for no answer in time and for no answer ever.
+    if (error.type() == QDBusError::NoReply && !early.hasExpired())
+        failure.error = UpdateError::vanished;
+    deliver(failure);
+    co_return std::nullopt;
 }
 
 void PackageKitTransaction::cancel()

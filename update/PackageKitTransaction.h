@@ -2,7 +2,9 @@
 
 #include "update/UpdateFailure.h"
 
+#include <QCoroTask>
 #include <QDBusConnection>
+#include <QDBusMessage>
 #include <QFuture>
 #include <QList>
 #include <QObject>
@@ -14,8 +16,6 @@
 #include <functional>
 #include <optional>
 #include <stop_token>
-
-class QDBusMessage;
 
 namespace tidewick
 {
@@ -104,12 +104,12 @@ private Q_SLOTS:
                              const QStringList &invalidated);
 
 private:
-    void begin(const QDBusMessage &created);
-    void run();
+    QCoro::Task<> run();
+    /// The service's reply. None where it refused, or where the transaction has ended meanwhile.
+    QCoro::Task<std::optional<QDBusMessage>> ask(QDBusMessage message);
     void listen();
     void setHints();
     QDBusMessage transactionCall(const QString &method) const;
-    void send(const QDBusMessage &message, const std::function<void(const QDBusMessage &)> &done);
     /// Counts as a sign of life; false after the end.
     bool hear();
     void deliver(const std::optional<UpdateFailure> &failure);

@@ -2,10 +2,11 @@
 
 #include "platform/window/BackdropBlur.h"
 
+#include <QCoroDBusPendingReply>
 #include <QDBusMessage>
-#include <QDBusPendingCallWatcher>
 #include <QDBusPendingReply>
 #include <QGuiApplication>
+#include <QPointer>
 #include <QWindow>
 
 #include <utility>
@@ -61,18 +62,16 @@ void DesktopAppearance::observe(std::function<void(const Surroundings &)> observ
     m_observer(m_surroundings);
 }
 
-void DesktopAppearance::read(const QString &group, const QString &key)
+QCoro::Task<> DesktopAppearance::read(QString group, QString key)
 {
+    const QPointer<DesktopAppearance> self(this);
     auto call = QDBusMessage::createMethodCall(portalService, portalPath, portalSettings,
                                                QStringLiteral("Read"));
     call << group << key;
-    auto *reply = new QDBusPendingCallWatcher(m_bus.asyncCall(call), this);
-    connect(reply, &QDBusPendingCallWatcher::finished, this, [this, reply, group, key] {
-        const QDBusPendingReply<QDBusVariant> value = *reply;
-        if (value.isValid())
-            changeSetting(group, key, value.value());
-        reply->deleteLater();
-    });
+    const QDBusPendingReply<QDBusVariant> value = m_bus.asyncCall(call);
+    co_await value;
+    if (self && value.isValid())
+        changeSetting(group, key, value.value());
 }
 
 void DesktopAppearance::changeSetting(const QString &group, const QString &key,

@@ -2,6 +2,7 @@
 
 #include "platform/Appearance.h"
 
+#include <QCoroTask>
 #include <QDBusConnection>
 #include <QDBusVariant>
 #include <QObject>
@@ -32,7 +33,7 @@ private Q_SLOTS:
     void changeSetting(const QString &group, const QString &key, const QDBusVariant &value);
 
 private:
-    void read(const QString &group, const QString &key);
+    QCoro::Task<> read(QString group, QString key);
     void lookAtScreen();
     void tell(const Surroundings &surroundings);
 

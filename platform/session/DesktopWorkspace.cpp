@@ -1,7 +1,9 @@
 #include "platform/session/DesktopWorkspace.h"
 
+#include <QCoroDBusPendingReply>
+#include <QCoroTask>
 #include <QDBusMessage>
-#include <QDBusPendingCallWatcher>
+#include <QDBusPendingReply>
 #include <QDesktopServices>
 #include <QFileInfo>
 
@@ -9,6 +11,25 @@
 
 namespace tidewick
 {
+namespace
+{
+
+/// Shows the directory in the file manager, or opens it like any other URL where none answers.
+QCoro::Task<> show(QUrl directory, DesktopWorkspace::Opener open, QDBusConnection bus)
+{
+    // https://www.freedesktop.org/wiki/Specifications/file-manager-interface/
+    auto call = QDBusMessage::createMethodCall(QStringLiteral("org.freedesktop.FileManager1"),
+                                               QStringLiteral("/org/freedesktop/FileManager1"),
+                                               QStringLiteral("org.freedesktop.FileManager1"),
+                                               QStringLiteral("ShowFolders"));
+    call << QStringList(directory.toString(QUrl::FullyEncoded)) << QString();
+    const QDBusPendingReply<> reply = bus.asyncCall(call);
+    co_await reply;
+    if (reply.isError())
+        open(directory);
+}
+
+} // namespace
 
 DesktopWorkspace::DesktopWorkspace(Opener open, QDBusConnection bus)
     : m_open(std::move(open)), m_bus(std::move(bus))
@@ -27,22 +48,8 @@ void DesktopWorkspace::openUrl(const QUrl &url)
 
 void DesktopWorkspace::revealDirectory(const QString &path)
 {
-    if (!QFileInfo(path).isDir())
-        return;
-    const QUrl directory = QUrl::fromLocalFile(path);
-    // https://www.freedesktop.org/wiki/Specifications/file-manager-interface/
-    auto call = QDBusMessage::createMethodCall(QStringLiteral("org.freedesktop.FileManager1"),
-                                               QStringLiteral("/org/freedesktop/FileManager1"),
-                                               QStringLiteral("org.freedesktop.FileManager1"),
-                                               QStringLiteral("ShowFolders"));
-    call << QStringList(directory.toString(QUrl::FullyEncoded)) << QString();
-    auto *reply = new QDBusPendingCallWatcher(m_bus.asyncCall(call));
-    QObject::connect(reply, &QDBusPendingCallWatcher::finished, reply,
-                     [reply, directory, open = m_open] {
-                         if (reply->isError())
-                             open(directory);
-                         reply->deleteLater();
-                     });
+    if (QFileInfo(path).isDir())
+        show(QUrl::fromLocalFile(path), m_open, m_bus);
 }
 
 } // namespace tidewick
