@@ -7,6 +7,7 @@ namespace tidewick
 {
 
 DesktopStatusItem::DesktopStatusItem()
+    : m_notifierItem([this](const ClickEvent &event) { send(event); })
 {
     connect(&m_notifierItem, &StatusNotifierItem::hostChanged, this,
             &DesktopStatusItem::chooseTray);
@@ -20,11 +21,9 @@ void DesktopStatusItem::chooseTray()
     if (!wantsIcon) {
         m_trayIcon.reset();
     } else if (!m_trayIcon) {
-        m_trayIcon = std::make_unique<TrayIconItem>();
-        m_trayIcon->setAction(m_action);
-        m_trayIcon->setToolTip(m_toolTipTitle, m_toolTipText);
-        m_trayIcon->setAttributedTitle(m_title);
-        m_trayIcon->setImage(m_image, m_points);
+        m_trayIcon =
+            std::make_unique<TrayIconItem>([this](const ClickEvent &event) { send(event); });
+        m_trayIcon->show(m_state);
     }
     if (!isInTray() && !std::exchange(m_reportedMissingTray, true))
         std::fputs("tidewick: this desktop shows no status items; waiting for a tray\n", stderr);
@@ -32,52 +31,67 @@ void DesktopStatusItem::chooseTray()
 
 void DesktopStatusItem::setImage(const QImage &image, QSize points)
 {
-    m_image = image;
-    m_points = points;
-    onEach([&](StatusItem &item) { item.setImage(image, points); });
+    StatusItemState state = m_state;
+    state.image = image;
+    state.points = points;
+    show(state);
 }
 
 void DesktopStatusItem::setAttributedTitle(const StatusTitle &title)
 {
-    m_title = title;
-    onEach([&](StatusItem &item) { item.setAttributedTitle(title); });
+    StatusItemState state = m_state;
+    state.title = title;
+    show(state);
 }
 
-void DesktopStatusItem::setImagePosition(ImagePosition position)
+void DesktopStatusItem::setImagePosition(ImagePosition /*position*/)
 {
-    onEach([&](StatusItem &item) { item.setImagePosition(position); });
+    // Every tray puts the image first.
 }
 
 void DesktopStatusItem::setToolTip(const QString &title, const QString &text)
 {
-    m_toolTipTitle = title;
-    m_toolTipText = text;
-    onEach([&](StatusItem &item) { item.setToolTip(title, text); });
+    StatusItemState state = m_state;
+    state.toolTipTitle = title;
+    state.toolTipText = text;
+    show(state);
 }
 
 void DesktopStatusItem::setAction(const std::function<void()> &action)
 {
     m_action = action;
-    onEach([&](StatusItem &item) { item.setAction(action); });
-}
-
-std::optional<ClickEvent> DesktopStatusItem::currentEvent() const
-{
-    const auto event = m_notifierItem.currentEvent();
-    return event || !m_trayIcon ? event : m_trayIcon->currentEvent();
 }
 
 void DesktopStatusItem::setMenu(const QList<MenuItem> &items)
 {
-    onEach([&](StatusItem &item) { item.setMenu(items); });
+    m_menu = items;
 }
 
 void DesktopStatusItem::performClick()
 {
     if (m_trayIcon)
-        m_trayIcon->performClick();
+        m_trayIcon->openMenu(m_menu);
     else
-        m_notifierItem.performClick();
+        m_notifierItem.openMenu(m_menu);
+}
+
+void DesktopStatusItem::show(const StatusItemState &state)
+{
+    if (state == m_state)
+        return;
+    m_state = state;
+    m_notifierItem.show(m_state);
+    if (m_trayIcon)
+        m_trayIcon->show(m_state);
+}
+
+void DesktopStatusItem::send(const ClickEvent &event)
+{
+    if (!m_action)
+        return;
+    m_event = event;
+    m_action();
+    m_event.reset();
 }
 
 } // namespace tidewick

@@ -23,7 +23,7 @@ public:
     void setImagePosition(ImagePosition position) override;
     void setToolTip(const QString &title, const QString &text) override;
     void setAction(const std::function<void()> &action) override;
-    std::optional<ClickEvent> currentEvent() const override;
+    std::optional<ClickEvent> currentEvent() const override { return m_event; }
     void setMenu(const QList<MenuItem> &items) override;
     void performClick() override;
 
@@ -32,26 +32,19 @@ public:
 
 private:
     void chooseTray();
-    template <class Step>
-    void onEach(const Step &step)
-    {
-        step(m_notifierItem);
-        if (m_trayIcon)
-            step(*m_trayIcon);
-    }
+    /// Shows the state where it differs from the one that is shown.
+    void show(const StatusItemState &state);
+    void send(const ClickEvent &event);
+
+    StatusItemState m_state;
+    std::function<void()> m_action;
+    std::optional<ClickEvent> m_event;
+    QList<MenuItem> m_menu;
+    bool m_reportedMissingTray = false;
 
     StatusNotifierItem m_notifierItem;
     X11Tray m_x11Tray;
     std::unique_ptr<TrayIconItem> m_trayIcon;
-
-    // What an icon in the old tray is told when it comes.
-    QImage m_image;
-    QSize m_points;
-    StatusTitle m_title;
-    QString m_toolTipTitle;
-    QString m_toolTipText;
-    std::function<void()> m_action;
-    bool m_reportedMissingTray = false;
 };
 
 } // namespace tidewick

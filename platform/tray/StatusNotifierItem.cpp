@@ -3,12 +3,13 @@
 #include "platform/tray/StatusItemImage.h"
 #include "platform/tray/StatusNotifierItemAdaptor.h"
 
+#include <QCoroDBusPendingReply>
 #include <QDBusConnectionInterface>
 #include <QDBusMessage>
-#include <QDBusPendingCallWatcher>
-#include <QDBusReply>
+#include <QDBusPendingReply>
 #include <QDBusServiceWatcher>
 #include <QFile>
+#include <QPointer>
 
 #include <utility>
 
@@ -29,6 +30,30 @@ QString processName(uint pid)
     if (!comm.open(QIODevice::ReadOnly))
         return {};
     return QString::fromUtf8(comm.readAll()).trimmed();
+}
+
+QDBusMessage processQuestion()
+{
+    auto call = QDBusMessage::createMethodCall(
+        QStringLiteral("org.freedesktop.DBus"), QStringLiteral("/org/freedesktop/DBus"),
+        QStringLiteral("org.freedesktop.DBus"), QStringLiteral("GetConnectionUnixProcessID"));
+    return call << watcherName;
+}
+
+QDBusMessage registrationOf(const QString &service)
+{
+    auto call = QDBusMessage::createMethodCall(watcherName, watcherPath, watcherName,
+                                               QStringLiteral("RegisterStatusNotifierItem"));
+    call.setAutoStartService(false);
+    return call << service;
+}
+
+QDBusMessage hostQuestion()
+{
+    auto call = QDBusMessage::createMethodCall(watcherName, watcherPath,
+                                               QStringLiteral("org.freedesktop.DBus.Properties"),
+                                               QStringLiteral("Get"));
+    return call << watcherName << QStringLiteral("IsStatusNotifierHostRegistered");
 }
 
 } // namespace
@@ -54,12 +79,13 @@ KeyNames keyNames(const QString &processName)
     return isQt ? KeyNames::qt : KeyNames::keysym;
 }
 
-StatusNotifierItem::StatusNotifierItem()
-    : m_bus(QDBusConnection::connectToBus(QDBusConnection::SessionBus, connectionName)),
+StatusNotifierItem::StatusNotifierItem(ClickHandler clicked)
+    : m_clicked(std::move(clicked)),
+      m_bus(QDBusConnection::connectToBus(QDBusConnection::SessionBus, connectionName)),
       m_menuObject(std::make_unique<DBusObject>()),
       m_menu(new DBusMenu(m_menuObject.get()))
 {
-    m_menu->setWanted([this] { send({ClickType::rightMouseUp, {}}); });
+    m_menu->setWanted([this] { m_clicked({ClickType::rightMouseUp, {}}); });
     exportItem();
     m_bus.registerObject(menuPath, m_menuObject.get(), QDBusConnection::ExportAdaptors);
     auto *watcher =
@@ -79,38 +105,40 @@ StatusNotifierItem::~StatusNotifierItem()
     QDBusConnection::disconnectFromBus(connectionName);
 }
 
-/// The host reads an item once, when it registers: what it can show must be known before.
 void StatusNotifierItem::registerWithWatcher()
 {
-    auto call = QDBusMessage::createMethodCall(
-        QStringLiteral("org.freedesktop.DBus"), QStringLiteral("/org/freedesktop/DBus"),
-        QStringLiteral("org.freedesktop.DBus"), QStringLiteral("GetConnectionUnixProcessID"));
-    call << watcherName;
-    whenAnswered(m_bus.asyncCall(call), [this](const QDBusMessage &reply) {
-        const QDBusReply<uint> pid = reply;
-        if (!pid.isValid()) {
-            setHost(false, false);
-            return;
-        }
-        const QString host = processName(pid.value());
-        m_menu->setKeyNames(keyNames(host));
-        setStyle(numberStyle(host));
-        registerInStyle();
-    });
+    registerItem();
 }
 
-void StatusNotifierItem::registerInStyle()
+/// The host reads an item once, when it registers: what it can show must be known before.
+QCoro::Task<> StatusNotifierItem::registerItem()
 {
-    auto call = QDBusMessage::createMethodCall(watcherName, watcherPath, watcherName,
-                                               QStringLiteral("RegisterStatusNotifierItem"));
-    call.setAutoStartService(false);
-    call << m_bus.baseService();
-    whenAnswered(m_bus.asyncCall(call), [this](const QDBusMessage &reply) {
-        if (reply.type() == QDBusMessage::ErrorMessage)
-            setHost(false, false);
-        else
-            askForHost();
-    });
+    const QPointer<StatusNotifierItem> self(this);
+    const QDBusPendingReply<uint> process = m_bus.asyncCall(processQuestion());
+    co_await process;
+    if (!self)
+        co_return;
+    if (!process.isValid()) {
+        setHost(false, false);
+        co_return;
+    }
+    const QString host = processName(process.value());
+    m_menu->setKeyNames(keyNames(host));
+    setStyle(numberStyle(host));
+
+    const QDBusPendingReply<> registration = m_bus.asyncCall(registrationOf(m_bus.baseService()));
+    co_await registration;
+    if (!self)
+        co_return;
+    if (!registration.isValid()) {
+        setHost(false, false);
+        co_return;
+    }
+
+    const QDBusPendingReply<QDBusVariant> hasHost = m_bus.asyncCall(hostQuestion());
+    co_await hasHost;
+    if (self)
+        setHost(true, hasHost.isValid() && hasHost.value().variant().toBool());
 }
 
 void StatusNotifierItem::setStyle(NumberStyle style)
@@ -130,31 +158,9 @@ void StatusNotifierItem::exportItem()
     m_item = m_style == NumberStyle::label
                  ? new LabelledItemAdaptor(m_itemObject.get(), menu)
                  : new StatusNotifierItemAdaptor(m_itemObject.get(), menu);
-    m_item->setClicked([this](QPoint position) { send({ClickType::leftMouseUp, position}); });
-    m_item->setToolTip(m_toolTipTitle, m_toolTipText);
+    m_item->setClicked([this](QPoint position) { m_clicked({ClickType::leftMouseUp, position}); });
+    m_item->setToolTip(m_state.toolTipTitle, m_state.toolTipText);
     m_bus.registerObject(itemPath, m_itemObject.get(), QDBusConnection::ExportAdaptors);
-}
-
-void StatusNotifierItem::askForHost()
-{
-    auto call = QDBusMessage::createMethodCall(watcherName, watcherPath,
-                                               QStringLiteral("org.freedesktop.DBus.Properties"),
-                                               QStringLiteral("Get"));
-    call << watcherName << QStringLiteral("IsStatusNotifierHostRegistered");
-    whenAnswered(m_bus.asyncCall(call), [this](const QDBusMessage &reply) {
-        const QDBusReply<QDBusVariant> hasHost = reply;
-        setHost(true, hasHost.isValid() && hasHost.value().variant().toBool());
-    });
-}
-
-void StatusNotifierItem::whenAnswered(const QDBusPendingCall &call,
-                                      std::function<void(const QDBusMessage &)> use)
-{
-    auto *watcher = new QDBusPendingCallWatcher(call, this);
-    connect(watcher, &QDBusPendingCallWatcher::finished, this, [watcher, use = std::move(use)] {
-        watcher->deleteLater();
-        use(watcher->reply());
-    });
 }
 
 void StatusNotifierItem::setHost(bool hasWatcher, bool hasHost)
@@ -164,75 +170,34 @@ void StatusNotifierItem::setHost(bool hasWatcher, bool hasHost)
     Q_EMIT hostChanged();
 }
 
-void StatusNotifierItem::setImage(const QImage &image, QSize points)
+void StatusNotifierItem::show(const StatusItemState &state)
 {
-    if (image == m_image && points == m_points)
-        return;
-    m_image = image;
-    m_points = points;
+    m_state = state;
+    m_item->setToolTip(state.toolTipTitle, state.toolTipText);
     redraw();
 }
 
-void StatusNotifierItem::setAttributedTitle(const StatusTitle &title)
+void StatusNotifierItem::openMenu(const QList<MenuItem> &items)
 {
-    if (title == m_title)
-        return;
-    m_title = title;
-    redraw();
-}
-
-void StatusNotifierItem::setImagePosition(ImagePosition /*position*/)
-{
-    // Every host puts the image first.
-}
-
-void StatusNotifierItem::setToolTip(const QString &title, const QString &text)
-{
-    m_toolTipTitle = title;
-    m_toolTipText = text;
-    m_item->setToolTip(title, text);
-}
-
-void StatusNotifierItem::setAction(const std::function<void()> &action)
-{
-    m_action = action;
-}
-
-void StatusNotifierItem::send(const ClickEvent &event)
-{
-    if (!m_action)
-        return;
-    m_event = event;
-    m_action();
-    m_event.reset();
-}
-
-void StatusNotifierItem::setMenu(const QList<MenuItem> &items)
-{
-    m_attachedMenu = items;
-}
-
-void StatusNotifierItem::performClick()
-{
-    m_menu->setItems(m_attachedMenu);
+    m_menu->setItems(items);
 }
 
 void StatusNotifierItem::redraw()
 {
-    if (m_image.isNull())
+    if (m_state.image.isNull())
         return;
     const auto draw = [this](int side) {
-        if (m_title.text.isEmpty() || m_style == NumberStyle::label)
-            return plainStatusImage(m_image, m_points, side);
+        if (m_state.title.text.isEmpty() || m_style == NumberStyle::label)
+            return plainStatusImage(m_state.image, m_state.points, side);
         if (m_style == NumberStyle::wide)
-            return wideStatusImage(m_image, m_points, m_title, side);
-        return badgedStatusImage(m_image, m_points, m_title, side);
+            return wideStatusImage(m_state.image, m_state.points, m_state.title, side);
+        return badgedStatusImage(m_state.image, m_state.points, m_state.title, side);
     };
     QList<DBusPixmap> icon;
     for (const int side : statusIconSides)
         icon.append(DBusPixmap::fromImage(draw(side)));
     m_item->setIcon(icon);
-    m_item->setLabel(m_style == NumberStyle::label ? m_title.text : QString());
+    m_item->setLabel(m_style == NumberStyle::label ? m_state.title.text : QString());
 }
 
 } // namespace tidewick

@@ -1,16 +1,14 @@
 #pragma once
 
-#include "platform/StatusItem.h"
 #include "platform/tray/DBusMenu.h"
+#include "platform/tray/TrayPresenter.h"
 
+#include <QCoroTask>
 #include <QDBusConnection>
 #include <QDBusObjectPath>
 #include <QObject>
 
 #include <memory>
-
-class QDBusMessage;
-class QDBusPendingCall;
 
 namespace tidewick
 {
@@ -30,24 +28,18 @@ KeyNames keyNames(const QString &processName);
 /// A status item of the StatusNotifierItem protocol, at /StatusNotifierItem on a bus connection of
 /// its own, since an item leaves the bar only when its connection goes. It registers
 /// whenever a watcher or a host appears, so it outlives a tray that restarts or starts late.
-class StatusNotifierItem : public QObject, public StatusItem
+class StatusNotifierItem : public QObject, public TrayPresenter
 {
     Q_OBJECT
 
 public:
-    StatusNotifierItem();
+    explicit StatusNotifierItem(ClickHandler clicked);
     ~StatusNotifierItem() override;
     Q_DISABLE_COPY_MOVE(StatusNotifierItem)
 
-    void setImage(const QImage &image, QSize points) override;
-    void setAttributedTitle(const StatusTitle &title) override;
-    void setImagePosition(ImagePosition position) override;
-    void setToolTip(const QString &title, const QString &text) override;
-    void setAction(const std::function<void()> &action) override;
-    std::optional<ClickEvent> currentEvent() const override { return m_event; }
-    void setMenu(const QList<MenuItem> &items) override;
-    /// The tray draws the menu: it is published, and stays so when it is detached.
-    void performClick() override;
+    void show(const StatusItemState &state) override;
+    /// The tray draws the menu: it is published, and stays published.
+    void openMenu(const QList<MenuItem> &items) override;
 
     /// Whether something keeps the session's list of items (true until that is known), and whether
     /// a bar shows them.
@@ -61,15 +53,14 @@ private Q_SLOTS:
     void registerWithWatcher();
 
 private:
-    void askForHost();
+    /// Registers the item in the style of the watcher's process, then asks whether a bar shows it.
+    QCoro::Task<> registerItem();
     void exportItem();
     void setStyle(NumberStyle style);
-    void registerInStyle();
-    void whenAnswered(const QDBusPendingCall &call, std::function<void(const QDBusMessage &)> use);
     void setHost(bool hasWatcher, bool hasHost);
     void redraw();
-    void send(const ClickEvent &event);
 
+    const ClickHandler m_clicked;
     QDBusConnection m_bus;
     std::unique_ptr<QObject> m_itemObject;
     StatusNotifierItemAdaptor *m_item = nullptr;
@@ -77,14 +68,7 @@ private:
     DBusMenu *m_menu;
 
     NumberStyle m_style = NumberStyle::square;
-    QImage m_image;
-    QSize m_points;
-    StatusTitle m_title;
-    QString m_toolTipTitle;
-    QString m_toolTipText;
-    std::function<void()> m_action;
-    std::optional<ClickEvent> m_event;
-    QList<MenuItem> m_attachedMenu;
+    StatusItemState m_state;
     bool m_hasWatcher = true; // until it is known
     bool m_hasHost = false;
 };

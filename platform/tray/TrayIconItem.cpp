@@ -5,6 +5,8 @@
 #include <QCursor>
 #include <QTimer>
 
+#include <utility>
+
 namespace tidewick
 {
 namespace
@@ -33,70 +35,40 @@ void fill(QMenu &menu, const QList<MenuItem> &items)
 
 } // namespace
 
-TrayIconItem::TrayIconItem()
+TrayIconItem::TrayIconItem(ClickHandler clicked) : m_clicked(std::move(clicked))
 {
     connect(&m_icon, &QSystemTrayIcon::activated, this, &TrayIconItem::send);
 }
 
-void TrayIconItem::setImage(const QImage &image, QSize points)
+void TrayIconItem::show(const StatusItemState &state)
 {
-    if (image == m_image && points == m_points)
+    if (state.image.isNull())
         return;
-    m_image = image;
-    m_points = points;
-    redraw();
+    QIcon icon;
+    for (const int side : statusIconSides) {
+        const QImage image = state.title.text.isEmpty()
+                                 ? plainStatusImage(state.image, state.points, side)
+                                 : badgedStatusImage(state.image, state.points, state.title, side);
+        icon.addPixmap(QPixmap::fromImage(image));
+    }
+    m_icon.setIcon(icon);
+    m_icon.setToolTip(state.toolTipTitle + QLatin1Char('\n') + state.toolTipText);
+    m_icon.show();
 }
 
-void TrayIconItem::setAttributedTitle(const StatusTitle &title)
+void TrayIconItem::openMenu(const QList<MenuItem> &items)
 {
-    if (title == m_title)
-        return;
-    m_title = title;
-    redraw();
-}
-
-void TrayIconItem::setImagePosition(ImagePosition /*position*/)
-{
-    // The number is inside the picture.
-}
-
-void TrayIconItem::setToolTip(const QString &title, const QString &text)
-{
-    m_icon.setToolTip(title + QLatin1Char('\n') + text);
-}
-
-void TrayIconItem::send(QSystemTrayIcon::ActivationReason reason)
-{
-    if (!m_action)
-        return;
-    const bool isRight = reason == QSystemTrayIcon::Context;
-    m_event = ClickEvent{isRight ? ClickType::rightMouseUp : ClickType::leftMouseUp,
-                         m_icon.geometry().center()};
-    m_action();
-    m_event.reset();
-}
-
-void TrayIconItem::performClick()
-{
-    QTimer::singleShot(menuDelayMs, &m_menu, [this, items = m_attachedMenu, at = QCursor::pos()] {
+    QTimer::singleShot(menuDelayMs, &m_menu, [this, items, at = QCursor::pos()] {
         fill(m_menu, items);
         m_menu.popup(at);
     });
 }
 
-void TrayIconItem::redraw()
+void TrayIconItem::send(QSystemTrayIcon::ActivationReason reason)
 {
-    if (m_image.isNull())
-        return;
-    QIcon icon;
-    for (const int side : statusIconSides) {
-        const QImage image = m_title.text.isEmpty()
-                                 ? plainStatusImage(m_image, m_points, side)
-                                 : badgedStatusImage(m_image, m_points, m_title, side);
-        icon.addPixmap(QPixmap::fromImage(image));
-    }
-    m_icon.setIcon(icon);
-    m_icon.show();
+    const bool isRight = reason == QSystemTrayIcon::Context;
+    m_clicked(
+        {isRight ? ClickType::rightMouseUp : ClickType::leftMouseUp, m_icon.geometry().center()});
 }
 
 } // namespace tidewick
