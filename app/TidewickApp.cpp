@@ -10,8 +10,8 @@
 #include "platform/window/BackdropBlur.h"
 #include "platform/window/DesktopWindow.h"
 #include "platform/window/PopoverWindow.h"
-#include "scan/CurlHttpClient.h"
 #include "scan/ProcessToolRunner.h"
+#include "scan/http/CurlHttpClient.h"
 #include "state/Workers.h"
 #include "update/UpdaterController.h"
 

@@ -1,8 +1,8 @@
 #include "scan/Enrichment.h"
 
 #include "scan/CommandMetadata.h"
-#include "scan/HttpProbe.h"
 #include "scan/ServiceDetection.h"
+#include "scan/http/HttpProbe.h"
 #include "text/Lines.h"
 #include "text/Numbers.h"
 #include "text/Utf8.h"

@@ -1,8 +1,8 @@
 #pragma once
 
-#include "scan/HttpClient.h"
 #include "scan/ToolRunner.h"
 #include "scan/ToolTable.h"
+#include "scan/http/HttpClient.h"
 
 #include <memory>
 

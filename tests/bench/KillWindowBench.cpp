@@ -2,8 +2,8 @@
 // kill takes from the press to the signal, and how soon a process id could come back: together the
 // chance that a kill meets another process. Runs for about a minute, in a network of its own.
 
-#include "scan/CurlHttpClient.h"
 #include "scan/ProcessToolRunner.h"
+#include "scan/http/CurlHttpClient.h"
 #include "state/AppState.h"
 #include "state/Workers.h"
 #include "tests/support/ServerProgram.h"

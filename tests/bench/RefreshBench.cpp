@@ -2,9 +2,9 @@
 // tools, the probes and our own code, with the stock tools and with the supplied ones:
 // refresh_bench DIRECTORY [RUNS], where DIRECTORY holds the supplied ones. The listeners are this
 // machine's real ones: scripts/bench starts them.
-#include "scan/CurlHttpClient.h"
 #include "scan/ProcessToolRunner.h"
 #include "scan/SocketScan.h"
+#include "scan/http/CurlHttpClient.h"
 
 #include <QElapsedTimer>
 

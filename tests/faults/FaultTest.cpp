@@ -1,7 +1,7 @@
 #include "tests/faults/FaultTest.h"
 
-#include "scan/CurlHttpClient.h"
 #include "scan/ProcessToolRunner.h"
+#include "scan/http/CurlHttpClient.h"
 #include "tests/support/WaitUntil.h"
 
 using namespace tidewick;

@@ -1,5 +1,5 @@
-#include "scan/CurlHttpClient.h"
 #include "scan/ProcessToolRunner.h"
+#include "scan/http/CurlHttpClient.h"
 #include "tests/faults/FaultTest.h"
 #include "tests/support/RecordingHttpClient.h"
 #include "tests/support/RecordingToolRunner.h"

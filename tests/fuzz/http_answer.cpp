@@ -1,7 +1,7 @@
 // A listener answers the probe with any head and any body: a text is a header line, until one is
 // empty; the rest is the body. The input's size says how often the body comes.
 
-#include "scan/HttpProbe.h"
+#include "scan/http/HttpProbe.h"
 #include "tests/fuzz/Fuzz.h"
 #include "tests/support/RecordingHttpClient.h"
 

@@ -1,8 +1,8 @@
 // A listener sends any bytes for an answer: the first text, then the rest, which comes as often as
 // the input's size says. Runs in a network of its own: a redirect may lead to any local port.
 
-#include "scan/CurlHttpClient.h"
-#include "scan/HttpProbe.h"
+#include "scan/http/CurlHttpClient.h"
+#include "scan/http/HttpProbe.h"
 #include "tests/fuzz/Fuzz.h"
 
 #include <array>

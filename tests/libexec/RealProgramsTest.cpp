@@ -1,7 +1,7 @@
 // The supplied lsof and ps beside servers as developers run them, by their own users.
-#include "scan/CurlHttpClient.h"
 #include "scan/ProcessToolRunner.h"
 #include "scan/SocketScan.h"
+#include "scan/http/CurlHttpClient.h"
 #include "tests/libexec/SuppliedTools.h"
 #include "tests/support/ServerProgram.h"
 #include "tests/support/TestText.h"

@@ -1,9 +1,9 @@
 // list_listeners SUPPLIED-TOOLS - scans once and prints a line for each development listener: port,
 // process name, project, framework, category and the probe's answer, separated by tabs.
 
-#include "scan/CurlHttpClient.h"
 #include "scan/ProcessToolRunner.h"
 #include "scan/SocketScan.h"
+#include "scan/http/CurlHttpClient.h"
 
 #include <QCoreApplication>
 

@@ -5,8 +5,8 @@
 //
 // Runs in a network of its own: any other development server counts as a wrong row.
 
-#include "scan/CurlHttpClient.h"
 #include "scan/ProcessToolRunner.h"
+#include "scan/http/CurlHttpClient.h"
 #include "state/AppState.h"
 #include "state/Workers.h"
 #include "tests/support/Holdings.h"

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "scan/HttpProbe.h"
+#include "scan/http/HttpProbe.h"
 
 #include <ostream>
 #include <string>

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "scan/HttpClient.h"
+#include "scan/http/HttpClient.h"
 
 #include <functional>
 #include <memory>

@@ -1,4 +1,4 @@
-#include "scan/HttpProbe.h"
+#include "scan/http/HttpProbe.h"
 
 #include "text/Utf8.h"
 

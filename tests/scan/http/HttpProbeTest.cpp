@@ -1,4 +1,4 @@
-#include "scan/HttpProbe.h"
+#include "scan/http/HttpProbe.h"
 #include "tests/support/ProbeText.h"
 #include "tests/support/RecordingHttpClient.h"
 #include "tests/support/TestText.h"

@@ -1,4 +1,4 @@
-#include "scan/CurlHttpClient.h"
+#include "scan/http/CurlHttpClient.h"
 #include "tests/support/LoopbackServer.h"
 #include "tests/support/TestText.h"
 

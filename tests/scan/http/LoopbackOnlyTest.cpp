@@ -1,7 +1,7 @@
 // Runs in a network of its own, whose only way out is a link that the tests listen on: first the
 // client alone, then the whole program.
 
-#include "scan/CurlHttpClient.h"
+#include "scan/http/CurlHttpClient.h"
 #include "tests/support/LoopbackServer.h"
 #include "tests/support/ServerProgram.h"
 #include "tests/support/TestText.h"

@@ -1,4 +1,4 @@
-#include "scan/HttpClient.h"
+#include "scan/http/HttpClient.h"
 #include "tests/support/TestText.h"
 
 #include <gtest/gtest.h>

@@ -1,7 +1,7 @@
 // The probe against servers as developers run them.
 
-#include "scan/CurlHttpClient.h"
-#include "scan/HttpProbe.h"
+#include "scan/http/CurlHttpClient.h"
+#include "scan/http/HttpProbe.h"
 #include "tests/support/LoopbackServer.h"
 #include "tests/support/ProbeText.h"
 #include "tests/support/ServerProgram.h"

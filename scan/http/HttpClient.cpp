@@ -1,4 +1,4 @@
-#include "scan/HttpClient.h"
+#include "scan/http/HttpClient.h"
 
 #include "text/Utf8.h"
 #include "text/VisibleText.h"

@@ -1,4 +1,4 @@
-#include "scan/CurlHttpClient.h"
+#include "scan/http/CurlHttpClient.h"
 
 #include <QFile>
 
