@@ -1,5 +1,8 @@
 #include "scan/http/CurlHttpClient.h"
 
+#include "scan/http/LoopbackHost.h"
+#include "scan/http/LoopbackUrl.h"
+
 #include <QFile>
 
 #include <algorithm>
@@ -8,11 +11,10 @@
 #include <csignal>
 #include <ctime>
 #include <memory>
+#include <optional>
 #include <utility>
 
-#include <arpa/inet.h>
 #include <curl/curl.h>
-#include <netinet/in.h>
 #include <sys/socket.h>
 
 namespace tidewick
@@ -41,7 +43,6 @@ struct Deleter
 };
 using EasyHandle = std::unique_ptr<CURL, Deleter<curl_easy_cleanup>>;
 using MultiHandle = std::unique_ptr<CURLM, Deleter<curl_multi_cleanup>>;
-using UrlHandle = std::unique_ptr<CURLU, Deleter<curl_url_cleanup>>;
 
 /// Keeps a write to a connection that is gone from ending the program, whichever TLS library it
 /// happens in. The signal of such a write goes to the writing thread alone.
@@ -69,89 +70,12 @@ private:
     sigset_t m_maskBefore;
 };
 
-bool isLoopback(const in_addr &address)
-{
-    return ntohl(address.s_addr) >> 24U == IN_LOOPBACKNET;
-}
-
-bool isLoopback(const in6_addr &address)
-{
-    if (IN6_IS_ADDR_V4MAPPED(&address))
-        return address.s6_addr[12] == IN_LOOPBACKNET;
-    return IN6_IS_ADDR_LOOPBACK(&address);
-}
-
-/// `host` as a URL holds it, an IPv6 address within brackets.
-bool isLoopbackHost(QByteArray host)
-{
-    if (host.compare("localhost", Qt::CaseInsensitive) == 0)
-        return true;
-    in_addr address{};
-    if (inet_pton(AF_INET, host.constData(), &address) == 1)
-        return isLoopback(address);
-    if (!host.startsWith('[') || !host.endsWith(']'))
-        return false;
-    host = host.sliced(1, host.size() - 2);
-    in6_addr longAddress{};
-    return inet_pton(AF_INET6, host.constData(), &longAddress) == 1 && isLoopback(longAddress);
-}
-
-bool isLoopback(const curl_sockaddr &address)
-{
-    if (address.family == AF_INET)
-        return isLoopback(reinterpret_cast<const sockaddr_in &>(address.addr).sin_addr);
-    return address.family == AF_INET6 &&
-           isLoopback(reinterpret_cast<const sockaddr_in6 &>(address.addr).sin6_addr);
-}
-
 curl_socket_t openLoopbackSocket(void * /*context*/, curlsocktype /*purpose*/,
                                  curl_sockaddr *address)
 {
-    if (!isLoopback(*address))
+    if (!isLoopbackAddress(address->addr))
         return CURL_SOCKET_BAD;
     return socket(address->family, address->socktype | SOCK_CLOEXEC, address->protocol);
-}
-
-QByteArray part(const UrlHandle &url, CURLUPart which)
-{
-    char *text = nullptr;
-    if (curl_url_get(url.get(), which, &text, 0) != CURLUE_OK)
-        return {};
-    QByteArray copy(text);
-    curl_free(text);
-    return copy;
-}
-
-/// Whether the client may go to `url`. Takes out what must not be sent: user and password.
-bool prepareUrl(const UrlHandle &url)
-{
-    for (const CURLUPart secret : {CURLUPART_USER, CURLUPART_PASSWORD, CURLUPART_OPTIONS})
-        curl_url_set(url.get(), secret, nullptr, 0);
-    QByteArray host = part(url, CURLUPART_HOST);
-    if (host.endsWith('.')) {
-        host.chop(1);
-        curl_url_set(url.get(), CURLUPART_HOST, host.constData(), 0);
-    }
-    const QByteArray scheme = part(url, CURLUPART_SCHEME);
-    return (scheme == "http" || scheme == "https") && isLoopbackHost(host);
-}
-
-/// Null where `text` is no http or https URL of a loopback host.
-UrlHandle loopbackUrl(const QByteArray &text)
-{
-    UrlHandle url(curl_url());
-    const bool parses = curl_url_set(url.get(), CURLUPART_URL, text.constData(), 0) == CURLUE_OK;
-    return parses && prepareUrl(url) ? std::move(url) : nullptr;
-}
-
-/// Where a redirect from `base` leads; null where that is no http or https URL of a loopback host.
-UrlHandle redirectTarget(const UrlHandle &base, const QByteArray &location)
-{
-    UrlHandle url(curl_url_dup(base.get()));
-    const bool parses =
-        !location.isEmpty() && curl_url_set(url.get(), CURLUPART_URL, location.constData(),
-                                            CURLU_URLENCODE | CURLU_ALLOW_SPACE) == CURLUE_OK;
-    return parses && prepareUrl(url) ? std::move(url) : nullptr;
 }
 
 bool isRedirect(int status)
@@ -165,7 +89,7 @@ bool isRedirect(int status)
 class Answer
 {
 public:
-    Answer(CURL *easy, const UrlHandle &url) : m_easy(easy), m_url(url)
+    Answer(CURL *easy, LoopbackUrl url) : m_easy(easy), m_url(std::move(url))
     {
         curl_easy_setopt(easy, CURLOPT_HEADERFUNCTION, &takeHeader);
         curl_easy_setopt(easy, CURLOPT_HEADERDATA, this);
@@ -180,8 +104,8 @@ public:
     /// The response is there, though the transfer was ended before its time.
     bool hasEnough() const { return m_hasHead && (isSwitch() || bodyIsFull()); }
 
-    /// Where to go instead; null where this is the answer.
-    UrlHandle takeRedirect() { return std::move(m_redirect); }
+    /// Where to go instead; nothing where this is the answer.
+    const std::optional<LoopbackUrl> &redirect() const { return m_redirect; }
     HttpResponse takeResponse() { return std::move(m_response); }
     int status() const { return m_response.status; }
 
@@ -241,9 +165,9 @@ private:
     }
 
     CURL *m_easy;
-    const UrlHandle &m_url;
+    LoopbackUrl m_url;
     HttpResponse m_response;
-    UrlHandle m_redirect;
+    std::optional<LoopbackUrl> m_redirect;
     size_t m_headerBytes = 0;
     bool m_expectsStatusLine = true;
     bool m_hasHead = false;
@@ -311,20 +235,19 @@ public:
 
     HttpOutcome run(const HttpRequest &request)
     {
-        UrlHandle url = loopbackUrl(request.url.toUtf8());
+        std::optional<LoopbackUrl> url = loopbackUrl(request.url.toUtf8());
         if (!url)
             return HttpError{HttpError::unsupportedUrl};
         QByteArray method = request.method;
         for (int redirects = 0; redirects <= redirectLimit; ++redirects) {
-            const EasyHandle easy = newRequest(url, method, request.userAgent);
-            Answer answer(easy.get(), url);
+            const EasyHandle easy = newRequest(*url, method, request.userAgent);
+            Answer answer(easy.get(), *url);
             const CURLcode code = transfer(easy.get(), m_deadline);
-            UrlHandle target = answer.takeRedirect();
-            if (!target)
-                return outcome(answer, code, url);
+            if (!answer.redirect())
+                return outcome(answer, code, *url);
             if (answer.status() == 303 && method != "HEAD")
                 method = "GET";
-            url = std::move(target);
+            url = answer.redirect();
         }
         return HttpError{HttpError::tooManyRedirects};
     }
@@ -336,10 +259,10 @@ private:
         void operator()() const { curl_multi_wakeup(multi); }
     };
 
-    EasyHandle newHandle(const UrlHandle &url) const
+    EasyHandle newHandle(const LoopbackUrl &url) const
     {
         EasyHandle easy(curl_easy_init());
-        curl_easy_setopt(easy.get(), CURLOPT_CURLU, url.get());
+        curl_easy_setopt(easy.get(), CURLOPT_URL, url.text().constData());
         curl_easy_setopt(easy.get(), CURLOPT_PROTOCOLS_STR, "http,https");
         curl_easy_setopt(easy.get(), CURLOPT_PROXY, "");
         curl_easy_setopt(easy.get(), CURLOPT_NOSIGNAL, 1L);
@@ -351,7 +274,7 @@ private:
         return easy;
     }
 
-    EasyHandle newRequest(const UrlHandle &url, const QByteArray &method,
+    EasyHandle newRequest(const LoopbackUrl &url, const QByteArray &method,
                           const QByteArray &userAgent) const
     {
         EasyHandle easy = newHandle(url);
@@ -365,25 +288,21 @@ private:
         return easy;
     }
 
-    HttpOutcome outcome(Answer &answer, CURLcode code, const UrlHandle &url)
+    HttpOutcome outcome(Answer &answer, CURLcode code, const LoopbackUrl &url)
     {
         if (answer.headersAreTooLong())
             return HttpError{HttpError::headersTooLong};
         if ((answer.hasHead() && code == CURLE_OK) || answer.hasEnough())
             return answer.takeResponse();
-        const bool isPlain = part(url, CURLUPART_SCHEME) == "http";
-        if (isPlain && !answer.hasHead() && mayBeTls(code) && speaksTls(url))
+        if (!url.isTls && !answer.hasHead() && mayBeTls(code) && speaksTls(url))
             return HttpError{HttpError::secureConnectionFailed};
         return HttpError{m_stop.stop_requested() ? HttpError::cancelled : errorCode(code)};
     }
 
     /// Says hello and no more: sends no request, and takes any certificate.
-    bool speaksTls(const UrlHandle &plainUrl)
+    bool speaksTls(LoopbackUrl url)
     {
-        const UrlHandle url(curl_url_dup(plainUrl.get()));
-        const QByteArray port = part(url, CURLUPART_PORT);
-        curl_url_set(url.get(), CURLUPART_SCHEME, "https", 0);
-        curl_url_set(url.get(), CURLUPART_PORT, port.isEmpty() ? "80" : port.constData(), 0);
+        url.isTls = true;
         const EasyHandle easy = newHandle(url);
         curl_easy_setopt(easy.get(), CURLOPT_CONNECT_ONLY, 1L);
         curl_easy_setopt(easy.get(), CURLOPT_SSL_VERIFYPEER, 0L);
