@@ -143,7 +143,7 @@ with demo() as count:
         film.press(lambda: card(panel, "api"), "Hide details")
         time.sleep(1)
         film.press(lambda: card(panel, "docs"), "Stop service")
-        time.sleep(0.4)
+        desktop.outlast_click_sequence()
         film.press(lambda: card(panel, "docs"), "Kill port")
         desktop.wait_until(lambda: item.count() == count - 1, 10, "the end of the server")
         film.point(*START)

@@ -17,6 +17,7 @@ SCREENSHOTS = os.environ["SCREENSHOTS"]
 SCRIPTS = os.path.join(os.path.dirname(__file__), "..", "..", "scripts")
 ANOTHER_USER = ["setpriv", "--reuid=65534", "--regid=65534", "--clear-groups"]
 NO_RIGHT_TO_KILL = ["setpriv", "--bounding-set=-kill", "--inh-caps=-kill"]
+DOUBLE_CLICK_INTERVAL = 0.4  # the toolkit's own, which none of these desktops sets
 NO_TRAY = "tidewick: this desktop shows no status items; waiting for a tray"
 NO_BUS = "tidewick: no session bus, hence no status item"
 INK = bytes((0x1F, 0x8A, 0x9E))  # the colour of the icon and of the number's badge
@@ -311,9 +312,15 @@ def click(x, y):
     subprocess.run(["xdotool", "mousemove", str(x), str(y), "click", "1"], check=True)
 
 
-def double_click(x, y):
-    subprocess.run(["xdotool", "mousemove", str(x), str(y), "click", "--repeat", "2", "--delay",
-                    "150", "1"], check=True)
+def click_sequence(x, y, clicks, milliseconds):
+    """Clicks so many times, each so long after the one before."""
+    subprocess.run(["xdotool", "mousemove", str(x), str(y), "click", "--repeat", str(clicks),
+                    "--delay", str(milliseconds), "1"], check=True)
+
+
+def outlast_click_sequence():
+    """Waits until a press doesn't belong to the one before: longer than the double-click interval."""
+    time.sleep(DOUBLE_CLICK_INTERVAL + 0.1)
 
 
 def press_key(key):

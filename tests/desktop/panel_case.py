@@ -64,6 +64,12 @@ class PanelCase(unittest.TestCase):
     def press(self, within, name):
         accessible.find(within, "push button", name).press()
 
+    def confirm_kill(self, card):
+        """Presses twice, as somebody does who has read the question."""
+        self.press(card, "Stop service")
+        desktop.outlast_click_sequence()
+        self.press(card, "Kill port")
+
     def wait_for_count(self, panel, count, seconds=3):
         """Until the status item and the panel show the same, `count`."""
         desktop.wait_until(lambda: self.item.count() == count, seconds, f"{count} on the icon")

@@ -78,6 +78,7 @@ class PanelKeyboardTest(PanelCase):
         self.assertIsNone(shop.poll())
         if accessible.focused(panel).name() != "Kill port":
             self.tab_to(panel, "Kill port")
+        desktop.outlast_click_sequence()
         desktop.press_key("Return")
         self.assertEqual(shop.wait(timeout=3), -signal.SIGKILL)
         self.wait_for_count(panel, 0)

@@ -157,6 +157,7 @@ def killing():
             panel.card("forum")
             desktop.wait_until(lambda: len(lister.held()) == 1, 10, "a scan")
             panel.press("forum", "Stop service")
+            desktop.outlast_click_sequence()
             panel.press("forum", "Kill port")
             desktop.wait_until(lambda: len(lister.held()) == 2, 10, "the scan after the failure")
             os.remove(lister.held()[0])

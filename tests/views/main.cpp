@@ -6,6 +6,7 @@
 
 #include <QJSValue>
 #include <QKeyEvent>
+#include <QMouseEvent>
 #include <QQmlEngine>
 #include <QQmlExtensionPlugin>
 #include <QQuickItem>
@@ -69,14 +70,47 @@ public:
     /// What the keyboard sends to `item`'s window for a key that stays down.
     Q_INVOKABLE static void repeatKey(QQuickItem *item, int key)
     {
-        QKeyEvent press(QEvent::KeyPress, key, Qt::NoModifier, {}, true);
-        QCoreApplication::sendEvent(item->window(), &press);
+        for (const auto type : {QEvent::KeyRelease, QEvent::KeyPress}) {
+            QKeyEvent event(type, key, Qt::NoModifier, {}, true);
+            QCoreApplication::sendEvent(item->window(), &event);
+        }
+    }
+    /// What changes of the picture of `item` is told from then on.
+    Q_INVOKABLE void rememberPicture(QQuickItem *item) { m_picture = pictureOf(item); }
+    /// The places in `item` that look otherwise than in the picture.
+    Q_INVOKABLE QVariantList changedPlaces(QQuickItem *item) const
+    {
+        const QImage picture = pictureOf(item);
+        QVariantList places;
+        for (int y = 0; y < picture.height(); ++y)
+            for (int x = 0; x < picture.width(); ++x)
+                if (!m_picture.valid(x, y) || picture.pixel(x, y) != m_picture.pixel(x, y))
+                    places.append(QPoint(x, y));
+        return places;
+    }
+    /// A click on the middle of `item`, `timestamp` milliseconds after the pointer's first event.
+    Q_INVOKABLE static void click(QQuickItem *item, int timestamp)
+    {
+        const QPointF place = item->mapToScene({item->width() / 2, item->height() / 2});
+        for (const auto type : {QEvent::MouseButtonPress, QEvent::MouseButtonRelease}) {
+            const bool isPress = type == QEvent::MouseButtonPress;
+            QMouseEvent event(type, place, item->window()->mapToGlobal(place), Qt::LeftButton,
+                              isPress ? Qt::LeftButton : Qt::NoButton, Qt::NoModifier);
+            event.setTimestamp(static_cast<quint64>(timestamp));
+            QCoreApplication::sendEvent(item->window(), &event);
+        }
     }
 
 Q_SIGNALS:
     void logChanged();
 
 private:
+    static QImage pictureOf(QQuickItem *item)
+    {
+        const QRectF place(item->mapToScene({}), item->size());
+        return item->window()->grabWindow().copy(place.toAlignedRect());
+    }
+
     void write(const QString &line)
     {
         m_log.append(line);
@@ -164,6 +198,7 @@ private:
                      m_workers};
     Panel m_panel{m_state};
     QString m_registrationError;
+    QImage m_picture;
     QTcpServer m_trap;
     int m_trapped = 0;
     Settings m_settings{[this] { return registration(QStringLiteral("register")); },

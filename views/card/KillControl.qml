@@ -2,12 +2,14 @@ import QtQuick
 import Tidewick
 
 // Ends a process after two presses: the first makes room for the question, the second answers it.
+// Both count only where they begin a click sequence.
 Item {
     id: control
 
     required property bool isConfirming
     // Whether the process is being ended right now.
     required property bool isBusy
+    required property PressSequence presses
     property bool isTabStop: true
     readonly property bool isShown: Window.visibility !== Window.Hidden
 
@@ -53,7 +55,10 @@ Item {
         isTabStop: control.isTabStop
         help: "Stop service"
         padding: 3
-        onClicked: control.asked()
+        onClicked: {
+            if (control.presses.begins())
+                control.asked();
+        }
 
         contentItem: Symbol {
             name: "xmark"
@@ -103,7 +108,10 @@ Item {
                 isTabStop: control.isTabStop
                 enabled: control.isConfirming || activeFocus
                 help: "Cancel"
-                onClicked: control.cancelled()
+                onClicked: {
+                    if (control.presses.begins())
+                        control.cancelled();
+                }
 
                 contentItem: Symbol {
                     name: "xmark.circle.fill"
@@ -125,10 +133,10 @@ Item {
                 bottomPadding: 4
                 help: "Kill port"
                 tip: ""
-                onClicked: control.confirmed()
-                // It comes up where the first press was: the second one of a double click, which
-                // is taken here instead of as a click, answers nothing.
-                onDoubleClicked: {}
+                onClicked: {
+                    if (control.presses.begins())
+                        control.confirmed();
+                }
 
                 background: Rectangle {
                     radius: 10

@@ -9,6 +9,7 @@ Item {
     required property var record
     required property Panel panel
     required property bool isExpanded
+    required property PressSequence presses
     // Of all cards the keyboard reaches one with Tab, and the others from there with the arrows.
     property bool isTabStop: true
     readonly property CardFacts facts: CardFacts {
@@ -222,6 +223,7 @@ Item {
                     isTabStop: card.isTabStop
                     isConfirming: card.showKillConfirmation
                     isBusy: card.isBeingKilled
+                    presses: card.presses
                     onAsked: card.ask()
                     onCancelled: card.withdraw()
                     onConfirmed: card.kill()

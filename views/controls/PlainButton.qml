@@ -17,6 +17,10 @@ T.AbstractButton {
             clicked();
     }
 
+    function swallowRepeatedSpace(event: var) {
+        event.accepted = event.isAutoRepeat && event.key === Qt.Key_Space;
+    }
+
     implicitWidth: contentItem.implicitWidth + leftPadding + rightPadding
     implicitHeight: contentItem.implicitHeight + topPadding + bottomPadding
     focusPolicy: isTabStop ? Qt.StrongFocus : Qt.ClickFocus
@@ -28,6 +32,9 @@ T.AbstractButton {
         if (enabled)
             clicked();
     }
+    // A key that stays down presses once, when it comes up.
+    Keys.onPressed: event => swallowRepeatedSpace(event)
+    Keys.onReleased: event => swallowRepeatedSpace(event)
     Keys.onReturnPressed: event => pressByKey(event)
     Keys.onEnterPressed: event => pressByKey(event)
 

@@ -80,6 +80,12 @@ ListView {
     Keys.onUpPressed: moveTo(currentIndex - 1)
     onCurrentItemChanged: given = currentItem
 
+    PressSequence {
+        id: pressSequence
+
+        window: list.Window.window
+    }
+
     // Not within the change itself: a card may just be going.
     Timer {
         id: following
@@ -101,6 +107,7 @@ ListView {
 
         width: list.width - 24
         panel: list.panel
+        presses: pressSequence
         // Once it has the focus it stays a stop until the focus has moved on.
         isTabStop: ListView.isCurrentItem || list.focusedCard === card
         isExpanded: list.expandedPort === facts.port

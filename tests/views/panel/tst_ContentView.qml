@@ -89,6 +89,11 @@ TestCase {
         mouseClick(button);
     }
 
+    // Until the next press is one of its own.
+    function outlastClickSequence() {
+        wait(Application.styleHints.mouseDoubleClickInterval + 1);
+    }
+
     function test_scanningShowsOnlyWithNothingToShow() {
         machine.setSlow(true);
         view = viewComponent.createObject(test, {
@@ -359,6 +364,7 @@ TestCase {
         tryCompare(findChild(card(0), "confirmation"), "scale", 1);
         keyClick(Qt.Key_Tab);
         verify(findChild(card(0), "confirm").visualFocus);
+        outlastClickSequence();
         keyClick(Qt.Key_Return);
         tryCompare(machine, "log", ["kill 812"]);
     }
@@ -372,6 +378,99 @@ TestCase {
         keyRelease(Qt.Key_Return);
         verify(card(0).showKillConfirmation);
         verify(findChild(card(0), "cancel").activeFocus);
+    }
+
+    function test_clicksOfOneSequenceCountAsOnePress() {
+        show([shop]);
+        const interval = Application.styleHints.mouseDoubleClickInterval;
+        const confirm = findChild(card(0), "confirm");
+        let time = 100000;
+        machine.click(findChild(card(0), "stop"), time);
+        verify(card(0).showKillConfirmation);
+        tryCompare(findChild(card(0), "confirmation"), "scale", 1);
+        for (const later of [80, 80, interval, interval, 1]) {
+            time += later;
+            machine.click(confirm, time);
+            compare(machine.panel.killingPid, "", later + " ms after the press before");
+        }
+        machine.click(findChild(card(0), "cancel"), time + 80);
+        verify(card(0).showKillConfirmation);
+        machine.click(confirm, time + 80 + interval + 1);
+        compare(machine.panel.killingPid, "812");
+        tryCompare(machine, "log", ["kill 812"]);
+    }
+
+    function test_clicksCountByTheirOwnTimeHoweverLateTheyArrive() {
+        show([shop]);
+        machine.click(findChild(card(0), "stop"), 100000);
+        wait(Application.styleHints.mouseDoubleClickInterval + 1);
+        machine.click(findChild(card(0), "confirm"), 100080);
+        compare(machine.panel.killingPid, "");
+    }
+
+    function test_clickElsewhereBelongsToTheSequence() {
+        show([shop]);
+        press(0, "stop");
+        tryCompare(findChild(card(0), "confirmation"), "scale", 1);
+        machine.click(findChild(view, "refresh"), 100000);
+        machine.click(findChild(card(0), "confirm"), 100080);
+        compare(machine.panel.killingPid, "");
+    }
+
+    function test_pressesOnTheAccessibilityBusCountToo() {
+        show([shop]);
+        findChild(card(0), "stop").Accessible.pressAction();
+        verify(card(0).showKillConfirmation);
+        findChild(card(0), "confirm").Accessible.pressAction();
+        compare(machine.panel.killingPid, "");
+        outlastClickSequence();
+        findChild(card(0), "confirm").Accessible.pressAction();
+        tryCompare(machine, "log", ["kill 812"]);
+    }
+
+    function test_keyHeldDownKillsNothing_data() {
+        return [
+            {
+                tag: "Space",
+                key: Qt.Key_Space
+            },
+            {
+                tag: "Return",
+                key: Qt.Key_Return
+            }
+        ];
+    }
+
+    // Held from the first press on, whatever gets the focus meanwhile.
+    function test_keyHeldDownKillsNothing(row) {
+        show([shop]);
+        const confirm = findChild(card(0), "confirm");
+        findChild(card(0), "stop").forceActiveFocus(Qt.TabFocusReason);
+        keyPress(row.key);
+        if (row.key === Qt.Key_Space)
+            keyRelease(row.key);
+        verify(card(0).showKillConfirmation);
+        confirm.forceActiveFocus(Qt.TabFocusReason);
+        outlastClickSequence();
+        for (let repeats = 0; repeats < 3; ++repeats) {
+            machine.repeatKey(confirm, row.key);
+            compare(machine.panel.killingPid, "");
+        }
+        keyRelease(row.key);
+        compare(machine.panel.killingPid, "");
+    }
+
+    function test_keyHeldDownPressesOnce() {
+        show([shop]);
+        const expand = findChild(card(0), "expand");
+        expand.forceActiveFocus(Qt.TabFocusReason);
+        keyPress(Qt.Key_Space);
+        for (let repeats = 0; repeats < 3; ++repeats) {
+            machine.repeatKey(expand, Qt.Key_Space);
+            verify(!card(0).isExpanded);
+        }
+        keyRelease(Qt.Key_Space);
+        verify(card(0).isExpanded);
     }
 
     function test_arrowsMoveBetweenTheCards() {
@@ -465,6 +564,41 @@ TestCase {
         const title = findChild(card(0), "title");
         compare(title.text, "\u0645\u0634\u0631\u0648\u0639");
         compare(title.horizontalAlignment, Text.AlignLeft);
+    }
+
+    // Marks that stand on one another, as a process may have them in its directory's name.
+    function test_textStaysInsideItsLine() {
+        const marks = "\u0301\u0302\u0303\u0304".repeat(20);
+        const plain = Object.assign({}, shop, {
+            directory: "/srv/HHH",
+            command: "node HHH.js"
+        });
+        const marked = Object.assign({}, shop, {
+            directory: "/srv/H" + marks + "HH",
+            command: "node H" + marks + "HH.js"
+        });
+        show([plain]);
+        machine.reduceMotion(true);
+        press(0, "expand");
+        tryCompare(findChild(card(0), "details"), "opacity", 1);
+        wait(500); // the height, too
+        machine.rememberPicture(card(0));
+        const texts = ["title", "Script", "directory"].map(name => findChild(card(0), name));
+        const lines = texts.map(text => text.mapToItem(card(0), 0, 0, text.width, text.height));
+
+        machine.listen([marked]);
+        machine.panel.refresh();
+        tryVerify(() => texts.every(text => text.text.length > 6));
+        tryVerify(() => {
+            const places = machine.changedPlaces(card(0));
+            return lines.every(line => places.some(place => isWithin(place, line)));
+        });
+        for (const place of machine.changedPlaces(card(0)))
+            verify(lines.some(line => isWithin(place, line)), place.x + ", " + place.y);
+    }
+
+    function isWithin(place, line) {
+        return place.x >= Math.floor(line.left) && place.x < Math.ceil(line.right) && place.y >= Math.floor(line.top) && place.y < Math.ceil(line.bottom);
     }
 
     function test_markupIsShownAsTypedAndLoadsNothing() {
