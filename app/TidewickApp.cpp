@@ -1,6 +1,7 @@
 #include "app/TidewickApp.h"
 
 #include "app/AppDelegate.h"
+#include "app/Logging.h"
 #include "platform/session/AutostartEntry.h"
 #include "platform/session/DesktopAppearance.h"
 #include "platform/session/DesktopWorkspace.h"
@@ -104,6 +105,9 @@ TidewickApp::TidewickApp(int &argc, char **argv)
 
 int TidewickApp::run()
 {
+    qCDebug(appLog) << "Tidewick" << TIDEWICK_VERSION << "Qt" << qVersion()
+                    << QApplication::platformName() << qgetenv("XDG_CURRENT_DESKTOP")
+                    << "started by the session" << m_isAutostarted;
     SingleInstance instance;
     switch (instance.claim()) {
     case InstanceClaim::first:
@@ -142,6 +146,7 @@ int TidewickApp::run()
             });
         status = QApplication::exec();
     }
+    qCDebug(appLog) << "ends with status" << status;
     // A task that does not come back, its tool beyond even a kill, must not hold up the end.
     if (!workers.waitForDone(stopTimeoutMs))
         std::_Exit(status);

@@ -1,5 +1,8 @@
 #include "scan/ProcessToolRunner.h"
 
+#include "scan/Logging.h"
+
+#include <QElapsedTimer>
 #include <QProcess>
 
 #include <cerrno>
@@ -14,6 +17,9 @@ namespace tidewick
 {
 namespace
 {
+
+/// A tool that takes longer is named in the log.
+constexpr qint64 slowMs = 200;
 
 /// A handle of a running child (pidfd_open(2)): a kill through it never meets a reused pid,
 /// however late it comes.
@@ -57,6 +63,8 @@ QByteArray readToTheEnd(QProcess &child, const ChildHandle &handle)
 ToolResult ProcessToolRunner::run(const QString &program, const QStringList &arguments,
                                   const std::stop_token &stop) const
 {
+    QElapsedTimer duration;
+    duration.start();
     QProcess child;
     child.setStandardInputFile(QProcess::nullDevice());
     child.setChildProcessModifier([parent = getpid()] {
@@ -81,6 +89,8 @@ ToolResult ProcessToolRunner::run(const QString &program, const QStringList &arg
     const QByteArray output = readToTheEnd(child, handle);
     const bool exited = child.exitStatus() == QProcess::NormalExit;
     const bool isTruncated = output.size() > outputLimit;
+    if (duration.elapsed() > slowMs)
+        qCDebug(scanLog) << "slow tool" << program << arguments << duration.elapsed() << "ms";
     return {output.left(outputLimit), exited ? child.exitCode() : -1, isTruncated};
 }
 

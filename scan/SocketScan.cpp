@@ -2,10 +2,12 @@
 
 #include "products/DevelopmentProcess.h"
 #include "scan/Enrichment.h"
+#include "scan/Logging.h"
 #include "text/Lines.h"
 #include "text/Numbers.h"
 #include "text/Utf8.h"
 
+#include <QElapsedTimer>
 #include <QSet>
 #include <QStringView>
 
@@ -86,14 +88,16 @@ private:
 
 QList<PortInfo> fetchRunningPorts(const SystemInterfaces &system, const std::stop_token &stop)
 {
+    QElapsedTimer duration;
+    duration.start();
     const QStringList arguments{QStringLiteral("-i"), QStringLiteral("TCP"), QStringLiteral("-P"),
                                 QStringLiteral("-n"), QStringLiteral("-sTCP:LISTEN")};
     const ToolResult lsof = system.tools->run(presentTool(system.toolTable.lsof), arguments, stop);
     if (lsof.isTruncated)
         throw std::length_error("lsof: the list of listeners is too long");
+    const auto listed = parsePortInfo(decodeUtf8(lsof.standardOutput).value_or(QString()));
     QList<PortInfo> kept;
-    for (const PortInfo &record :
-         parsePortInfo(decodeUtf8(lsof.standardOutput).value_or(QString()))) {
+    for (const PortInfo &record : listed) {
         if (isDevelopmentProcess(record))
             kept.append(record);
     }
@@ -104,6 +108,8 @@ QList<PortInfo> fetchRunningPorts(const SystemInterfaces &system, const std::sto
         record = enrichPortInfo(record, system, stop);
         texts.share(record);
     }
+    qCDebug(scanLog) << "scan of" << listed.size() << "ports," << kept.size() << "shown,"
+                     << duration.elapsed() << "ms";
     return kept;
 }
 

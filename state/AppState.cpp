@@ -1,6 +1,7 @@
 #include "state/AppState.h"
 
 #include "scan/SocketScan.h"
+#include "state/Logging.h"
 #include "text/Numbers.h"
 
 #include <QCoroFuture>
@@ -105,6 +106,7 @@ QCoro::Task<> AppState::loadRunningPorts()
     if (!self)
         co_return;
     if (outcome.error) {
+        qCDebug(stateLog) << "scan failed:" << *outcome.error;
         publish(m_lastError, outcome.error, &AppState::lastErrorChanged);
     } else {
         publish(m_runningPorts, outcome.runningPorts, &AppState::runningPortsChanged);
@@ -115,8 +117,10 @@ QCoro::Task<> AppState::loadRunningPorts()
 
 QFuture<ScanOutcome> AppState::startScan()
 {
-    if (isFull(m_workers.scans) && m_latestScan && !m_latestScan->hasBegun)
+    if (isFull(m_workers.scans) && m_latestScan && !m_latestScan->hasBegun) {
+        qCDebug(stateLog) << "the scan that waits serves this request too";
         return m_latestScan->ending;
+    }
     m_latestScan = std::make_shared<Scan>();
     auto work = [own = m_latestScan, system = m_system, stop = m_stop.get_token()] {
         own->hasBegun = true;
@@ -142,6 +146,7 @@ QCoro::Task<bool> AppState::killProcess(QString pid)
 
     const QFuture<bool> killing = startKill(pid);
     const bool isKilled = co_await killing;
+    qCDebug(stateLog) << "kill" << pid << (isKilled ? "succeeded" : "failed");
     if (!self)
         co_return isKilled;
     if (!isKilled) {

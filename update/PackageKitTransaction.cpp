@@ -1,5 +1,6 @@
 #include "update/PackageKitTransaction.h"
 
+#include "update/Logging.h"
 #include "update/PackageKit.h"
 
 #include <QCoroDBusPendingCall>
@@ -48,6 +49,7 @@ PackageKitTransaction::PackageKitTransaction(QDBusConnection bus, TransactionCal
                                              const std::stop_token &stop)
     : m_bus(std::move(bus)), m_call(std::move(call))
 {
+    qCDebug(updateLog) << "begin" << m_call.method;
     m_promise.start();
     m_silence.setSingleShot(true);
     m_silence.setInterval(m_call.timeout);
@@ -244,6 +246,11 @@ void PackageKitTransaction::deliver(const std::optional<UpdateFailure> &failure)
         return;
     m_hasEnded = true;
     m_silence.stop();
+    if (failure)
+        qCDebug(updateLog) << "failed" << m_call.method << sentence(failure->error)
+                           << failure->details;
+    else
+        qCDebug(updateLog) << "finished" << m_call.method << m_result.packages.size() << "packages";
     m_result.failure = failure;
     m_promise.addResult(m_result);
     m_promise.finish();

@@ -1,5 +1,7 @@
 #include "platform/tray/DesktopStatusItem.h"
 
+#include "platform/Logging.h"
+
 #include <cstdio>
 #include <utility>
 
@@ -18,6 +20,7 @@ DesktopStatusItem::DesktopStatusItem()
 void DesktopStatusItem::chooseTray()
 {
     const bool wantsIcon = m_x11Tray.isPresent() && !m_notifierItem.hasWatcher();
+    qCDebug(platformLog) << "X11 tray: present" << m_x11Tray.isPresent() << "used" << wantsIcon;
     if (!wantsIcon) {
         m_trayIcon.reset();
     } else if (!m_trayIcon) {

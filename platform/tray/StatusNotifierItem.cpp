@@ -1,5 +1,6 @@
 #include "platform/tray/StatusNotifierItem.h"
 
+#include "platform/Logging.h"
 #include "platform/tray/StatusItemImage.h"
 #include "platform/tray/StatusNotifierItemAdaptor.h"
 
@@ -123,6 +124,7 @@ QCoro::Task<> StatusNotifierItem::registerItem()
         co_return;
     }
     const QString host = processName(process.value());
+    qCDebug(platformLog) << "status notifier items are listed by" << host;
     m_menu->setKeyNames(keyNames(host));
     setStyle(numberStyle(host));
 
@@ -165,6 +167,7 @@ void StatusNotifierItem::exportItem()
 
 void StatusNotifierItem::setHost(bool hasWatcher, bool hasHost)
 {
+    qCDebug(platformLog) << "status notifier items: listed" << hasWatcher << "shown" << hasHost;
     m_hasWatcher = hasWatcher;
     m_hasHost = hasHost;
     Q_EMIT hostChanged();

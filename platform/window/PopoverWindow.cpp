@@ -1,5 +1,6 @@
 #include "platform/window/PopoverWindow.h"
 
+#include "platform/Logging.h"
 #include "platform/window/PopoverPlacement.h"
 
 #include <QCursor>
@@ -105,6 +106,7 @@ void PopoverWindow::place(const std::optional<ClickEvent> &event)
         m_anchor = itemAnchor(
             {screens, pointerPlace(m_buttons), m_buttons.isClicking(), event->position, m_anchor});
     const auto place = popoverPosition(size(), isBeside ? m_anchor : std::nullopt, screens);
+    qCDebug(platformLog) << "panel at" << place << "beside" << m_anchor.value_or(QPoint());
     isBeside ? setPosition(place) : setFramePosition(place);
 }
 

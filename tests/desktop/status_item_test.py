@@ -63,6 +63,20 @@ class StatusItemTest(unittest.TestCase):
         item.choose(item.menu_labels()["Quit Tidewick"])
         self.assertEqual(program.wait(timeout=2), 0)
 
+    def test_log_tells_what_it_saw_where_it_is_switched_on(self):
+        program = desktop.start_program(QT_LOGGING_RULES="tidewick.*=true")
+        self.addCleanup(desktop.end, program)
+        desktop.StatusItem().count_after_a_scan()
+        desktop.start_again()
+        desktop.wait_until(desktop.visible_panels, 5, "the panel")
+        program.terminate()
+        self.assertEqual(program.wait(timeout=3), 0)
+        log = program.read_errors()
+        for start in ("tidewick.app: Tidewick", "tidewick.platform: status notifier items",
+                      "tidewick.scan: scan of", "tidewick.platform: panel at",
+                      "tidewick.app: ends"):
+            self.assertTrue([line for line in log if line.startswith(start)], (start, log))
+
     def test_menu_answers_with_an_error_where_it_has_no_such_entry(self):
         self.launch()
         item = desktop.StatusItem()

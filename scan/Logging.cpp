@@ -1,0 +1,8 @@
+#include "scan/Logging.h"
+
+namespace tidewick
+{
+
+Q_LOGGING_CATEGORY(scanLog, "tidewick.scan", QtWarningMsg)
+
+} // namespace tidewick

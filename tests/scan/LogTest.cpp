@@ -1,0 +1,96 @@
+#include "scan/Logging.h"
+#include "scan/ProcessToolRunner.h"
+#include "scan/SocketScan.h"
+#include "tests/support/RecordingHttpClient.h"
+#include "tests/support/RecordingToolRunner.h"
+
+#include <gtest/gtest.h>
+
+#include <QRegularExpression>
+
+using namespace tidewick;
+
+namespace
+{
+
+/// Collects what is logged while `rules` hold.
+class Log
+{
+public:
+    explicit Log(const char *rules)
+    {
+        lines().clear();
+        QLoggingCategory::setFilterRules(QLatin1String(rules));
+        m_handlerBefore = qInstallMessageHandler(
+            [](QtMsgType, const QMessageLogContext &context, const QString &line) {
+                lines() += QLatin1String(context.category) + QLatin1String(": ") + line;
+            });
+    }
+    ~Log()
+    {
+        qInstallMessageHandler(m_handlerBefore);
+        QLoggingCategory::setFilterRules({});
+    }
+    Q_DISABLE_COPY_MOVE(Log)
+
+    static QStringList &lines()
+    {
+        static QStringList list;
+        return list;
+    }
+
+private:
+    QtMessageHandler m_handlerBefore;
+};
+
+void scanOnce()
+{
+    const auto tools = std::make_shared<RecordingToolRunner>(
+        [](const RecordingToolRunner::Call & /*call*/, const auto & /*stop*/) -> ToolResult {
+            return {"header\n"
+                    "python3 3 a 3u IPv4 0x1 0t0 TCP *:8000 (LISTEN)\n"
+                    "nginx 2 a 3u IPv4 0x1 0t0 TCP *:8080 (LISTEN)\n"};
+        });
+    fetchRunningPorts({tools, ToolTable::stock(), RecordingHttpClient::refusing()}, {});
+}
+
+void runShell(const char *script)
+{
+    ProcessToolRunner().run(QStringLiteral("/bin/sh"),
+                            {QStringLiteral("-c"), QLatin1String(script)}, {});
+}
+
+} // namespace
+
+TEST(ScanLog, isSilentByDefault)
+{
+    const Log log("");
+    scanOnce();
+    runShell("sleep 0.3");
+    EXPECT_EQ(Log::lines(), QStringList());
+}
+
+TEST(ScanLog, tellsTheCountsAndTheDurationOfAScan)
+{
+    const Log log("tidewick.*=true");
+    scanOnce();
+    ASSERT_EQ(Log::lines().size(), 1);
+    EXPECT_TRUE(
+        QRegularExpression(QStringLiteral("^tidewick.scan: scan of 2 ports, 1 shown, \\d+ ms$"))
+            .match(Log::lines()[0])
+            .hasMatch())
+        << Log::lines()[0].toStdString();
+}
+
+TEST(ScanLog, namesSlowToolsAndNoOthers)
+{
+    const Log log("tidewick.*=true");
+    for (int run = 0; run < 10; ++run)
+        runShell("exit 0");
+    EXPECT_LT(Log::lines().size(), 10) << "a loaded machine makes some of them slow, not all";
+    Log::lines().clear();
+    runShell("sleep 0.3");
+    ASSERT_EQ(Log::lines().size(), 1);
+    EXPECT_TRUE(Log::lines()[0].startsWith(QStringLiteral("tidewick.scan: slow tool \"/bin/sh\"")))
+        << Log::lines()[0].toStdString();
+}
