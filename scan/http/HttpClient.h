@@ -53,6 +53,8 @@ struct NonHttpResponse
 {
 };
 
+/// Why there is no response. The numbers are those of the URL loading system's error domain
+/// (NSURLErrorDomain), in which the probe's rule for HTTPS is put: -1200 and -1202 ask for it.
 struct HttpError
 {
     enum Code : int {

@@ -1,0 +1,61 @@
+#include "scan/http/CurlRequest.h"
+
+#include "scan/http/LoopbackHost.h"
+
+#include <sys/socket.h>
+
+namespace tidewick
+{
+namespace
+{
+
+curl_socket_t openLoopbackSocket(void * /*context*/, curlsocktype /*purpose*/,
+                                 curl_sockaddr *address)
+{
+    if (!isLoopbackAddress(address->addr))
+        return CURL_SOCKET_BAD;
+    return socket(address->family, address->socktype | SOCK_CLOEXEC, address->protocol);
+}
+
+EasyHandle newHandle(const LoopbackUrl &url)
+{
+    EasyHandle easy(curl_easy_init());
+    curl_easy_setopt(easy.get(), CURLOPT_URL, url.text().constData());
+    curl_easy_setopt(easy.get(), CURLOPT_PROTOCOLS_STR, "http,https");
+    curl_easy_setopt(easy.get(), CURLOPT_PROXY, "");
+    curl_easy_setopt(easy.get(), CURLOPT_NOSIGNAL, 1L);
+    curl_easy_setopt(easy.get(), CURLOPT_OPENSOCKETFUNCTION, &openLoopbackSocket);
+    return easy;
+}
+
+} // namespace
+
+EasyHandle newRequest(const LoopbackUrl &url, const QByteArray &method, const QByteArray &userAgent,
+                      const QByteArray &authorities)
+{
+    EasyHandle easy = newHandle(url);
+    curl_easy_setopt(easy.get(), CURLOPT_HTTP09_ALLOWED, 0L);
+    if (method == "HEAD")
+        curl_easy_setopt(easy.get(), CURLOPT_NOBODY, 1L);
+    else
+        curl_easy_setopt(easy.get(), CURLOPT_CUSTOMREQUEST, method.constData());
+    if (!userAgent.isEmpty())
+        curl_easy_setopt(easy.get(), CURLOPT_USERAGENT, userAgent.constData());
+    if (!authorities.isEmpty()) {
+        curl_easy_setopt(easy.get(), CURLOPT_CAINFO, authorities.constData());
+        curl_easy_setopt(easy.get(), CURLOPT_CAPATH, nullptr);
+    }
+    return easy;
+}
+
+EasyHandle newTlsHello(LoopbackUrl url)
+{
+    url.isTls = true;
+    EasyHandle easy = newHandle(url);
+    curl_easy_setopt(easy.get(), CURLOPT_CONNECT_ONLY, 1L);
+    curl_easy_setopt(easy.get(), CURLOPT_SSL_VERIFYPEER, 0L);
+    curl_easy_setopt(easy.get(), CURLOPT_SSL_VERIFYHOST, 0L);
+    return easy;
+}
+
+} // namespace tidewick
