@@ -3,6 +3,8 @@
 #include <QByteArray>
 #include <QLoggingCategory>
 
+#include <csignal>
+
 namespace tidewick
 {
 namespace
@@ -39,10 +41,29 @@ void silenceTheToolkit()
                                                     "qt.accessibility.atspi.warning=false"));
 }
 
+/// The tools would truncate their lines at the width of the terminal that started the program.
+void forgetTheTerminal()
+{
+    qunsetenv("COLUMNS");
+}
+
+/// A line that nobody reads any more ends nothing. Unlike an ignored signal, a handler does not
+/// pass on to the tools.
+void surviveBrokenPipes()
+{
+    struct sigaction action = {};
+    action.sa_handler = [](int) {
+    };
+    action.sa_flags = SA_RESTART;
+    sigaction(SIGPIPE, &action, nullptr);
+}
+
 } // namespace
 
 void prepareEnvironment()
 {
+    surviveBrokenPipes();
+    forgetTheTerminal();
     preferX11();
     preferSoftwareRendering();
     silenceTheToolkit();

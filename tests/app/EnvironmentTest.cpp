@@ -1,0 +1,73 @@
+#include "app/Environment.h"
+
+#include "scan/ProcessToolRunner.h"
+#include "scan/ToolTable.h"
+
+#include <gtest/gtest.h>
+
+#include <QProcess>
+
+#include <array>
+#include <csignal>
+#include <cstdio>
+#include <cstdlib>
+#include <unistd.h>
+
+using namespace tidewick;
+
+namespace
+{
+
+/// Prints a line that nobody can read any more.
+[[noreturn]] void printIntoABrokenPipe()
+{
+    std::array<int, 2> pipe{};
+    if (::pipe(pipe.data()) != 0)
+        std::_Exit(2);
+    dup2(pipe[1], STDOUT_FILENO);
+    close(pipe[0]);
+    close(pipe[1]);
+    std::puts("nobody reads this");
+    std::fflush(stdout);
+    std::_Exit(0);
+}
+
+} // namespace
+
+TEST(Environment, columnsOfATerminalTruncateNoCommandLine)
+{
+    const QString longArgument(300, QLatin1Char('a'));
+    QProcess process;
+    process.start(QStringLiteral("/bin/sh"),
+                  {QStringLiteral("-c"), QStringLiteral("read line"), longArgument});
+    ASSERT_TRUE(process.waitForStarted());
+    qputenv("COLUMNS", "80");
+    qputenv("TIDEWICK_TEST", "kept");
+    prepareEnvironment();
+    const ToolResult result =
+        ProcessToolRunner().run(presentTool(ToolTable::stock().ps),
+                                {QStringLiteral("-p"), QString::number(process.processId()),
+                                 QStringLiteral("-o"), QStringLiteral("command=")},
+                                {});
+    EXPECT_TRUE(result.standardOutput.contains(longArgument.toUtf8()))
+        << result.standardOutput.toStdString();
+    EXPECT_EQ(qgetenv("TIDEWICK_TEST"), "kept");
+    process.closeWriteChannel();
+    process.waitForFinished();
+}
+
+TEST(Environment, lineThatNobodyReadsEndsNothing)
+{
+    EXPECT_EXIT((prepareEnvironment(), printIntoABrokenPipe()), testing::ExitedWithCode(0), "");
+}
+
+TEST(Environment, toolsEndWithTheirPipesAsEver)
+{
+    prepareEnvironment();
+    QProcess process;
+    process.start(QStringLiteral("/bin/sh"),
+                  {QStringLiteral("-c"), QStringLiteral("kill -PIPE $$; exit 0")});
+    ASSERT_TRUE(process.waitForFinished());
+    EXPECT_EQ(process.exitStatus(), QProcess::CrashExit);
+    EXPECT_EQ(process.exitCode(), SIGPIPE);
+}
