@@ -2,11 +2,13 @@
 
 #include "platform/session/DesktopEntry.h"
 
+#include <QDir>
 #include <QFile>
 #include <QFileInfo>
 #include <QSaveFile>
 #include <QStandardPaths>
 
+#include <cerrno>
 #include <filesystem>
 #include <utility>
 
@@ -25,30 +27,54 @@ const QString no = QStringLiteral("false");
 /// More than any entry that was meant as one.
 constexpr qint64 entryLimit = 65536;
 
+/// The base directory specification of freedesktop.org has a relative path ignored.
+QString userDirectory()
+{
+    const QString set = QFile::decodeName(qgetenv("XDG_CONFIG_HOME"));
+    return QDir::isAbsolutePath(set) ? set : QDir::homePath() + QStringLiteral("/.config");
+}
+
 QString userFile()
 {
-    return QStandardPaths::writableLocation(QStandardPaths::GenericConfigLocation) + fileName;
+    return userDirectory() + fileName;
 }
 
 /// The files of this name, the user's first, then the system's in their order.
 QStringList existingFiles()
 {
+    const auto location = QStandardPaths::GenericConfigLocation;
+    QStringList directories = QStandardPaths::standardLocations(location);
+    directories.removeAll(QStandardPaths::writableLocation(location));
+    directories.prepend(userDirectory());
     QStringList files;
-    for (const QString &directory :
-         QStandardPaths::standardLocations(QStandardPaths::GenericConfigLocation)) {
+    for (const QString &directory : directories) {
         if (QFileInfo::exists(directory + fileName))
             files.append(directory + fileName);
     }
     return files;
 }
 
-/// An entry without anything where there is none, or something else: a pipe would never answer.
-DesktopEntry read(const QString &path)
+/// A file's entry, and why it must not be written back: then that is not all of the file.
+struct ReadEntry
 {
+    DesktopEntry entry = DesktopEntry();
+    std::optional<QString> error;
+};
+
+/// An entry without anything where there is none, or something else: a pipe would never answer.
+ReadEntry read(const QString &path)
+{
+    if (!QFileInfo(path).isFile())
+        return {};
     QFile file(path);
-    if (!QFileInfo(path).isFile() || !file.open(QIODevice::ReadOnly))
-        return DesktopEntry();
-    return DesktopEntry(file.read(entryLimit));
+    if (!file.open(QIODevice::ReadOnly))
+        return {DesktopEntry(), file.errorString()};
+    ReadEntry result{DesktopEntry(file.read(entryLimit)), std::nullopt};
+    if (file.error() != QFile::NoError)
+        result.error = file.errorString();
+    else if (!file.read(1).isEmpty())
+        result.error = qt_error_string(EFBIG);
+    return result;
 }
 
 /// A disk that is nearly full takes a part.
@@ -97,7 +123,7 @@ LoginItemStatus AutostartEntry::status() const
     const QStringList files = existingFiles();
     if (files.isEmpty())
         return LoginItemStatus::notRegistered;
-    const DesktopEntry entry = read(files.first());
+    const DesktopEntry entry = read(files.first()).entry;
     if (!isOn(entry))
         return LoginItemStatus::notRegistered;
     const auto needed = entry.value(tryExec);
@@ -108,7 +134,9 @@ LoginItemStatus AutostartEntry::status() const
 
 std::optional<QString> AutostartEntry::registerItem()
 {
-    DesktopEntry entry = read(userFile());
+    auto [entry, error] = read(userFile());
+    if (error)
+        return error;
     entry.setValue(QStringLiteral("Type"), QStringLiteral("Application"));
     entry.setValue(QStringLiteral("Name"), QStringLiteral("Tidewick"));
     entry.setValue(QStringLiteral("Comment"),
@@ -132,7 +160,9 @@ std::optional<QString> AutostartEntry::unregisterItem()
     QStringList files = existingFiles();
     const bool isUsers = files.removeOne(userFile());
     if (!files.isEmpty()) {
-        DesktopEntry entry = read(isUsers ? userFile() : files.first());
+        auto [entry, error] = read(isUsers ? userFile() : files.first());
+        if (error)
+            return error;
         entry.setValue(hidden, yes);
         entry.setValue(enabledInGnome, no);
         return write(userFile(), entry);

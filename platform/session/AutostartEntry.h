@@ -10,7 +10,7 @@ inline constexpr const char *autostartVariable = "TIDEWICK_AUTOSTARTED";
 
 /// The login item as an autostart entry (freedesktop.org's Desktop Application Autostart
 /// Specification): the user's file stands before the system's of the same name. Nothing is kept
-/// here; each call reads the files anew.
+/// here; each call reads the files anew. An entry that cannot be read whole is never written back.
 class AutostartEntry : public LoginItem
 {
 public:

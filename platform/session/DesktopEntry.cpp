@@ -11,6 +11,8 @@ namespace
 
 const QByteArray header = "[Desktop Entry]";
 
+const QByteArray byteOrderMark = "\xef\xbb\xbf";
+
 constexpr std::array<std::pair<char, char>, 5> escapes{
     {{' ', 's'}, {'\n', 'n'}, {'\t', 't'}, {'\r', 'r'}, {'\\', '\\'}}};
 
@@ -62,7 +64,9 @@ QString keyOf(const QByteArray &line)
 
 } // namespace
 
-DesktopEntry::DesktopEntry(const QByteArray &text) : m_lines(text.split('\n'))
+DesktopEntry::DesktopEntry(const QByteArray &text)
+    : m_mark(text.startsWith(byteOrderMark) ? byteOrderMark : QByteArray()),
+      m_lines(text.mid(m_mark.size()).split('\n'))
 {
     if (m_lines.last().isEmpty())
         m_lines.removeLast();
@@ -120,7 +124,7 @@ void DesktopEntry::remove(const QString &key)
 
 QByteArray DesktopEntry::toText() const
 {
-    return m_lines.join('\n') + '\n';
+    return m_mark + m_lines.join('\n') + '\n';
 }
 
 QString quotedForExec(const QString &argument)

@@ -35,6 +35,8 @@ private:
     Group group() const;
     qsizetype find(const QString &key) const;
 
+    /// The byte order mark where the text begins with one; it is no part of the first line.
+    QByteArray m_mark;
     QList<QByteArray> m_lines;
 };
 

@@ -175,6 +175,53 @@ TEST_F(AutostartEntryTest, pipeInItsPlaceIsReplaced)
     EXPECT_EQ(entry.status(), LoginItemStatus::enabled);
 }
 
+TEST_F(AutostartEntryTest, entryThatIsTooLongToKeepIsRefusedAndStaysAsItIs)
+{
+    const QByteArray tooLong = usable + "# " + QByteArray(65536, 'x') + "\nX-Last=1\n";
+    write(user, tooLong);
+    EXPECT_EQ(entry.registerItem(), QStringLiteral("File too large"));
+    EXPECT_EQ(read(user), tooLong);
+    write(system, usable);
+    EXPECT_EQ(entry.unregisterItem(), QStringLiteral("File too large"));
+    EXPECT_EQ(read(user), tooLong);
+
+    const QByteArray longest = usable + "# " + QByteArray(65536 - usable.size() - 3, 'x') + '\n';
+    ASSERT_EQ(longest.size(), 65536);
+    write(user, longest);
+    EXPECT_EQ(entry.registerItem(), std::nullopt);
+    EXPECT_TRUE(read(user).contains(longest.mid(usable.size())));
+}
+
+TEST_F(AutostartEntryTest, entryThatCannotBeReadIsRefusedAndStaysAsItIs)
+{
+    giveToOrdinaryUser(root.path());
+    const OrdinaryUser ordinary; // root may read anything
+    if (::geteuid() == 0)
+        GTEST_SKIP() << "there is no user but a namespace's root, who may read anything";
+    write(user, usable);
+    QFile::setPermissions(file(user), QFile::WriteOwner);
+    EXPECT_EQ(entry.registerItem(), QStringLiteral("Permission denied"));
+    QFile::setPermissions(file(user), QFile::ReadOwner | QFile::WriteOwner);
+    EXPECT_EQ(read(user), usable);
+}
+
+TEST_F(AutostartEntryTest, relativeDirectoryOfTheEnvironmentIsIgnored)
+{
+    const QByteArray homeBefore = qgetenv("HOME");
+    const QString directoryBefore = QDir::currentPath();
+    qputenv("HOME", root.filePath(QStringLiteral("home")).toUtf8());
+    qputenv("XDG_CONFIG_HOME", "relative");
+    QDir::setCurrent(root.path());
+    EXPECT_EQ(entry.registerItem(), std::nullopt);
+    EXPECT_FALSE(QFileInfo::exists(root.filePath(QStringLiteral("relative"))));
+    EXPECT_TRUE(read(root.filePath(QStringLiteral("home/.config"))).contains("Exec="));
+    EXPECT_EQ(entry.status(), LoginItemStatus::enabled);
+    EXPECT_EQ(entry.unregisterItem(), std::nullopt);
+    EXPECT_EQ(entry.status(), LoginItemStatus::notRegistered);
+    QDir::setCurrent(directoryBefore);
+    qputenv("HOME", homeBefore);
+}
+
 TEST_F(AutostartEntryTest, failuresAreTheSystemsOwnText)
 {
     QDir().mkpath(root.filePath(QStringLiteral("home")));

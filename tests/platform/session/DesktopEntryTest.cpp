@@ -62,6 +62,7 @@ TEST_P(OddDesktopEntry, takesAValueAndGivesItBack)
 INSTANTIATE_TEST_SUITE_P(
     Rows, OddDesktopEntry,
     testing::Values(TextRow{"empty", ""}, TextRow{"noLastNewline", "[Desktop Entry]\nExec=x"},
+                    TextRow{"byteOrderMark", "\xef\xbb\xbf[Desktop Entry]\nExec=x\n"},
                     TextRow{"noGroup", "Exec=x\n"}, TextRow{"otherGroup", "[Other]\nExec=x\n"},
                     TextRow{"carriageReturns", "\r\n[Other]\r\n"},
                     TextRow{"carriageReturnsInItsGroup",
@@ -75,6 +76,14 @@ TEST(DesktopEntry, readsLinesThatEndInCarriageReturns)
     const DesktopEntry entry("[Desktop Entry]\r\nHidden=true\r\n[Other]\r\nExec=x\r\n");
     EXPECT_EQ(entry.value(QStringLiteral("Hidden")), QStringLiteral("true"));
     EXPECT_EQ(entry.value(exec), std::nullopt);
+}
+
+TEST(DesktopEntry, byteOrderMarkHidesNoGroup)
+{
+    DesktopEntry entry("\xef\xbb\xbf[Desktop Entry]\nHidden=true\n");
+    EXPECT_EQ(entry.value(QStringLiteral("Hidden")), QStringLiteral("true"));
+    entry.setValue(exec, QStringLiteral("x"));
+    EXPECT_EQ(entry.toText(), "\xef\xbb\xbf[Desktop Entry]\nHidden=true\nExec=x\n");
 }
 
 TEST(DesktopEntry, trailingBackslashStaysOne)
