@@ -24,7 +24,8 @@ namespace tidewick
 /// first used, the rest when launching has finished.
 struct Desktop
 {
-    /// `isStarting` begins the updater's own schedule at once.
+    /// `isStarting` begins the updater's own schedule at once. The delegate asks for that; a test
+    /// of the updater may do without it.
     std::function<std::unique_ptr<Updater>(bool isStarting)> makeUpdater;
     std::function<std::unique_ptr<StatusItem>()> makeStatusItem;
     std::function<std::unique_ptr<Popover>()> makePopover;
