@@ -15,9 +15,12 @@ constexpr int nearDistance = 64; // points between two readings of one place
 
 enum class Edge { top, bottom, left, right };
 
+/// A tray may tell any number, so the distance may be beyond the range of an int.
 bool isNear(QPoint one, QPoint other)
 {
-    return (one - other).manhattanLength() <= nearDistance;
+    const qint64 across = qint64{one.x()} - other.x();
+    const qint64 down = qint64{one.y()} - other.y();
+    return std::abs(across) + std::abs(down) <= nearDistance;
 }
 
 bool isOnEdge(QPoint point, const QList<ScreenArea> &screens)

@@ -3,12 +3,16 @@
 
 #include <gtest/gtest.h>
 
+#include <limits>
+
 using namespace tidewick;
 
 namespace
 {
 
 constexpr QSize size(480, 540);
+constexpr int least = std::numeric_limits<int>::min();
+constexpr int greatest = std::numeric_limits<int>::max();
 constexpr QRect full(0, 0, 1280, 800);
 const ScreenArea barAtTop{full, {0, 30, 1280, 770}};
 const ScreenArea barAtBottom{full, {0, 0, 1280, 770}};
@@ -97,6 +101,12 @@ INSTANTIATE_TEST_SUITE_P(
                   QPoint(1200, 15)},
         AnchorRow{"tidingsFromTheMiddleOfAScreenAreNotBelieved",
                   {{barAtTop}, {}, false, QPoint(600, 400), QPoint(900, 10)},
+                  QPoint(900, 10)},
+        AnchorRow{"tidingsFromTheEndOfTheNumbersAreNotNear",
+                  {{barAtTop}, QPoint(640, 400), false, QPoint(greatest, greatest), {}},
+                  std::nullopt},
+        AnchorRow{"tidingsFromTheBeginningOfTheNumbersAreNotNear",
+                  {{barAtTop}, QPoint(640, 400), false, QPoint(least, least), QPoint(900, 10)},
                   QPoint(900, 10)},
         AnchorRow{"originTellsNothing",
                   {{barAtTop}, {}, false, QPoint(0, 0), QPoint(900, 10)},
