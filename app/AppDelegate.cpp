@@ -21,7 +21,7 @@ QUrl viewUrl(const char *file)
     return QUrl(QStringLiteral("qrc:/qt/qml/Tidewick/%1").arg(QLatin1String(file)));
 }
 
-/// The fallback icon; a program built without it is broken beyond repair.
+/// The fallback icon. A build without it is broken, so the program ends.
 QImage networkSymbol()
 {
     QImage image(iconPoints * 8, QImage::Format_ARGB32_Premultiplied);

@@ -20,8 +20,8 @@
 namespace tidewick
 {
 
-/// What the delegate needs of the desktop: the updater from the start, the windows when they are
-/// first used, the rest when launching has finished.
+/// What the delegate needs of the desktop. The updater is made at the start, the windows when they
+/// are first used, the rest when launching has finished.
 struct Desktop
 {
     /// `isStarting` begins the updater's own schedule at once. The delegate asks for that; a test
@@ -59,10 +59,10 @@ public:
     /// the panel. Without a click it does nothing. Opening the panel starts no refresh.
     void togglePopover();
 
-    /// The user started the program once more: shows the panel, and never closes it.
+    /// Shows the panel, and never closes it: the user has started the program once more.
     void activate();
 
-    /// Shows the settings window, which is created once, and with it the toggle's state.
+    /// Shows the settings window. It is created once, and so is the state of its toggle.
     void showSettings();
 
     void checkForUpdates();
@@ -84,15 +84,14 @@ private:
     std::unique_ptr<AppState> m_appState;
     std::unique_ptr<Panel> m_panel;
     std::unique_ptr<Appearance> m_appearance;
-    std::unique_ptr<Popover> m_popover; // goes before the panel that its content shows
+    std::unique_ptr<Popover> m_popover; // destroyed before the panel that it shows
     std::unique_ptr<LoginItem> m_loginItem;
     std::unique_ptr<Settings> m_settings;
-    std::unique_ptr<SettingsWindow> m_settingsWindow; // goes before the settings that it shows
+    std::unique_ptr<SettingsWindow> m_settingsWindow; // destroyed before the settings that it shows
     std::unique_ptr<Updater> m_updaterController;
 };
 
-/// The picture in `iconFile`, else the symbol "network". Throws nothing: without the symbol the
-/// program ends.
+/// The picture in `iconFile`, or the symbol "network" if there is none.
 QImage statusImage(const QString &iconFile);
 
 /// What the status item's tooltip says of `runningPorts`.

@@ -42,7 +42,7 @@ SystemInterfaces realSystem()
             std::make_shared<CurlHttpClient>()};
 }
 
-/// The parts of the desktop that know of each other. What is not made yet, or gone, is null.
+/// The parts of the desktop that refer to each other. A part that does not exist now is null.
 struct Shell
 {
     QPointer<DesktopStatusItem> statusItem;
@@ -50,7 +50,7 @@ struct Shell
     bool hasItem() const { return statusItem && statusItem->isInTray(); }
 };
 
-/// `shell` must outlive what is made of the result.
+/// `shell` must outlive everything that the result makes.
 Desktop realDesktop(Shell &shell)
 {
     return {
@@ -81,7 +81,7 @@ bool takeAutostarted()
     return isAutostarted;
 }
 
-/// The user asked for the program; `platformData` proves it to the desktop.
+/// Shows the panel because the user asked for it; `platformData` proves that to the desktop.
 void activate(AppDelegate &delegate, const QVariantMap &platformData)
 {
     const char *const variable = "XDG_ACTIVATION_TOKEN"; // where the toolkit looks for it
@@ -147,7 +147,7 @@ int TidewickApp::run()
         status = QApplication::exec();
     }
     qCDebug(appLog) << "ends with status" << status;
-    // A task that does not come back, its tool beyond even a kill, must not hold up the end.
+    // A tool may be stuck beyond even a kill; then its task must not hold up the end.
     if (!workers.waitForDone(stopTimeoutMs))
         std::_Exit(status);
     return status;

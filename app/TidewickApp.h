@@ -14,13 +14,12 @@ public:
     TidewickApp(int &argc, char **argv);
 
     /// Runs until the user quits or a termination signal comes, and returns the exit status.
-    /// Where another instance runs in this session
-    /// already, has that one show its panel and returns 0.
+    /// If another instance runs in this session, that one shows its panel, and this returns 0.
     int run();
 
 private:
     const bool m_isAutostarted;
-    const QVariantMap m_platformData; // what the desktop gave along with the start
+    const QVariantMap m_platformData; // what the desktop passed to this start
     QApplication m_application;
 };
 

@@ -12,7 +12,7 @@ namespace tidewick
 namespace
 {
 
-/// Without the text from the last "." on; a name that only starts with a dot keeps it.
+/// The name without its extension. A name whose only dot is the first character stays whole.
 QString withoutExtension(const QString &name)
 {
     const auto dot = name.lastIndexOf(QLatin1Char('.'));

@@ -13,7 +13,7 @@
 namespace tidewick
 {
 
-/// One TCP port on which a local process listens, with all that is known of that process.
+/// One TCP port on which a local process listens, with everything known about that process.
 ///
 /// A plain value. The scan builds it with the six identity fields, which never change; enrichment
 /// returns copies with the others filled in. It has no equality on purpose: rows are matched by
@@ -47,7 +47,7 @@ public:
     /// Whether the HTTP probe got an answer, and that answer's status code.
     bool isHttpAccessible = false;
     std::optional<qint64> httpStatus;
-    /// Kept for views that mark a probe under way; a scan publishes finished records only.
+    /// Always false in a published record; it exists for views that show a running probe.
     bool isCheckingHttp = false;
     /// Resident memory in megabytes (kilobytes divided by 1024).
     double memoryUsage = 0;

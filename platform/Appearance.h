@@ -5,17 +5,17 @@
 namespace tidewick
 {
 
-/// How the desktop shows windows, as far as a window has to know.
+/// How the desktop shows windows, as far as it concerns a window.
 struct Surroundings
 {
-    bool isComposited = false; // what is translucent shows what lies behind; else it is black
-    bool isBlurred = false;    // and that is blurred where a window asks for it
+    bool isComposited = false; // translucent parts show what lies behind them, not black
+    bool isBlurred = false;    // and a window can ask for it to be blurred
     bool reducesMotion = false;
 
     bool operator==(const Surroundings &) const = default;
 };
 
-/// Knows the desktop's surroundings. Main thread only.
+/// Watches the desktop's surroundings. Main thread only.
 class Appearance
 {
 public:

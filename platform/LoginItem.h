@@ -17,7 +17,7 @@ public:
     virtual ~LoginItem() = default;
 
     virtual LoginItemStatus status() const = 0;
-    /// Both return the system's text of what went wrong, or nothing.
+    /// Both return the system's error text, or nothing on success.
     virtual std::optional<QString> registerItem() = 0;
     virtual std::optional<QString> unregisterItem() = 0;
 };

@@ -9,7 +9,7 @@
 namespace tidewick
 {
 
-/// How a popover closes by itself: a transient one on any click outside it.
+/// When a popover closes by itself: a transient one closes on any click outside it.
 enum class PopoverBehavior { transient = 1 };
 
 /// The window that drops down from the status item. Main thread only.
@@ -19,13 +19,13 @@ public:
     virtual ~Popover() = default;
 
     virtual void setContentSize(QSize points) = 0;
-    /// Until it is called, only the program and the user's Escape close the popover.
+    /// Before the first call, only the program and the Escape key close the popover.
     virtual void setBehavior(PopoverBehavior behavior) = 0;
     /// Loads the QML file `view` with these initial properties of its root.
     virtual void setContentView(const QUrl &view, const QVariantMap &properties) = 0;
     virtual bool isShown() const = 0;
-    /// Shows it beside the status item, where `event` clicked it; without an event where the item
-    /// was last seen.
+    /// Shows it beside the status item: at the place of the click `event`, or where the item was
+    /// last seen if there was no click.
     virtual void show(const std::optional<ClickEvent> &event) = 0;
     virtual void performClose() = 0;
     /// Takes the keyboard.

@@ -10,7 +10,7 @@ namespace tidewick
 /// What a window's frame offers, as bits.
 enum class WindowStyle { titled = 1, closable = 2, titledAndClosable = 3 };
 
-/// The window that the settings stand in. Closing it only hides it. Main thread only.
+/// The window of the settings. Closing it only hides it. Main thread only.
 class SettingsWindow
 {
 public:
@@ -22,10 +22,10 @@ public:
     virtual void setStyleMask(WindowStyle style) = 0;
     /// The window keeps this size.
     virtual void setContentSize(QSize points) = 0;
-    /// In the middle of the screen.
+    /// Moves it to the middle of the screen.
     virtual void center() = 0;
     virtual void makeKeyAndOrderFront() = 0;
-    /// Comes in front of the application that has the focus.
+    /// Raises it above the application that has the focus.
     virtual void activateIgnoringOtherApps() = 0;
 };
 

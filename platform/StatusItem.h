@@ -46,8 +46,8 @@ struct MenuItem
 /// What the user did to the item.
 enum class ClickType { leftMouseUp, rightMouseUp };
 
-/// A click, and where it was as far as the tray tells; what trays mean by it differs (the
-/// desktop's coordinates, the bar's own, or nothing of use).
+/// A click and its position, if the tray reports one. Trays report different positions: in the
+/// desktop's coordinates, in those of the bar, or useless ones.
 struct ClickEvent
 {
     ClickType type = ClickType::leftMouseUp;
@@ -55,7 +55,7 @@ struct ClickEvent
 };
 
 /// The program's place in the desktop's status bar: an icon, a text beside it, and one action for
-/// every click, which opens a menu by attaching it and clicking itself. Main thread only.
+/// every click. To open a menu, the action attaches it and calls performClick(). Main thread only.
 class StatusItem
 {
 public:
@@ -66,9 +66,9 @@ public:
     virtual void setAttributedTitle(const StatusTitle &title) = 0;
     virtual void setImagePosition(ImagePosition position) = 0;
     virtual void setToolTip(const QString &title, const QString &text) = 0;
-    /// What a click of either kind does; `currentEvent` tells it which.
+    /// Sets what a click does. The action asks `currentEvent` for the kind of click.
     virtual void setAction(const std::function<void()> &action) = 0;
-    /// The click that the action is answering; nothing outside the action.
+    /// The click that called the action; nothing outside the action.
     virtual std::optional<ClickEvent> currentEvent() const = 0;
     /// Attaches the menu that `performClick` opens; an empty one detaches.
     virtual void setMenu(const QList<MenuItem> &items) = 0;

@@ -9,10 +9,10 @@ class Updater
 public:
     virtual ~Updater() = default;
 
-    /// The user asked: check now; says at once that it is checking. Starts no second check while
-    /// one runs, nor one during an installation: it shows what runs.
+    /// Checks now, because the user asked, and shows at once that it does. If a check or an
+    /// installation is running, it shows that one and starts no other.
     virtual void checkForUpdates() = 0;
-    /// False while a check, or an installation, runs.
+    /// False while a check or an installation is running.
     virtual bool canCheckForUpdates() const = 0;
 };
 

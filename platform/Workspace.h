@@ -12,9 +12,9 @@ class Workspace
 public:
     virtual ~Workspace() = default;
 
-    /// In the default browser.
+    /// Opens `url` in the default browser.
     virtual void openUrl(const QUrl &url) = 0;
-    /// In the file manager. A directory that is gone does nothing.
+    /// Shows the directory in the file manager. Does nothing if it no longer exists.
     virtual void revealDirectory(const QString &path) = 0;
 };
 

@@ -22,7 +22,7 @@ struct DevelopmentProcess
     }
 };
 
-/// "go" within a longer name counts on purpose, "node" does not.
+/// A name that contains "go" counts on purpose; "node" must match as a whole.
 inline constexpr auto developmentProcesses = std::to_array<DevelopmentProcess>({
     {DevelopmentProcess::whole, "node"},
     {DevelopmentProcess::part, "python"},

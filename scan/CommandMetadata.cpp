@@ -11,16 +11,16 @@ namespace tidewick
 namespace
 {
 
-/// Two alternatives; the second is often none.
+/// Two alternatives; the second is often empty.
 using Words = std::array<QStringView, 2>;
 
 struct Framework
 {
-    Words inCommandLine; // none: whatever the command line says
+    Words inCommandLine; // empty: any command line matches
     QStringView name;
 };
 
-/// The frameworks of one runtime: the first that matches is taken.
+/// The frameworks of one runtime; the first that matches counts.
 struct Runtime
 {
     Words inCommand;
@@ -73,7 +73,7 @@ constexpr auto go = std::to_array<Framework>({{{u"run"}, u"Go"}});
 constexpr auto deno = std::to_array<Framework>({{{}, u"Deno"}});
 constexpr auto bun = std::to_array<Framework>({{{}, u"Bun"}});
 
-/// A process may belong to several; the last one that finds a framework has the word.
+/// A process may belong to several groups; the last group that finds a framework counts.
 constexpr auto runtimes = std::to_array<Runtime>({
     {{u"node"}, node},
     {{u"python", u"Python"}, python},

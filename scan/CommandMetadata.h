@@ -6,9 +6,9 @@
 namespace tidewick
 {
 
-/// What the command line `from` of the process called `command` tells of it, under the keys
-/// "framework", "script" (a token of the command line, whole) and "container". A key that nothing
-/// is known for is absent. All comparisons are case-sensitive. Pure.
+/// The facts that the command line `from` of the process `command` tells, under the keys
+/// "framework", "script" (a whole token of the command line) and "container". A key without a fact
+/// is absent. All comparisons are case-sensitive. Pure.
 QMap<QString, QString> extractMetadata(const QString &from, const QString &command);
 
 } // namespace tidewick

@@ -25,7 +25,7 @@ public:
     {
     }
 
-    /// What ps prints for `field`; nothing where that cannot be had.
+    /// What ps prints for `field`; nothing if ps fails.
     std::optional<QString> ps(const QString &field, const char *errorPrefix) const
     {
         return ask(m_system.toolTable.ps,
@@ -92,7 +92,7 @@ void addStartTime(PortInfo &record, const ProcessQueries &queries)
     if (!output)
         return;
     const double seconds = parseElapsedTime(output->trimmed());
-    constexpr double longest = 1e11; // about 3,000 years: what a date can hold
+    constexpr double longest = 1e11; // about 3,000 years, which a date can still hold
     if (seconds > 0)
         record.startTime =
             QDateTime::currentDateTime().addSecs(-qint64(std::min(seconds, longest)));
@@ -122,7 +122,7 @@ void addHttp(PortInfo &record, const SystemInterfaces &system, const std::stop_t
         record.metadata.insert(QStringLiteral("probeResult"), *result.serverInfo);
 }
 
-/// `a * b + c`; a sum that passes 64 bits ends the program.
+/// `a * b + c`; a result beyond 64 bits ends the program.
 qint64 multiplyAndAdd(qint64 a, qint64 b, qint64 c)
 {
     qint64 product = 0;

@@ -21,8 +21,8 @@ namespace
 /// A tool that takes longer is named in the log.
 constexpr qint64 slowMs = 200;
 
-/// A handle of a running child (pidfd_open(2)): a kill through it never meets a reused pid,
-/// however late it comes.
+/// A handle of a running child (pidfd_open(2)). A kill through it never hits a reused pid, however
+/// late it comes.
 class ChildHandle
 {
 public:
@@ -44,8 +44,8 @@ private:
     int m_descriptor;
 };
 
-/// Reads standard output until the child has ended; one that prints more than `outputLimit` ends
-/// there.
+/// Reads standard output until the child has ended. A child that prints more than `outputLimit` is
+/// killed.
 QByteArray readToTheEnd(QProcess &child, const ChildHandle &handle)
 {
     QByteArray output;
@@ -76,10 +76,10 @@ ToolResult ProcessToolRunner::run(const QString &program, const QStringList &arg
     if (!child.waitForStarted(-1))
         throw ToolStartError(program + QStringLiteral(": ") + child.errorString());
 
-    child.closeReadChannel(QProcess::StandardError); // drained from here on, and thrown away
+    child.closeReadChannel(QProcess::StandardError); // what follows is discarded
     const ChildHandle handle(child.processId());
     const int reason = handle.isValid() ? 0 : errno;
-    // Where Qt has already reaped a quick child there is none to kill any more.
+    // If Qt has already reaped a quick child, there is nothing left to kill.
     if (!handle.isValid() && reason != ESRCH) {
         child.kill();
         child.waitForFinished(-1);

@@ -10,8 +10,8 @@ namespace tidewick
 namespace
 {
 
-/// Matches where the process name holds `inCommand` and the command line one of `inFullCommand`;
-/// a side without words is not asked.
+/// Matches if the process name contains `inCommand` and the command line one of `inFullCommand`. An
+/// empty side always matches.
 struct NameRule
 {
     QStringView inCommand;

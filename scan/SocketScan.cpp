@@ -65,7 +65,7 @@ std::optional<PortInfo> parseLine(QStringView line)
                     QStringLiteral("localhost"));
 }
 
-/// The texts of the rows of one scan, each of them once: a command line may be 128 KB long, and
+/// Keeps one copy of each text in the rows of a scan, because a command line may be 128 KB long and
 /// one process may have thousands of rows.
 class SharedTexts
 {

@@ -9,8 +9,8 @@
 namespace tidewick
 {
 
-/// The operating system as a scan and a kill see it. A value that a task copies, so that the task
-/// may outlive whoever started it.
+/// The operating system as a scan and a kill see it. A task copies this value, so that it may
+/// outlive whoever started it.
 struct SystemInterfaces
 {
     std::shared_ptr<const ToolRunner> tools;

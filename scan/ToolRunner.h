@@ -44,10 +44,10 @@ public:
     virtual ~ToolRunner() = default;
 
     /// Starts `program` (an absolute path) with exactly `arguments`, never through a shell, waits
-    /// for its exit and then returns its standard output, to the end or to a limit far beyond what
-    /// any tool has to say. Blocks the calling thread without a limit of time; callable from
-    /// several threads at once. A stop request, before or during the run, kills the child at once,
-    /// and the result is then worthless. Throws ToolStartError.
+    /// for its exit, and returns its standard output, truncated only far beyond what any tool
+    /// prints. Blocks the calling thread without a timeout; callable from several threads at once.
+    /// A stop request, before or during the run, kills the child at once and makes the result
+    /// useless. Throws ToolStartError.
     virtual ToolResult run(const QString &program, const QStringList &arguments,
                            const std::stop_token &stop) const = 0;
 };

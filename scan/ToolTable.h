@@ -6,8 +6,8 @@
 namespace tidewick
 {
 
-/// Where each tool may lie, best place first. Looked up anew for every run, so that a tool
-/// installed while the program runs is found by the next scan.
+/// The paths where each tool may be, the best one first. They are looked up for every run, so the
+/// next scan finds a tool that was installed meanwhile.
 struct ToolTable
 {
     QStringList lsof;
@@ -16,12 +16,12 @@ struct ToolTable
 
     /// The system's own tools.
     static ToolTable stock();
-    /// The supplied lsof and ps in `directory`, where they are present, over the stock ones.
+    /// The supplied lsof and ps in `directory` come first, then the stock ones.
     static ToolTable suppliedOverStock(const QString &directory);
 };
 
-/// The first of `candidates`, which are not empty, that is an executable file, else the last one:
-/// starting that one then fails with the system's reason.
+/// The first of `candidates` that is an executable file, or else the last one; starting that one
+/// fails with the system's reason. `candidates` must not be empty.
 QString presentTool(const QStringList &candidates);
 
 } // namespace tidewick

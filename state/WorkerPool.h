@@ -5,13 +5,13 @@
 namespace tidewick
 {
 
-/// A pool whose threads all start with it and stay to its end, so that no work waits for one that
-/// the system cannot give: a thread that fails to start takes its task along, and whoever awaits
-/// that, and one that starts without a descriptor left ends the program (GLib's wake-up pipe).
+/// A pool whose threads all start with it and live as long. A thread that starts later may fail:
+/// its task is lost and never delivers a result, or, without a free descriptor, GLib ends the
+/// program.
 class WorkerPool : public QThreadPool
 {
 public:
-    /// Comes back with all threads idle.
+    /// Returns when all threads are idle.
     explicit WorkerPool(int width);
 };
 

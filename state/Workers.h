@@ -7,14 +7,14 @@
 namespace tidewick
 {
 
-/// The threads that the store's work runs in: those of the scans, and a few that are the kills'
-/// own, so that scans which hang hold up none.
+/// The threads of the store's work: some for scans, and a few for kills alone, so that hanging
+/// scans delay no kill.
 struct Workers
 {
-    /// As a rule wide enough that a few scans stuck in a tool leave room for the next.
+    /// Wide enough that a few scans stuck in a tool usually leave room for the next.
     explicit Workers(int scansAtOnce = 8) : scans(scansAtOnce) {}
 
-    /// Whether all work ends within so many milliseconds, without a limit where they are negative.
+    /// Whether all work ends within this many milliseconds; negative means no limit.
     bool waitForDone(int milliseconds = -1)
     {
         const QDeadlineTimer deadline(milliseconds);

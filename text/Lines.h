@@ -7,7 +7,7 @@ namespace tidewick
 {
 
 /// The lines of `text`. Each of LF, VT, FF, CR, NEL, LS and PS ends a line by itself, so that CR
-/// before LF makes an empty line; what follows the last of them is a line too.
+/// before LF makes an empty line. The text after the last line end is a line too.
 QList<QStringView> splitLines(QStringView text);
 
 } // namespace tidewick

@@ -24,7 +24,7 @@ std::optional<qint64> parseInteger(QStringView text)
 
 std::optional<double> parseNumber(QStringView text)
 {
-    constexpr qsizetype longest = 1000; // beyond it reading takes seconds
+    constexpr qsizetype longest = 1000; // parsing a longer number takes seconds
     if (text.size() > longest)
         return std::nullopt;
     bool isNumber = false;

@@ -9,7 +9,7 @@ namespace tidewick
 /// The components of `path` below the root; a relative path starts in the current directory.
 QStringList pathComponents(const QString &path);
 
-/// The last of them, or "/" where there is none: the root itself.
+/// The last component, or "/" if there is none.
 QString lastComponent(const QStringList &components);
 
 } // namespace tidewick

@@ -5,7 +5,7 @@
 namespace tidewick
 {
 
-/// `text`, or where it is longer than `limit` UTF-16 units as much of it as fits, and an ellipsis.
+/// `text`, truncated to `limit` UTF-16 units and followed by an ellipsis if it is longer.
 QString truncated(const QString &text, qsizetype limit);
 
 } // namespace tidewick

@@ -8,7 +8,7 @@
 namespace tidewick
 {
 
-/// Strict UTF-8 (RFC 3629): nothing where a single byte is out of place. A byte order mark is text.
+/// Strict UTF-8 (RFC 3629): nothing if any byte is invalid. A byte order mark is text.
 std::optional<QString> decodeUtf8(const QByteArray &bytes);
 
 } // namespace tidewick

@@ -21,7 +21,7 @@ namespace
 constexpr qsizetype maxPackages = 1000;
 constexpr qsizetype maxIdLength = 1000;
 
-/// Who the service is on the bus. Newer Qt keeps a reply's sender to itself.
+/// Asks for the service's unique name, because newer Qt does not tell the sender of a reply.
 QDBusMessage ownerQuestion()
 {
     auto question = QDBusMessage::createMethodCall(
@@ -105,11 +105,11 @@ QCoro::Task<> PackageKitTransaction::run()
     setHints();
     QDBusMessage call = transactionCall(m_call.method);
     call.setArguments(m_call.arguments);
-    ask(call); // only a refusal matters: what comes of the call is told by signals
+    ask(call); // only a refusal matters; signals report the rest
     m_silence.start();
 }
 
-// To the unique name: nobody else can speak for the service, nor a second service for the first.
+// Listens to the unique name, so that nobody else, not even a second service, can send results.
 void PackageKitTransaction::listen()
 {
     const auto to = [this](const QString &interface, const char *signal, const char *slot) {
@@ -140,7 +140,7 @@ void PackageKitTransaction::setHints()
          QStringLiteral("background=") +
              (m_call.isInteractive ? QStringLiteral("false") : QStringLiteral("true")),
          QStringLiteral("interactive=") + yesOrNo});
-    m_bus.asyncCall(hints); // only hints: an unknown one is the service's affair
+    m_bus.asyncCall(hints); // the service may ignore hints that it does not know
 }
 
 QDBusMessage PackageKitTransaction::transactionCall(const QString &method) const
@@ -162,7 +162,7 @@ QCoro::Task<std::optional<QDBusMessage>> PackageKitTransaction::ask(QDBusMessage
         co_return reply;
     const QDBusError error(reply);
     UpdateFailure failure = failureOfCall(error);
-    // The bus has one name for no answer in time and for no answer ever.
+    // The bus has one error for an answer that is late and for one that can no longer come.
     if (error.type() == QDBusError::NoReply && !early.hasExpired())
         failure.error = UpdateError::vanished;
     deliver(failure);
@@ -225,7 +225,7 @@ void PackageKitTransaction::onPropertiesChanged(const QString &interface,
     TransactionProgress progress = m_progress;
     if (const auto status = changed.constFind(QStringLiteral("Status")); status != changed.cend()) {
         progress.status = status->toUInt();
-        progress.percentage.reset(); // the number known so far told of something else
+        progress.percentage.reset(); // the last number belongs to another status
     }
     const QVariant percentage = changed.value(QStringLiteral("Percentage"));
     const bool tells = progress.status == packagekit::statusDownload ||

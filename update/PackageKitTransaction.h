@@ -32,7 +32,7 @@ struct PackageId
     bool operator==(const PackageId &) const = default;
 };
 
-/// None where `text` is not such an id, or unreasonably long.
+/// Nothing if `text` is not such an id or is unreasonably long.
 std::optional<PackageId> parsePackageId(const QString &text);
 
 struct Package
@@ -46,13 +46,13 @@ struct TransactionCall
 {
     QString method;
     QVariantList arguments;
-    /// The user waits for it, and may be asked for a password.
+    /// The user is waiting and may be asked for a password.
     bool isInteractive = false;
-    /// Only packages of this name are kept; empty keeps those of every name.
+    /// Only packages of this name are kept; if it is empty, all are.
     QString packageName = {};
     /// How long the service may stay silent before the transaction fails.
     std::chrono::milliseconds timeout = std::chrono::minutes(2);
-    /// How long it may take to answer a method call, or to be started for one.
+    /// How long the service may take to start and to answer a method call.
     std::chrono::milliseconds callTimeout = std::chrono::seconds(25);
 };
 
@@ -71,24 +71,24 @@ struct TransactionProgress
     bool operator==(const TransactionProgress &) const = default;
 };
 
-/// One transaction of the package service: made, connected to, called, and listened to until it
-/// finishes, fails, falls silent for too long, or its service goes.
+/// One transaction of the package service: creates it, calls it, and listens until it finishes,
+/// fails, stays silent for too long, or the service disappears.
 class PackageKitTransaction : public QObject
 {
     Q_OBJECT
 
 public:
-    /// Starts at once. A stop asked of `stop` ends it as cancelled at once, and tells the service.
+    /// Starts at once. A stop request ends it at once as cancelled and is passed to the service.
     PackageKitTransaction(QDBusConnection bus, TransactionCall call,
                           const std::stop_token &stop = {});
-    /// One that has not ended ends as cancelled; the service is left to finish it.
+    /// A transaction that has not ended ends as cancelled; the service may still finish it.
     ~PackageKitTransaction() override;
     Q_DISABLE_COPY_MOVE(PackageKitTransaction)
 
     /// Delivered in every case, exactly once.
     QFuture<TransactionResult> ending() const { return m_promise.future(); }
 
-    /// Asks the service to stop; it may go on where it no longer can.
+    /// Asks the service to stop; the service may be unable to.
     void cancel();
 
 Q_SIGNALS:
@@ -105,7 +105,7 @@ private Q_SLOTS:
 
 private:
     QCoro::Task<> run();
-    /// The service's reply. None where it refused, or where the transaction has ended meanwhile.
+    /// The service's reply; nothing if it refused or if the transaction has ended meanwhile.
     QCoro::Task<std::optional<QDBusMessage>> ask(QDBusMessage message);
     void listen();
     void setHints();

@@ -14,7 +14,7 @@ namespace tidewick
 namespace
 {
 
-/// A refresh that the schedule asks for is skipped where the lists are younger.
+/// A scheduled check does not refresh lists that are younger.
 constexpr uint oldAgeSeconds = 23 * 60 * 60;
 
 constexpr std::chrono::minutes installationTimeout{15};
@@ -64,7 +64,7 @@ QDBusMessage ageOfLists()
     return call;
 }
 
-/// Never fetched is 4294967295; no answer counts as old too.
+/// 4294967295 means that they were never fetched. No answer counts as old.
 bool isOld(const QDBusMessage &age)
 {
     bool isNumber = false;
@@ -100,7 +100,7 @@ UpdateOutcome outcomeOf(UpdateOutcome::Kind kind, const PackageId &installed, co
     return {kind, installed, other.id, other.summary, {}};
 }
 
-/// What the service's answers to Resolve tell where GetUpdates offered nothing.
+/// The outcome if GetUpdates offered nothing, from the service's answers to Resolve.
 UpdateOutcome withoutUpdate(const PackageId &installed, const QList<Package> &versions,
                             const std::optional<UpdateFailure> &refreshFailure)
 {

@@ -9,7 +9,7 @@ namespace
 
 const QList<UpdateButton> onlyClose{{UpdateAction::close}};
 
-/// A version as it is shown: it comes from another process.
+/// A version for display, cleaned because it comes from another process.
 QString versionOf(const PackageId &id)
 {
     return asLine(id.version);

@@ -99,7 +99,7 @@ void UpdateDialog::setProgress(const std::optional<UpdateProgress> &progress)
 {
     m_progress->setVisible(progress.has_value());
     const bool isKnown = progress && progress->percentage;
-    m_progress->setRange(0, isKnown ? 100 : 0); // a range of nothing shows as busy
+    m_progress->setRange(0, isKnown ? 100 : 0); // an empty range shows as busy
     if (isKnown)
         m_progress->setValue(*progress->percentage);
 }
@@ -113,7 +113,7 @@ void UpdateDialog::setDetails(const QString &details)
     m_detailsButton->setChecked(false);
 }
 
-// The same buttons stay, so that progress takes the focus from none of them.
+// Keeps the same buttons, so that progress does not take the focus from them.
 void UpdateDialog::setButtons(const QList<UpdateButton> &buttons)
 {
     QList<UpdateAction> actions;

@@ -24,7 +24,7 @@ public:
     UpdateDialog();
 
     void setNotice(const UpdateNotice &notice);
-    /// Escape and the close button answer what the notice says.
+    /// Escape and the close button give the answer that the notice names.
     void reject() override;
 
 Q_SIGNALS:
@@ -55,7 +55,7 @@ public:
     void close() override;
     void setAnswer(const std::function<void(UpdateAction)> &answer) override;
 
-    /// None before the first notice.
+    /// Null before the first notice.
     UpdateDialog *dialog() const { return m_dialog.get(); }
 
 private:

@@ -16,7 +16,7 @@ namespace tidewick
 namespace
 {
 
-/// The system bus on a connection of our own, renewed where it broke.
+/// The system bus over a connection of our own, which is renewed after it broke.
 QDBusConnection systemBus()
 {
     const QString name = QStringLiteral("tidewick-updates");
@@ -39,7 +39,7 @@ bool relaunch(const QString &executable)
 
 UpdaterSystem UpdaterSystem::real()
 {
-    // Taken now: after an upgrade the kernel calls this path deleted.
+    // Read now, because after an upgrade the kernel calls this path deleted.
     const QString executable = QCoreApplication::applicationFilePath();
     UpdaterSystem system;
     system.bus = systemBus;

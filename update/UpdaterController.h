@@ -19,14 +19,14 @@ struct UpdaterSystem
 {
     std::function<QDBusConnection()> bus; ///< asked for at each check
     QString executable;                   ///< the program that runs
-    std::function<bool()> isReplaced;     ///< another file lies where the program lay
+    std::function<bool()> isReplaced;     ///< the program's path holds another file
     std::function<bool()> relaunch;       ///< ends this run and starts the next
     std::function<QDateTime()> now;       ///< the wall clock
     std::unique_ptr<UpdateDialogs> dialogs;
 
     std::chrono::milliseconds firstCheck = std::chrono::minutes(5);
     std::chrono::milliseconds tick = std::chrono::hours(1);
-    /// How long the service's own signal may lag behind a check of ours that caused it.
+    /// How late the service's signal may come after a check of ours that caused it.
     std::chrono::milliseconds echo = std::chrono::seconds(30);
     std::chrono::milliseconds callTimeout = std::chrono::seconds(25);
 
@@ -74,10 +74,10 @@ private:
     QTimer m_tick;
     std::optional<QDateTime> m_lastCheck;
     QElapsedTimer m_sinceActivity;
-    bool m_haveUpdatesChanged = false; ///< the service said so, and not as an echo of ours
+    bool m_haveUpdatesChanged = false; ///< the service said so, not because of our own check
 
     Activity m_activity = Activity::none;
-    bool m_isWatched = false; ///< the user sees the check, and is told whatever it finds
+    bool m_isWatched = false; ///< the user sees the check and is told any result
     std::stop_source m_stop;  ///< of the check that runs
     UpdateOutcome m_found;    ///< the update on offer
     QString m_postponedVersion;

@@ -8,7 +8,7 @@ namespace tidewick
 {
 
 /// org.freedesktop.Application. This program opens no files and has no actions of its own, so
-/// every method means that it is to show itself.
+/// every method shows the panel.
 class ApplicationAdaptor : public QDBusAbstractAdaptor
 {
     Q_OBJECT

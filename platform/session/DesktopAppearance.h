@@ -13,13 +13,13 @@
 namespace tidewick
 {
 
-/// What a setting of the desktop portal says of motion: nothing, or whether it is to be reduced.
-/// GNOME and those who follow it have "enable-animations", Plasma a factor that is 0 without them.
+/// Whether a setting of the desktop portal asks for less motion; nothing if it is another setting.
+/// GNOME has "enable-animations", Plasma a factor that is 0 if animations are off.
 std::optional<bool> motionReduced(const QString &group, const QString &key, const QVariant &value);
 
-/// The surroundings as the X server and the desktop portal (org.freedesktop.portal.Settings) tell
-/// them. A desktop without a portal wants all motion. The X server is asked again whenever the
-/// focus moves from window to window, the portal tells by itself.
+/// The surroundings as the X server and the desktop portal (org.freedesktop.portal.Settings) report
+/// them. Without a portal motion is not reduced. The X server is asked again whenever the focus
+/// moves to another window; the portal reports changes by itself.
 class DesktopAppearance : public QObject, public Appearance
 {
     Q_OBJECT

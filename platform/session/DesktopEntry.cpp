@@ -33,7 +33,7 @@ QString unescaped(const QString &text)
     return result;
 }
 
-/// A space needs its escape only at the beginning, where it would be skipped.
+/// Only a space at the beginning is escaped; a reader would skip it.
 QString escaped(const QString &text)
 {
     QString result;
@@ -48,13 +48,13 @@ QString escaped(const QString &text)
     return result;
 }
 
-/// Blanks around it count for nothing, nor does the carriage return of an editor elsewhere.
+/// The text without the blanks around it and without a carriage return at its end.
 bool isHeader(const QByteArray &line)
 {
     return line.trimmed() == header;
 }
 
-/// The line's key, empty where it sets none.
+/// The key that the line sets; empty if it sets none.
 QString keyOf(const QByteArray &line)
 {
     const qsizetype equals = line.indexOf('=');
@@ -134,7 +134,7 @@ QString quotedForExec(const QString &argument)
         if (QStringLiteral("\"`$\\").contains(character))
             quoted += QLatin1Char('\\');
         else if (character == QLatin1Char('%'))
-            quoted += QLatin1Char('%'); // a single one begins a field code
+            quoted += QLatin1Char('%'); // a single % begins a field code
         quoted += character;
     }
     return QLatin1Char('"') + quoted + QLatin1Char('"');

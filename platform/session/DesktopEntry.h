@@ -10,14 +10,14 @@ namespace tidewick
 {
 
 /// The `[Desktop Entry]` group of a desktop file (freedesktop.org's Desktop Entry Specification
-/// 1.5). Lines that nobody sets, those of other groups included, are kept as they are.
+/// 1.5). All other lines, also those of other groups, are kept as they are.
 class DesktopEntry
 {
 public:
-    /// Takes any bytes; what is not UTF-8 or not a line of the format is kept and ignored.
+    /// Takes any bytes. A line that is not UTF-8 or not of the format is kept and ignored.
     explicit DesktopEntry(const QByteArray &text = {});
 
-    /// The first value of `key`, its escapes undone; nothing where there is none.
+    /// The first value of `key`, with its escapes undone; nothing if the key is missing.
     std::optional<QString> value(const QString &key) const;
     void setValue(const QString &key, const QString &value);
     void remove(const QString &key);

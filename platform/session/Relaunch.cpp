@@ -17,8 +17,8 @@ namespace
 
 constexpr int processDescriptor = 3;
 
-/// In the new process: only what is safe after fork(2) in a process with threads. It gives up every
-/// descriptor of the old one, for the old one's connections end only with their last holder.
+/// Runs in the new process and does only what is safe after fork(2) in a process with threads. It
+/// closes every descriptor of the old process, because a connection ends with its last holder.
 [[noreturn]] void startAfter(int oldProcess, const char *path)
 {
     for (const int number : {SIGINT, SIGTERM, SIGHUP})

@@ -45,7 +45,7 @@ InstanceClaim SingleInstance::claim()
     bus.connect(QString(), QStringLiteral("/org/freedesktop/DBus/Local"),
                 QStringLiteral("org.freedesktop.DBus.Local"), QStringLiteral("Disconnected"), this,
                 SIGNAL(sessionEnded()));
-    // Before the name, since whoever sees the name may call at once.
+    // Comes before the name, because others may call as soon as they see the name.
     bus.registerObject(applicationPath, this, QDBusConnection::ExportAdaptors);
     if (bus.registerService(applicationId))
         return InstanceClaim::first;

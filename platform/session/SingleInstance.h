@@ -9,9 +9,9 @@ namespace tidewick
 /// What the session bus answered when this process asked to be the one instance.
 enum class InstanceClaim { first, another, refused, noBus };
 
-/// What the desktop gave this process at its start to prove that the user asked for it, as
-/// org.freedesktop.Application passes it on. Takes the token out of the environment, where programs
-/// started from here would find it; the toolkit does so with the startup id.
+/// The proof that the user asked for this start, in the form in which org.freedesktop.Application
+/// passes it on. Takes the token out of the environment, because programs started from here would
+/// inherit it. The toolkit does the same with the startup id.
 QVariantMap takePlatformData();
 
 /// The one instance of the program in a session: the owner of the application id on the session
@@ -26,14 +26,13 @@ public:
 
     InstanceClaim claim();
 
-    /// Asks the instance that there is to show itself. Returns when it has answered, or has not for
-    /// two seconds.
+    /// Asks the first instance to show its panel. Waits for its answer, at most two seconds.
     static void activateOther(const QVariantMap &platformData);
 
 Q_SIGNALS:
-    /// The user started the program once more, or chose it where the bus starts programs.
+    /// The user started the program again, or the bus did on the user's behalf.
     void activated(const QVariantMap &platformData);
-    /// The session is over: its bus is gone.
+    /// The session has ended, because its bus is gone.
     void sessionEnded();
 };
 

@@ -15,7 +15,7 @@ namespace
 
 constexpr std::array<int, 3> signalNumbers{SIGINT, SIGTERM, SIGHUP};
 
-/// What the handler may touch: an eventfd(2) that wakes the main thread.
+/// The only thing that the handler touches: an eventfd(2) that wakes the main thread.
 int wakeDescriptor = -1;
 
 void wakeMainThread(int /*signalNumber*/)

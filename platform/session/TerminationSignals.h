@@ -6,7 +6,7 @@ namespace tidewick
 {
 
 /// Turns SIGINT, SIGTERM and SIGHUP into `received` on the main thread, for as long as this object
-/// lives; a signal that the program was told to ignore (nohup(1)) stays ignored. One object at a
+/// lives. A signal that is ignored from the start (nohup(1)) stays ignored. One object at a
 /// time.
 class TerminationSignals : public QObject
 {

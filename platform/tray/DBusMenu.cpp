@@ -36,7 +36,7 @@ QVariantMap itemProperties(const MenuItem &item, KeyNames names)
 {
     if (item.title.isEmpty())
         return {{QStringLiteral("type"), QStringLiteral("separator")}};
-    // A single underscore would mark the letter behind it as the access key.
+    // A single underscore would make the next letter the access key.
     QVariantMap properties{{QStringLiteral("label"),
                             QString(item.title).replace(QLatin1Char('_'), QLatin1String("__"))}};
     if (!item.keyEquivalent.isEmpty()) {
@@ -116,7 +116,7 @@ QList<DBusMenuProperties> DBusMenu::GetGroupProperties(const QList<int> &ids,
 
 QDBusVariant DBusMenu::GetProperty(int id, const QString &name) const
 {
-    // A variant on the bus must hold something: an unknown property is an empty text.
+    // A variant on the bus cannot be empty, so an unknown property is an empty text.
     return QDBusVariant(knows(id) ? properties(id, {}).value(name, QString()) : QString());
 }
 

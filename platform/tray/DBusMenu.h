@@ -85,7 +85,7 @@ struct DBusMenuEvent
 /// ("comma"). Letters and digits are the same in both.
 enum class KeyNames { qt, keysym };
 
-/// An object to register on the bus: it, and not what is exported with it, knows of the call that
+/// An object to register on the bus. Only this object, not its adaptors, can answer the call that
 /// is being served.
 class DBusObject : public QObject, public QDBusContext
 {
@@ -93,9 +93,9 @@ class DBusObject : public QObject, public QDBusContext
 };
 
 /// A flat menu exported as com.canonical.dbusmenu (version 3 of the protocol): id 0 is the root,
-/// the entries follow from 1 in order. A chosen entry's action runs after the call was answered.
-/// What names an unknown entry is answered with an error. Its owner hears when a tray is about to
-/// show it, or asks for it before it was ever filled.
+/// and the entries count from 1 in order. The action of a chosen entry runs after the call was
+/// answered. A call with an unknown entry gets an error. The owner is told when a tray is about to
+/// show the menu, or reads it before it was filled.
 class DBusMenu : public QDBusAbstractAdaptor
 {
     Q_OBJECT
@@ -106,10 +106,10 @@ class DBusMenu : public QDBusAbstractAdaptor
     Q_PROPERTY(QStringList IconThemePath READ iconThemePath CONSTANT)
 
 public:
-    /// `object` is what will be registered on the bus, and owns the menu.
+    /// `object` owns the menu and is what gets registered on the bus.
     explicit DBusMenu(DBusObject *object);
 
-    /// Announces a new layout where the entries look otherwise than before.
+    /// Announces a new layout if the entries look different from before.
     void setItems(const QList<MenuItem> &items);
     void setKeyNames(KeyNames names) { m_keyNames = names; }
     void setWanted(const std::function<void()> &wanted) { m_wanted = wanted; }
@@ -128,7 +128,7 @@ public Q_SLOTS:
     QDBusVariant GetProperty(int id, const QString &name) const;
     void Event(int id, const QString &type, const QDBusVariant &data, uint timestamp);
     QList<int> EventGroup(const QList<tidewick::DBusMenuEvent> &events);
-    /// True where the layout has changed and must be read again.
+    /// True if the layout has changed and must be read again.
     bool AboutToShow(int id);
     QList<int> AboutToShowGroup(const QList<int> &ids, QList<int> &unknownIds);
 
@@ -139,7 +139,7 @@ Q_SIGNALS:
     // NOLINTEND(readability-identifier-naming)
 
 private:
-    /// Answers the call that is being served with an error where there is no such entry.
+    /// If there is no such entry, answers the call that is being served with an error.
     bool knows(int id) const;
     bool has(int id) const { return id >= 0 && id <= m_items.size(); }
     QVariantMap properties(int id, const QStringList &names) const;

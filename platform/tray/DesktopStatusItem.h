@@ -9,8 +9,8 @@
 namespace tidewick
 {
 
-/// The status item in whatever tray the desktop has, now or later: a status notifier item, and
-/// where nothing keeps a list of those an icon in the old X11 tray. One of the two shows it.
+/// The status item in whatever tray the desktop has, now or later: a status notifier item, or an
+/// icon in the old X11 tray if nothing keeps a list of status notifier items.
 class DesktopStatusItem : public QObject, public StatusItem
 {
     Q_OBJECT
@@ -32,7 +32,7 @@ public:
 
 private:
     void chooseTray();
-    /// Shows the state where it differs from the one that is shown.
+    /// Shows the state if it differs from the one shown.
     void show(const StatusItemState &state);
     void send(const ClickEvent &event);
 

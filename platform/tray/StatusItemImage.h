@@ -16,8 +16,8 @@ inline constexpr std::array<int, 5> statusIconSides{22, 24, 32, 48, 64};
 /// high, so an icon of 18 points fills 18/22 of it.
 QImage plainStatusImage(const QImage &icon, QSize points, int side);
 
-/// Icon and title in one square, for a bar that shows nothing but square icons: the title is a
-/// badge in the lower right corner, as large as legible digits need.
+/// Icon and title in one square, for a bar that shows only square icons. The title is a badge in
+/// the lower right corner, large enough for legible digits.
 QImage badgedStatusImage(const QImage &icon, QSize points, const StatusTitle &title, int side);
 
 /// Icon and title side by side in a picture `height` pixels high, for a bar that keeps its width.

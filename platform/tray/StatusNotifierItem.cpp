@@ -111,7 +111,7 @@ void StatusNotifierItem::registerWithWatcher()
     registerItem();
 }
 
-/// The host reads an item once, when it registers: what it can show must be known before.
+/// A host reads an item once, when it registers. So the style of the host must be known before.
 QCoro::Task<> StatusNotifierItem::registerItem()
 {
     const QPointer<StatusNotifierItem> self(this);

@@ -15,19 +15,19 @@ namespace tidewick
 
 class StatusNotifierItemAdaptor;
 
-/// How a host shows a number: its own label beside the icon, a picture that may be wider than
-/// high, or inside a square picture.
+/// How a host shows a number: as its own label beside the icon, in a picture that may be wider than
+/// high, or in a square picture.
 enum class NumberStyle { label, wide, square };
 
 /// The style for the host whose process is called `processName` (/proc/PID/comm, proc(5)).
 NumberStyle numberStyle(const QString &processName);
 
-/// The names that the same host knows keys by.
+/// The names that the host uses for keys.
 KeyNames keyNames(const QString &processName);
 
 /// A status item of the StatusNotifierItem protocol, at /StatusNotifierItem on a bus connection of
-/// its own, since an item leaves the bar only when its connection goes. It registers
-/// whenever a watcher or a host appears, so it outlives a tray that restarts or starts late.
+/// its own, because an item leaves the bar only when its connection closes. It registers whenever a
+/// watcher or a host appears, so it works with a tray that restarts or starts late.
 class StatusNotifierItem : public QObject, public TrayPresenter
 {
     Q_OBJECT

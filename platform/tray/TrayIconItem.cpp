@@ -12,8 +12,8 @@ namespace tidewick
 namespace
 {
 
-/// A menu that opens in the moment another window of ours closes loses the keyboard to whatever
-/// gets it next, and closes again.
+/// A menu that opens while another window of ours closes loses the keyboard to the next window and
+/// closes again.
 constexpr int menuDelayMs = 150;
 
 void fill(QMenu &menu, const QList<MenuItem> &items)

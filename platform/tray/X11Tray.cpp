@@ -9,13 +9,13 @@ namespace tidewick
 namespace
 {
 
-/// The event code of the XFixes extension's messages about selections; 0 without the extension.
+/// The event code of XFixes' messages about selections; 0 without the extension.
 uint8_t watchSelection(xcb_connection_t *connection, xcb_window_t root, xcb_atom_t selection)
 {
     const auto *extension = xcb_get_extension_data(connection, &xcb_xfixes_id);
     if (extension == nullptr || extension->present == 0)
         return 0;
-    // The server takes no other request of the extension before this one.
+    // The extension accepts no other request before this one.
     const auto cookie = xcb_xfixes_query_version(connection, 1, 0);
     owned(xcb_xfixes_query_version_reply(connection, cookie, nullptr));
     xcb_xfixes_select_selection_input(connection, root, selection,

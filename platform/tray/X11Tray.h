@@ -7,8 +7,8 @@
 namespace tidewick
 {
 
-/// Whether the screen has a tray of the old kind (freedesktop.org's System Tray Protocol): one that
-/// owns the selection _NET_SYSTEM_TRAY_Sn and takes icons as windows.
+/// Watches for a tray of the old kind (freedesktop.org's System Tray Protocol), which owns the
+/// selection _NET_SYSTEM_TRAY_Sn and takes icons as windows.
 class X11Tray : public QObject
 {
     Q_OBJECT

@@ -13,7 +13,7 @@ namespace tidewick
 namespace
 {
 
-/// Null where windows are not those of an X server.
+/// Null if the windows are not on an X server.
 xcb_connection_t *toolkitConnection()
 {
     const auto *x11 = qGuiApp->nativeInterface<QNativeInterface::QX11Application>();

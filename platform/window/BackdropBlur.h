@@ -22,8 +22,8 @@ bool isBlurOffered();
 /// width and height in device pixels.
 std::vector<quint32> blurRegion(QRectF points, qreal pixelsPerPoint);
 
-/// Makes the window translucent, and asks for the blur behind all of it whenever it is shown or
-/// resized and the blur is offered. Lives as long as the window.
+/// Makes the window translucent. If the blur is offered, asks for it behind the whole window
+/// whenever the window is shown or resized. Lives as long as the window.
 class BackdropBlur : public QObject
 {
     Q_OBJECT

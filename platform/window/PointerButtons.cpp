@@ -11,10 +11,10 @@ namespace tidewick
 namespace
 {
 
-/// From the release of a button to what a tray makes of it.
+/// The longest time from the release of a button to the tray's report of a click.
 constexpr qint64 trayDelayMs = 1000;
 
-/// The first version that tells raw events while another program has grabbed the pointer is 2.1.
+/// Version 2.1 is the first to report raw events while another program has grabbed the pointer.
 bool hasXInput(xcb_connection_t *connection)
 {
     const auto cookie = xcb_input_xi_query_version(connection, 2, 2);

@@ -8,8 +8,9 @@
 namespace tidewick
 {
 
-/// Hears the buttons of the pointer wherever they are pressed, as raw events of XInput 2 on the
-/// root window, which grab nothing and take nothing from anybody. The wheel is no button here.
+/// Reports presses of the pointer's buttons anywhere on the screen. It receives raw events of
+/// XInput 2 on the root window, which grabs nothing and withholds no event from other programs. The
+/// wheel does not count as a button.
 class PointerButtons : public QObject
 {
     Q_OBJECT
@@ -17,11 +18,11 @@ class PointerButtons : public QObject
 public:
     PointerButtons();
 
-    /// False under Wayland, XWayland included, where presses on other programs cannot be heard.
+    /// False under Wayland and XWayland, which do not report presses on other programs.
     bool canHear() const { return m_opcode != 0; }
-    /// Whether a button is down, or was let go less than a second ago.
+    /// Whether a button is down or was released less than a second ago.
     bool isClicking() const;
-    /// Tells at once of every press that has happened.
+    /// Reports every press until now before it returns.
     void sync() { m_x.sync(); }
 
 Q_SIGNALS:
@@ -31,7 +32,7 @@ private:
     void handle(const xcb_generic_event_t &event);
 
     X11Connection m_x;
-    uint8_t m_opcode = 0; // XInput's
+    uint8_t m_opcode = 0; // of XInput
     int m_down = 0;
     QElapsedTimer m_sinceRelease;
 };

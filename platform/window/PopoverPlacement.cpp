@@ -41,8 +41,8 @@ ScreenArea screenOf(QPoint point, const QList<ScreenArea> &screens)
     return screens.value(0);
 }
 
-/// A bar that reserves no room is known by the edge only; in a corner it is taken for a horizontal
-/// one, which most are.
+/// Only the nearest edge tells where a bar is that reserves no room. In a corner the bar counts as
+/// horizontal, as most are.
 Edge edgeWithoutRoom(QPoint anchor, const QRect &whole)
 {
     const int above = anchor.y() - whole.top();
@@ -69,7 +69,7 @@ Edge edgeOf(QPoint anchor, const ScreenArea &screen)
     return edgeWithoutRoom(anchor, screen.whole);
 }
 
-/// What is left of the free area behind an item at `anchor` that stands on a bar at `edge`.
+/// The part of the free area beyond an item at `anchor` on a bar at `edge`.
 QRect roomBeside(QPoint anchor, Edge edge, const ScreenArea &screen)
 {
     QRect room = screen.available;
@@ -91,7 +91,8 @@ QRect roomBeside(QPoint anchor, Edge edge, const ScreenArea &screen)
     return room;
 }
 
-/// As near to `wanted` as a popover of `size` lies within `room`; its beginning where it is larger.
+/// The position nearest to `wanted` at which a popover of `size` lies within `room`, or the
+/// beginning of the room if the popover is larger.
 QPoint clamped(QPoint wanted, QSize size, const QRect &room)
 {
     const QSize slack = (room.size() - size).expandedTo(QSize(0, 0));

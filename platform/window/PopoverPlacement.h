@@ -17,27 +17,27 @@ struct ScreenArea
     QRect available;
 };
 
-/// What is known of where the status item stands, in points of the whole desktop.
+/// What is known about the place of the status item, in points of the whole desktop.
 struct ItemTraces
 {
     QList<ScreenArea> screens; // the primary one first
-    /// Where the pointer is, unless it cannot be known.
+    /// The place of the pointer, if it can be known.
     std::optional<QPoint> pointer;
     /// A button was pressed just now, so the pointer is on the item for certain.
     bool isClick = false;
-    /// What the tray told of the click: the desktop's coordinates, the bar's own, or (0, 0).
+    /// What the tray reports of the click: the desktop's coordinates, the bar's, or (0, 0).
     std::optional<QPoint> told;
-    /// Where the item was found the last time.
+    /// The place where the item was found last.
     std::optional<QPoint> last;
 };
 
-/// A point on the status item; nothing where no trace is to be believed. A pointer far from what
-/// the tray told means that the keyboard chose the item.
+/// A point on the status item; nothing if none of the facts can be believed. If the pointer is far
+/// from the place that the tray reports, the keyboard chose the item.
 std::optional<QPoint> itemAnchor(const ItemTraces &traces);
 
-/// Where the upper left corner of a popover of `size` goes: 6 points from the bar that the anchor
-/// stands on, whichever edge that is at, and within the free area of its screen; without an anchor
-/// in the upper right corner of the primary screen.
+/// The upper left corner of a popover of `size`. It is 6 points from the bar that holds the anchor,
+/// at whichever edge, and within the free area of that screen. Without an anchor it is in the upper
+/// right corner of the primary screen.
 QPoint popoverPosition(QSize size, std::optional<QPoint> anchor, const QList<ScreenArea> &screens);
 
 } // namespace tidewick

@@ -16,14 +16,14 @@ namespace tidewick
 namespace
 {
 
-/// How long the pointer must rest while the keyboard is elsewhere: where the focus follows the
-/// pointer, it passes over other windows on its way from the item to the popover.
+/// How long the pointer must rest before a lost focus closes the popover. If the focus follows the
+/// pointer, it passes over other windows on the way from the item to the popover.
 constexpr int focusTimeoutMs = 150;
 
-/// How long after a loss of focus a click on the item is taken for the cause of it.
+/// A click on the item counts as the cause of a loss of focus for this long.
 constexpr qint64 sameClickMs = 400;
 
-/// How far, in points, a press may be from where the item was and still be on it.
+/// A press at most this many points from the place of the item counts as a press on it.
 constexpr int itemReach = 48;
 
 QList<ScreenArea> screenAreas()
@@ -53,8 +53,8 @@ bool isOnOwnWindow(QPoint point)
     });
 }
 
-/// Where the desktop tells the pointer's place: not under Wayland, where X11 programs know it only
-/// over their own windows.
+/// The pointer's place, if the desktop tells it. Under Wayland, X11 programs know it only over
+/// their own windows.
 std::optional<QPoint> pointerPlace(const PointerButtons &buttons)
 {
     return buttons.canHear() ? std::optional(QCursor::pos()) : std::nullopt;
@@ -73,7 +73,7 @@ PopoverWindow::PopoverWindow(std::function<bool()> hasItem) : m_hasItem(std::mov
 
 PopoverWindow::~PopoverWindow()
 {
-    // A window that goes with the focus tells of it when this part of it is gone already.
+    // A window that is destroyed with the focus would report that to an object half destroyed.
     disconnect(qGuiApp, nullptr, this, nullptr);
 }
 
@@ -84,7 +84,7 @@ void PopoverWindow::setBehavior(PopoverBehavior behavior)
 
 void PopoverWindow::show(const std::optional<ClickEvent> &event)
 {
-    m_buttons.sync(); // a press from before it is shown must not close it
+    m_buttons.sync(); // an earlier press must not close it
     if (event && hasJustClosed()) {
         m_isPressOnItem = false;
         return;
@@ -162,7 +162,7 @@ void PopoverWindow::closeWithoutFocus()
     m_sinceLostFocus.start();
 }
 
-/// Whether the click that is being answered has closed the popover before it was told of.
+/// Whether the click that is being answered has already closed the popover.
 bool PopoverWindow::hasJustClosed() const
 {
     if (m_buttons.canHear())

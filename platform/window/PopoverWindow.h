@@ -12,16 +12,16 @@
 namespace tidewick
 {
 
-/// A frameless window above the others, beside the status item. Escape closes it, and where it is
-/// transient a press of any button outside this program's windows, and the loss of the keyboard
-/// to another program. Where there is no item to stand beside it is a window like any other, with
-/// a frame, which only the user closes. Created once, then shown and hidden.
+/// A frameless window above the others, beside the status item. Escape closes it. A transient one
+/// also closes on a press of any button outside this program's windows, and when another program
+/// takes the keyboard. If no item is visible, it is an ordinary window with a frame, and only the
+/// user closes it. Created once, then shown and hidden.
 class PopoverWindow : public ViewWindow, public Popover
 {
     Q_OBJECT
 
 public:
-    /// `hasItem` tells, each time the popover is shown, whether the user sees the status item.
+    /// `hasItem` tells whether the user sees the status item; it is asked at each opening.
     explicit PopoverWindow(std::function<bool()> hasItem);
     ~PopoverWindow() override;
     Q_DISABLE_COPY_MOVE(PopoverWindow)
@@ -33,7 +33,7 @@ public:
     }
     void setBehavior(PopoverBehavior behavior) override;
     bool isShown() const override { return isVisible(); }
-    /// Does nothing where the click is the one that has closed the popover.
+    /// Does nothing if the same click has just closed the popover.
     void show(const std::optional<ClickEvent> &event) override;
     void performClose() override { hide(); }
     void becomeKey() override;

@@ -50,7 +50,7 @@ void X11Connection::sync()
 {
     if (!isOpen())
         return;
-    // Any reply comes after the events before it.
+    // A reply comes after all events before it.
     const auto cookie = xcb_get_input_focus(m_connection.get());
     const auto reply = owned(xcb_get_input_focus_reply(m_connection.get(), cookie, nullptr));
     handleEvents();

@@ -11,8 +11,8 @@
 namespace tidewick
 {
 
-/// A connection to the X server beside the toolkit's, for events that the toolkit does not pass on.
-/// Without an X server, or when it is gone, nothing ever comes.
+/// A connection to the X server beside the toolkit's, for events that the toolkit does not report.
+/// Without an X server there are no events.
 class X11Connection : public QObject
 {
     Q_OBJECT
@@ -26,10 +26,10 @@ public:
     bool isOpen() const { return m_connection != nullptr; }
     xcb_connection_t *get() const { return m_connection.get(); }
     xcb_window_t root() const { return m_root; }
-    /// With `_Sn` behind `name`, where n is the number of the screen.
+    /// `name` followed by `_Sn`, where n is the number of the screen.
     xcb_atom_t screenAtom(const QByteArray &name) const;
 
-    /// Handles every event that the server has sent until now.
+    /// Handles every event that the server has sent so far.
     void sync();
 
 private:

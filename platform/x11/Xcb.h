@@ -10,7 +10,7 @@
 namespace tidewick
 {
 
-/// What the X library hands over to be freed: replies and events. Null where none came.
+/// A reply or an event, which the caller of the X library must free. Null if none came.
 template <class Reply>
 using XcbReply = std::unique_ptr<Reply, decltype(&std::free)>;
 
@@ -20,7 +20,7 @@ XcbReply<Reply> owned(Reply *reply)
     return {reply, &std::free};
 }
 
-/// The atom called `name`, which the server makes where it has none yet.
+/// The atom called `name`; the server creates it if necessary.
 xcb_atom_t atom(xcb_connection_t *connection, const QByteArray &name);
 
 /// XCB_NONE where nobody owns it.

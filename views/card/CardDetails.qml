@@ -1,7 +1,7 @@
 import QtQuick
 import Tidewick
 
-// What an expanded card tells besides its summary.
+// The part of an expanded card below its summary.
 Column {
     id: details
 
@@ -17,7 +17,7 @@ Column {
         id: colors
     }
 
-    // A caption and its value on one line; nothing where there is no value.
+    // A caption and its value on one line; hidden if there is no value.
     component Labelled: Row {
         property alias caption: caption.text
         property alias value: value.text

@@ -29,7 +29,7 @@ double distance(QPointF point, const QRectF &card, double cornerRadius)
            cornerRadius;
 }
 
-/// How dark a blurred edge is at this distance from it; the blur's deviation is half its radius.
+/// How dark a blurred edge is at this distance. The blur's deviation is half its radius.
 double darkness(double distance)
 {
     return opacity * std::erfc(distance / (radius / 2 * std::sqrt(2.0))) / 2;

@@ -18,12 +18,12 @@ constexpr double reach = radius + drop;           // how far from the card's edg
 constexpr double patch = reach + corner + radius; // a corner of the picture; the rest is stretched
 } // namespace card_shadow
 
-/// The shadow of a card that is just large enough to have two corners on each side, without what
-/// the card covers.
+/// The shadow of a card just large enough for two corners on each side, without the part that the
+/// card covers.
 QImage cardShadowImage(double pixelsPerPoint);
 
-/// The shadow around a card of this item's size, made of nine pieces of one picture: the scene
-/// graph without shaders has no shadow of its own. It reaches beyond the item's edges.
+/// The shadow around a card of this item's size, made of nine pieces of one picture, because the
+/// scene graph has no shadow without shaders. It extends beyond the item's edges.
 class CardShadow : public QQuickItem
 {
     Q_OBJECT

@@ -1,7 +1,7 @@
 import QtQuick
 import Tidewick
 
-// What a card always tells: its name, its address, and what it uses.
+// The part of a card that is always visible: its name, its address, and what it uses.
 Column {
     id: summary
 

@@ -1,7 +1,7 @@
 import QtQuick
 import Tidewick
 
-// The face of the confirming button: what it does, or that it is being done.
+// The label of the confirming button: the question, or that the kill is running.
 Item {
     id: face
 

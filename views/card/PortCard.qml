@@ -10,7 +10,7 @@ Item {
     required property Panel panel
     required property bool isExpanded
     required property PressSequence presses
-    // Of all cards the keyboard reaches one with Tab, and the others from there with the arrows.
+    // Tab reaches one of the cards, and the arrow keys reach the others from there.
     property bool isTabStop: true
     readonly property CardFacts facts: CardFacts {
         record: card.record
@@ -88,7 +88,7 @@ Item {
         dampingFraction: 0.8
     }
 
-    // Counts from the first press, whatever refreshes come between.
+    // Counts from the first press, through any refresh.
     Timer {
         id: withdrawal
 

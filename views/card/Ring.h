@@ -7,8 +7,8 @@
 namespace tidewick
 {
 
-/// A circle's line in the middle of an item that has room for it at its largest. The rectangle
-/// that Qt Quick rounds is not smooth at every size without OpenGL; this is.
+/// A circle in the middle of an item that has room for it at its largest. Unlike a rounded
+/// rectangle of Qt Quick, it is smooth at every size without OpenGL.
 class Ring : public QQuickPaintedItem
 {
     Q_OBJECT

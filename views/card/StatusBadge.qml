@@ -1,14 +1,14 @@
 import QtQuick
 import Tidewick
 
-// The circle that tells at a glance whether a listener answers: green with a pulsing ring, or grey.
+// The circle that shows whether a listener answers: green with a pulsing ring, or grey.
 Item {
     id: badge
 
     required property bool isLive
     property bool isStill
     readonly property bool isPulsing: isLive && !isStill && visible && Window.visibility !== Window.Hidden
-    // How far the ring is out, from 0 to 1, where it rests.
+    // How far out the ring rests, from 0 to 1.
     property real pulse: 1
 
     width: 42

@@ -21,7 +21,7 @@ QtObject {
         return Qt.rgba(base.r, base.g, base.b, opacity);
     }
 
-    // For a figure that can be high: red, orange, or white where it is neither.
+    // For a figure that may be high: red, orange, or else white.
     function forLevel(level: int): color {
         return level === CardFacts.High ? faded(red, 0.8) : level === CardFacts.Raised ? faded(orange, 0.8) : white(0.5);
     }

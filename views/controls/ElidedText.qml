@@ -1,7 +1,7 @@
 import QtQuick
 import Tidewick
 
-// A text that may be too long for its place: then a pointer that rests on it shows it whole.
+// A text that may be too long for its place; then its help text shows all of it.
 PlainText {
     id: text
 

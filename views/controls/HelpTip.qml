@@ -2,7 +2,7 @@ import QtQuick
 import Tidewick
 import QtQuick.Templates as T
 
-// The help text of what the pointer rests on, as it is typed.
+// The help text of the item under the pointer, as plain text.
 T.ToolTip {
     id: tip
 

@@ -8,7 +8,7 @@ T.AbstractButton {
     id: button
 
     property string help
-    // What the pointer is told: the help text, and more where there is more to tell.
+    // The text of the tip: the help text, sometimes with more.
     property string tip: help
     property bool isTabStop: true
 
@@ -32,7 +32,7 @@ T.AbstractButton {
         if (enabled)
             clicked();
     }
-    // A key that stays down presses once, when it comes up.
+    // A held key presses once, when it is released.
     Keys.onPressed: event => swallowRepeatedSpace(event)
     Keys.onReleased: event => swallowRepeatedSpace(event)
     Keys.onReturnPressed: event => pressByKey(event)

@@ -1,7 +1,7 @@
 import QtQuick
 import Tidewick
 
-// A text as it is typed, whatever it holds, and on the left whichever way it is written. None of it
+// Plain text without markup, aligned to the left in any script. None of it
 // is drawn outside its lines. It can be read on the accessibility bus.
 Text {
     textFormat: Text.PlainText

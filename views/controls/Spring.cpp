@@ -41,7 +41,7 @@ struct Oscillator
         return decay * frequency * frequency / dampedFrequency * std::sin(dampedFrequency * t);
     }
 
-    /// Seconds until about a thousandth of the way is left.
+    /// Seconds until about a thousandth of the distance is left.
     double settlingTime() const
     {
         return (isCritical() ? 9.23 : std::log(1000.0) / damping) / frequency;
@@ -67,8 +67,8 @@ int Spring::duration() const
 
 QEasingCurve Spring::easing() const
 {
-    // Cubic pieces that share position and velocity with the closed form where they meet. Ten:
-    // Qt 6.4 corrupted its memory with sixteen.
+    // Cubic pieces that have the position and velocity of the closed form where they meet. There
+    // are ten, because Qt 6.4 corrupted its memory with sixteen.
     constexpr int pieces = 10;
     const Oscillator spring(m_response, m_dampingFraction);
     const double time = spring.settlingTime();

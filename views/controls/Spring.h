@@ -7,9 +7,9 @@
 namespace tidewick
 {
 
-/// Where a damped harmonic oscillator that starts at rest at 0 and is drawn to 1 stands after `t`
-/// seconds. `response` is its undamped period in seconds, `dampingFraction` is 1 where it is
-/// critically damped; greater values count as 1.
+/// The position after `t` seconds of a damped harmonic oscillator that starts at rest at 0 and is
+/// drawn to 1. `response` is its undamped period in seconds. A `dampingFraction` of 1 is critical
+/// damping; greater values count as 1.
 double springPosition(double t, double response, double dampingFraction);
 
 /// The movement of such a spring as duration and easing for an ordinary animation.
@@ -19,7 +19,7 @@ class Spring : public QObject
     QML_ELEMENT
     Q_PROPERTY(qreal response MEMBER m_response NOTIFY changed)
     Q_PROPERTY(qreal dampingFraction MEMBER m_dampingFraction NOTIFY changed)
-    /// Milliseconds until less than a thousandth of the way is left.
+    /// Milliseconds until less than a thousandth of the distance is left.
     Q_PROPERTY(int duration READ duration NOTIFY changed)
     Q_PROPERTY(QEasingCurve easing READ easing NOTIFY changed)
 

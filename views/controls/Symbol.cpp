@@ -37,7 +37,7 @@ bool drawSymbol(QPainter &painter, const QString &name, const QRectF &place, con
     if (!symbol.isValid())
         return false;
     symbol.render(&painter, place);
-    // The pictures are white: what they cover takes the colour, opacity included.
+    // The pictures are white. Their pixels take the colour and its opacity.
     painter.setCompositionMode(QPainter::CompositionMode_SourceIn);
     painter.fillRect(place, color);
     return true;

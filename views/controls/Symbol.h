@@ -8,7 +8,7 @@
 namespace tidewick
 {
 
-/// Draws the symbol `name` into `place` of an otherwise empty picture; false where there is none.
+/// Draws the symbol `name` into `place` of an otherwise empty picture; false if it does not exist.
 bool drawSymbol(QPainter &painter, const QString &name, const QRectF &place, const QColor &color);
 
 /// One of our own symbols, drawn in `color` and as sharp as the screen allows. A name that does not
@@ -21,8 +21,8 @@ class Symbol : public QQuickPaintedItem
     Q_PROPERTY(QColor color MEMBER m_color NOTIFY colorChanged)
     /// Width and height, in points.
     Q_PROPERTY(qreal size READ size WRITE setSize NOTIFY sizeChanged)
-    /// Degrees clockwise about the middle. Drawn so, it stays smooth: the software scene graph
-    /// turns and scales finished pictures pixel by pixel.
+    /// Degrees clockwise about the middle. The symbol is drawn turned, because the software scene
+    /// graph turns finished pictures pixel by pixel.
     Q_PROPERTY(qreal angle MEMBER m_angle NOTIFY angleChanged)
 
 public:

@@ -4,16 +4,16 @@ import QtQuick
 import Tidewick
 import QtQuick.Templates as T
 
-// The cards of all listeners, one of which at most is expanded. The arrow keys move between them;
-// the current card is the one that has the focus, or had it last.
+// The cards of all listeners; at most one is expanded. The arrow keys move between them. The
+// current card is the one that has the focus or had it last.
 ListView {
     id: list
 
     required property Panel panel
-    // The port of the card that is expanded, or empty.
+    // The port of the expanded card, or empty.
     property string expandedPort
-    // Whether the keyboard gave the focus that a card has or had last: then it shows, and goes on to the
-    // next card when this one goes.
+    // Whether the keyboard set the focus. Then the focus is visible, and moves to the next card if
+    // the card disappears.
     property bool isByKeyboard: false
     // The card that the view itself gave the focus to.
     property Item given: null
@@ -53,7 +53,7 @@ ListView {
         given = null;
     }
 
-    // The view gives the focus to the card that it is told of; `item`, within that card, keeps it.
+    // The view moves the focus to the current card; `item` within that card keeps it.
     function makeCurrent(row: int, item: Item) {
         if (row < 0 || row === currentIndex)
             return;
@@ -86,7 +86,7 @@ ListView {
         window: list.Window.window
     }
 
-    // Not within the change itself: a card may just be going.
+    // Not during the change itself, because a card may be about to disappear.
     Timer {
         id: following
 
@@ -108,13 +108,13 @@ ListView {
         width: list.width - 24
         panel: list.panel
         presses: pressSequence
-        // Once it has the focus it stays a stop until the focus has moved on.
+        // A card with the focus stays reachable with Tab until the focus has moved on.
         isTabStop: ListView.isCurrentItem || list.focusedCard === card
         isExpanded: list.expandedPort === facts.port
         onToggleExpand: list.toggleExpand(facts.port)
         onKill: list.panel.kill(facts.pid)
 
-        // A view puts its delegates at its own left edge, whatever their x is.
+        // Newer Qt sets the x of a delegate to 0, so the margin is a translation.
         transform: Translate {
             x: 12
         }

@@ -1,7 +1,7 @@
 import QtQuick
 import Tidewick
 
-// What the panel shows when nothing listens. It fills the room it is given.
+// What the panel shows if nothing listens. It fills its place.
 Item {
     Colors {
         id: colors

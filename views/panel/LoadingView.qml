@@ -1,7 +1,7 @@
 import QtQuick
 import Tidewick
 
-// What the panel shows during a scan that has nothing yet to show.
+// What the panel shows during the first scan.
 Item {
     Colors {
         id: colors

@@ -12,7 +12,7 @@
 namespace tidewick
 {
 
-/// What the panel's views show of the store and ask of it. Main thread only.
+/// The QML views' access to the store: what they show and what they can request. Main thread only.
 class Panel : public QObject
 {
     Q_OBJECT
@@ -22,14 +22,14 @@ class Panel : public QObject
     Q_PROPERTY(bool isLoading READ isLoading NOTIFY isLoadingChanged)
     Q_PROPERTY(int runningCount READ runningCount NOTIFY countsChanged)
     Q_PROPERTY(int liveCount READ liveCount NOTIFY countsChanged)
-    /// The process whose termination is under way; empty for none.
+    /// The process that is being killed; empty if there is none.
     Q_PROPERTY(QString killingPid READ killingPid NOTIFY killingPidChanged)
     Q_PROPERTY(tidewick::Panel::Backdrop backdrop READ backdrop NOTIFY backdropChanged)
-    /// Whether the user wants nothing to move by itself.
+    /// Whether the user has switched animations off.
     Q_PROPERTY(bool reducesMotion READ reducesMotion NOTIFY reducesMotionChanged)
 
 public:
-    /// What shows through the translucent parts of the panel.
+    /// What is visible through the translucent parts of the panel.
     enum Backdrop { Opaque, Translucent, Blurred };
     Q_ENUM(Backdrop)
 
@@ -48,9 +48,9 @@ public:
 
     /// Starts a scan, unless a process is being killed.
     Q_INVOKABLE void refresh();
-    /// Kills the process. Its card shows progress meanwhile and for a moment longer.
+    /// Kills the process. Its card shows progress until then and for a moment longer.
     Q_INVOKABLE void kill(const QString &pid);
-    /// Shows what listens on `port` in the browser.
+    /// Opens the server on `port` in the browser.
     Q_INVOKABLE void openPort(const QString &port);
     Q_INVOKABLE void revealDirectory(const QString &path);
     Q_INVOKABLE void quit();

@@ -8,9 +8,9 @@
 namespace tidewick
 {
 
-/// The list that the panel's cards stand for: one row a listener, one role, the whole record.
-/// Each new list becomes in-place changes, so that a card outlives a refresh with all that it
-/// holds: the same port and pid is the same row, whatever the record's `id`.
+/// The model of the panel's cards: one row for each listener and one role, the whole record. It
+/// turns each new list into in-place changes, so that a card keeps its state through a refresh. A
+/// row is the same if port and pid are the same, whatever the record's `id`.
 class PortListModel : public QAbstractListModel
 {
     Q_OBJECT
@@ -20,8 +20,8 @@ public:
 
     using QAbstractListModel::QAbstractListModel;
 
-    /// Turns the rows into `records`, in their order: rows that are gone are removed, new ones
-    /// inserted, those that changed places moved, and the others updated.
+    /// Makes the rows equal to `records`, in their order, by removing, inserting, moving and
+    /// updating rows.
     void setRecords(const QList<PortInfo> &records);
 
     int rowCount(const QModelIndex &parent = {}) const override;
