@@ -1,10 +1,10 @@
-# A program on musl, linked statically, starts in a fraction of the time that one on glibc takes. Debian
-# has musl beside its own C library (musl-tools). A C++ program without exceptions, run-time types
-# and memory of its own needs only libstdc++'s headers, which serve with either.
+# A program that is linked statically with musl starts much faster than one with glibc. Debian offers
+# musl beside its own C library (musl-tools). A C++ program without exceptions, run-time types and
+# allocation needs only the headers of libstdc++, which work with both.
 string(REPLACE "-gnu" "-musl" musl_triplet "${CMAKE_LIBRARY_ARCHITECTURE}")
 set(musl_lib /usr/lib/${musl_triplet})
 
-# TIDEWICK_MUSL says whether the supplied ps is linked so. By default it is where musl is installed.
+# TIDEWICK_MUSL: whether the supplied ps is linked with musl. The default is ON if musl is installed.
 if(NOT DEFINED TIDEWICK_MUSL)
     set(TIDEWICK_MUSL OFF)
     if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU" AND EXISTS ${musl_lib}/rcrt1.o
@@ -13,7 +13,7 @@ if(NOT DEFINED TIDEWICK_MUSL)
     endif()
 endif()
 
-# tidewick_use_musl(TARGET): builds the program so.
+# tidewick_use_musl(TARGET) - builds the program with musl.
 function(tidewick_use_musl target)
     # g++'s own C++ headers, then musl's, then g++'s for C; never the system's.
     set(cxx_headers ${CMAKE_CXX_IMPLICIT_INCLUDE_DIRECTORIES})
