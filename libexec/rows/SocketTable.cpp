@@ -1,11 +1,9 @@
 #include "libexec/rows/SocketTable.h"
 
 #include "libexec/names/EscapedText.h"
+#include "libexec/rows/UserNames.h"
 
 #include <algorithm>
-#include <map>
-
-#include <pwd.h>
 
 namespace tidewick::libexec
 {
@@ -23,12 +21,12 @@ struct Row
     std::string name;
 };
 
-/// The name of the account; empty where there is none.
-std::string userName(uint32_t user)
+std::set<uint32_t> holdingUsers(const SocketHolders &found)
 {
-    // NOLINTNEXTLINE(concurrency-mt-unsafe): this program has one thread
-    const passwd *const entry = getpwuid(user);
-    return entry == nullptr ? std::string() : escapeWord(entry->pw_name);
+    std::set<uint32_t> users;
+    for (const Holder &holder : found.holders)
+        users.insert(found.processes[holder.process].user);
+    return users;
 }
 
 std::string padLeft(std::string_view text, size_t width)
@@ -46,7 +44,7 @@ std::string padRight(std::string_view text, size_t width)
 std::string socketTable(const SocketHolders &found, const std::vector<ListeningSocket> &sockets)
 {
     std::vector<Row> rows;
-    std::map<uint32_t, std::string> users;
+    const auto names = userNames(holdingUsers(found));
     size_t commandWidth = 7;
     size_t pidWidth = 3;
     size_t userWidth = 4;
@@ -54,14 +52,11 @@ std::string socketTable(const SocketHolders &found, const std::vector<ListeningS
     for (const Holder &holder : found.holders) {
         const Process &process = found.processes[holder.process];
         const ListeningSocket &socket = sockets[holder.socket];
-        std::string &user = users[process.user];
-        if (user.empty())
-            user = userName(process.user);
-        if (user.empty()) {
-            // lsof gives numbers of users eight columns.
-            user = std::to_string(process.user);
-            userWidth = std::max<size_t>(userWidth, 8);
-        }
+        const auto name = names.find(process.user);
+        const bool isNumber = name == names.end();
+        const std::string user = isNumber ? std::to_string(process.user) : escapeWord(name->second);
+        // lsof gives numbers of users eight columns.
+        userWidth = std::max<size_t>(userWidth, isNumber ? 8 : 4);
         // lsof's word for descriptors that it may not read.
         const std::string descriptor =
             holder.descriptor < 0 ? " NOFD " : padLeft(std::to_string(holder.descriptor), 4) + "u ";
