@@ -1,6 +1,7 @@
 // The supplied lsof: what lsof(8) prints for the two argument lists that the application uses,
 // with names that are not truncated. Any other argument is refused.
 #include "libexec/holders/Attribution.h"
+#include "libexec/holders/Cgroups.h"
 #include "libexec/holders/Holders.h"
 #include "libexec/holders/RowOrder.h"
 #include "libexec/proc/Descriptor.h"
@@ -14,6 +15,7 @@
 #include <cstdio>
 #include <cstdlib>
 
+#include <fcntl.h>
 #include <unistd.h>
 
 using namespace tidewick::libexec;
@@ -26,17 +28,20 @@ using Arguments = std::vector<std::string_view>;
 int listSockets()
 {
     const auto sockets = listeningSockets();
-    SocketHolders found = findHolders(sockets);
-    attributeHidden(found, sockets);
-    sortByAncestry(found, sockets);
+    const Descriptor proc(openDirectory(AT_FDCWD, "/proc"));
+    const Descriptor cgroups(openCgroupTree());
+    SocketHolders found = findHolders(proc.value(), sockets);
+    attributeHidden(found, sockets, proc.value(), cgroups.value());
+    sortRows(found, sockets, proc.value(), geteuid());
     const std::string table = socketTable(found, sockets);
     return !table.empty() && writeAll(STDOUT_FILENO, table) ? EXIT_SUCCESS : EXIT_FAILURE;
 }
 
 int printWorkingDirectory(int pid)
 {
+    // The application reads UTF-8, whatever the locale.
     // NOLINTNEXTLINE(concurrency-mt-unsafe): this program has one thread
-    setlocale(LC_CTYPE, "");
+    setlocale(LC_CTYPE, "C.UTF-8");
     const std::string fields = workingDirectoryFields(pid);
     return !fields.empty() && writeAll(STDOUT_FILENO, fields) ? EXIT_SUCCESS : EXIT_FAILURE;
 }

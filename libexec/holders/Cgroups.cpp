@@ -1,64 +1,71 @@
 #include "libexec/holders/Cgroups.h"
 
+#include "libexec/proc/Descriptor.h"
 #include "libexec/proc/ProcFiles.h"
 #include "libexec/proc/Words.h"
 
-#include <dirent.h>
+#include <optional>
+
 #include <fcntl.h>
 #include <linux/magic.h>
+#include <sys/stat.h>
 #include <sys/vfs.h>
 
 namespace tidewick::libexec
 {
+namespace
+{
 
-Cgroups::Cgroups()
+/// The line of the version 2 hierarchy in /proc/PID/cgroup is "0::PATH".
+std::optional<std::string_view> pathIn(std::string_view text)
+{
+    constexpr std::string_view start = "0::/";
+    while (!text.empty()) {
+        const std::string_view line = takeLine(text);
+        if (line.starts_with(start))
+            return line.substr(start.size());
+    }
+    return std::nullopt;
+}
+
+} // namespace
+
+Cgroups::Cgroups(int proc, int tree) : m_proc(proc), m_tree(tree), m_root(idOf(".")) {}
+
+uint64_t Cgroups::of(int pid)
+{
+    const auto [entry, isNew] = m_ofProcess.try_emplace(pid, 0);
+    if (!isNew || m_root == 0)
+        return entry->second;
+    std::string text;
+    if (!readFile(m_proc, (std::to_string(pid) + "/cgroup").c_str(), text))
+        return 0;
+    const auto place = pathIn(text);
+    if (!place)
+        return 0;
+    const std::string path = "./" + std::string(*place);
+    const auto [id, isNewPath] = m_ids.try_emplace(path, 0);
+    if (isNewPath)
+        id->second = idOf(path);
+    return entry->second = id->second;
+}
+
+uint64_t Cgroups::idOf(const std::string &path) const
+{
+    struct stat status;
+    return m_tree >= 0 && fstatat(m_tree, path.c_str(), &status, AT_SYMLINK_NOFOLLOW) == 0
+               ? status.st_ino
+               : 0;
+}
+
+int openCgroupTree()
 {
     for (const char *const place : {"/sys/fs/cgroup", "/sys/fs/cgroup/unified"}) {
         struct statfs system;
-        if (statfs(place, &system) == 0 && system.f_type == CGROUP2_SUPER_MAGIC) {
-            m_root = place;
-            break;
-        }
+        if (statfs(place, &system) == 0 && system.f_type == CGROUP2_SUPER_MAGIC)
+            return openDirectory(AT_FDCWD, place);
     }
-}
-
-const std::set<int> &Cgroups::processes(uint64_t id)
-{
-    const auto [entry, isNew] = m_processes.try_emplace(id);
-    std::set<int> &pids = entry->second;
-    if (!isNew)
-        return pids;
-    if (m_root.empty() || id == 0)
-        return pids;
-    if (!m_isCollected)
-        collect(m_root, 0);
-    m_isCollected = true;
-    const auto path = m_paths.find(id);
-    std::string text;
-    if (path == m_paths.end() ||
-        !readFile(AT_FDCWD, (path->second + "/cgroup.procs").c_str(), text))
-        return pids;
-    std::string_view rest = text;
-    while (!rest.empty())
-        pids.insert(int(parseNumber(takeLine(rest)).value_or(0)));
-    return pids;
-}
-
-void Cgroups::collect(const std::string &directory, int level)
-{
-    constexpr int deepest = 32;
-    DIR *const entries = level < deepest ? opendir(directory.c_str()) : nullptr;
-    if (entries == nullptr)
-        return;
-    // NOLINTNEXTLINE(concurrency-mt-unsafe): each stream has one reader
-    while (const dirent *const entry = readdir(entries)) {
-        if (entry->d_type != DT_DIR || entry->d_name[0] == '.')
-            continue;
-        const std::string path = directory + '/' + entry->d_name;
-        m_paths.emplace(entry->d_ino, path);
-        collect(path, level + 1);
-    }
-    closedir(entries);
+    return -1;
 }
 
 } // namespace tidewick::libexec

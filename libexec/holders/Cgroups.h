@@ -2,28 +2,37 @@
 
 #include <cstdint>
 #include <map>
-#include <set>
 #include <string>
 
 namespace tidewick::libexec
 {
 
-/// The directories of the version 2 hierarchy by their ids, which are their inodes (cgroups(7)).
+/// The version 2 cgroups of processes. Their ids are the inodes of their directories (cgroups(7)),
+/// and a socket has the id of the one that it was made in.
+///
+/// A process tells the path of its cgroup, so the tree is never walked: a user may fill it.
 class Cgroups
 {
 public:
-    Cgroups();
+    /// The directories /proc and of the cgroup tree; the latter is -1 where there is none.
+    Cgroups(int proc, int tree);
 
-    /// The processes directly in it. None for the root, which holds what belongs to no service.
-    const std::set<int> &processes(uint64_t id);
+    /// 0 where it is not known.
+    uint64_t of(int pid);
+    /// The cgroup of what belongs to no service.
+    uint64_t root() const { return m_root; }
 
 private:
-    void collect(const std::string &directory, int level);
+    uint64_t idOf(const std::string &path) const;
 
-    std::string m_root;
-    bool m_isCollected = false;
-    std::map<uint64_t, std::string> m_paths;
-    std::map<uint64_t, std::set<int>> m_processes;
+    int m_proc;
+    int m_tree;
+    uint64_t m_root;
+    std::map<int, uint64_t> m_ofProcess;
+    std::map<std::string, uint64_t> m_ids; ///< by path
 };
+
+/// The directory of the version 2 tree; -1 where there is none.
+int openCgroupTree();
 
 } // namespace tidewick::libexec

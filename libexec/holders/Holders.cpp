@@ -72,41 +72,39 @@ int eachNumber(int directory, Take take)
 class Walk
 {
 public:
-    explicit Walk(const std::vector<ListeningSocket> &sockets)
-        : m_index(sockets), m_lastHolder(sockets.size(), npos)
+    Walk(int proc, const std::vector<ListeningSocket> &sockets)
+        : m_proc(proc), m_index(sockets), m_lastHolder(sockets.size(), npos)
     {
     }
 
     SocketHolders run()
     {
-        const Descriptor proc(openDirectory(AT_FDCWD, "/proc"));
-        if (proc.isOpen())
-            eachNumber(proc.value(), [&](const char *pid) {
-                visit(proc.value(), pid);
-                return true;
-            });
+        eachNumber(m_proc, [&](const char *pid) {
+            visit(pid);
+            return true;
+        });
         return std::move(m_found);
     }
 
 private:
     enum class Visit { read, empty, directoryShut, linkShut, gone };
 
-    void visit(int proc, const char *pid)
+    void visit(const char *pid)
     {
         const std::string path(pid);
         m_process = npos;
-        Visit result = readDirectory(proc, path, pid);
+        Visit result = readDirectory(m_proc, path, pid);
         struct stat status
         {
         };
         if ((result == Visit::directoryShut || result == Visit::linkShut) &&
-            fstatat(proc, pid, &status, 0) != 0)
+            fstatat(m_proc, pid, &status, 0) != 0)
             return;
         // Where the main thread has ended, its directory is empty, or is root's and so shut to its
         // own user: the other threads have the descriptors.
         if ((result == Visit::empty ||
              (result == Visit::directoryShut && status.st_uid == m_ownUser)) &&
-            hasThreads(proc, path + "/task") && readThread(proc, path + "/task", pid))
+            hasThreads(path + "/task") && readThread(path + "/task", pid))
             return;
         if (result == Visit::directoryShut || result == Visit::linkShut)
             m_found.denied.push_back({number(pid), status.st_uid});
@@ -114,17 +112,17 @@ private:
 
     static int number(const char *digits) { return int(parseNumber(digits).value_or(0)); }
 
-    static bool hasThreads(int proc, const std::string &path)
+    bool hasThreads(const std::string &path) const
     {
         struct stat status;
         // ".", "..", and one for each thread.
-        return fstatat(proc, path.c_str(), &status, 0) == 0 && status.st_nlink > 3;
+        return fstatat(m_proc, path.c_str(), &status, 0) == 0 && status.st_nlink > 3;
     }
 
     /// Reads the descriptors through the first thread that shows them.
-    bool readThread(int proc, const std::string &path, const char *pid)
+    bool readThread(const std::string &path, const char *pid)
     {
-        const Descriptor tasks(openDirectory(proc, path.c_str()));
+        const Descriptor tasks(openDirectory(m_proc, path.c_str()));
         bool isRead = false;
         if (tasks.isOpen()) {
             eachNumber(tasks.value(), [&](const char *thread) {
@@ -185,6 +183,7 @@ private:
     }
 
     static constexpr size_t npos = SIZE_MAX;
+    int m_proc;
     SocketIndex m_index;
     uint32_t m_ownUser = geteuid();
     SocketHolders m_found;
@@ -194,9 +193,9 @@ private:
 
 } // namespace
 
-SocketHolders findHolders(const std::vector<ListeningSocket> &sockets)
+SocketHolders findHolders(int proc, const std::vector<ListeningSocket> &sockets)
 {
-    return sockets.empty() ? SocketHolders() : Walk(sockets).run();
+    return sockets.empty() ? SocketHolders() : Walk(proc, sockets).run();
 }
 
 } // namespace tidewick::libexec

@@ -6,7 +6,7 @@
 namespace tidewick::libexec
 {
 
-/// Walks /proc once for the processes that hold one of `sockets`.
-SocketHolders findHolders(const std::vector<ListeningSocket> &sockets);
+/// Walks the directory /proc once for the processes that hold one of `sockets`.
+SocketHolders findHolders(int proc, const std::vector<ListeningSocket> &sockets);
 
 } // namespace tidewick::libexec

@@ -3,8 +3,6 @@
 #include "libexec/proc/ProcFiles.h"
 #include "libexec/proc/ProcessStat.h"
 
-#include <fcntl.h>
-
 namespace tidewick::libexec
 {
 
@@ -14,7 +12,7 @@ const ProcessTree::Node *ProcessTree::node(int pid)
     if (known != m_nodes.end())
         return &known->second;
     std::string text;
-    if (!readFile(AT_FDCWD, ("/proc/" + std::to_string(pid) + "/stat").c_str(), text))
+    if (!readFile(m_proc, (std::to_string(pid) + "/stat").c_str(), text))
         return nullptr;
     const auto stat = parseStat(text);
     if (!stat)

@@ -12,6 +12,9 @@ namespace tidewick::libexec
 class ProcessTree
 {
 public:
+    /// `proc` is the directory /proc.
+    explicit ProcessTree(int proc) : m_proc(proc) {}
+
     struct Node
     {
         int parent = 0;
@@ -26,6 +29,7 @@ public:
     int nearestAncestor(int pid, const std::set<int> &among);
 
 private:
+    int m_proc;
     std::map<int, Node> m_nodes;
 };
 

@@ -9,7 +9,8 @@
 namespace tidewick::libexec
 {
 
-void sortByAncestry(SocketHolders &found, const std::vector<ListeningSocket> &sockets)
+void sortRows(SocketHolders &found, const std::vector<ListeningSocket> &sockets, int proc,
+              uint32_t viewer)
 {
     struct Age
     {
@@ -19,7 +20,7 @@ void sortByAncestry(SocketHolders &found, const std::vector<ListeningSocket> &so
     };
     std::vector<Age> ages(found.processes.size());
     std::map<uint16_t, size_t> firstOfPort;
-    ProcessTree tree;
+    ProcessTree tree(proc);
     const auto measure = [&](size_t process) {
         const int pid = found.processes[process].pid;
         const ProcessTree::Node *const node = tree.node(pid);
@@ -38,8 +39,9 @@ void sortByAncestry(SocketHolders &found, const std::vector<ListeningSocket> &so
     const auto key = [&](const Holder &holder) {
         const Age &age = ages[holder.process];
         const ListeningSocket &socket = sockets[holder.socket];
-        return std::tuple(socket.port, age.startTime, age.depth,
-                          found.processes[holder.process].pid, holder.descriptor, socket.inode);
+        const Process &process = found.processes[holder.process];
+        return std::tuple(socket.port, isInferred(holder), process.user != viewer, age.startTime,
+                          age.depth, process.pid, holder.descriptor, socket.inode);
     };
     std::sort(found.holders.begin(), found.holders.end(),
               [&key](const Holder &a, const Holder &b) { return key(a) < key(b); });

@@ -6,7 +6,10 @@
 namespace tidewick::libexec
 {
 
-/// Rows of one port stand together, the oldest ancestor first: the first row of a port wins.
-void sortByAncestry(SocketHolders &found, const std::vector<ListeningSocket> &sockets);
+/// Rows of one port stand together, and the first one wins: holders that were seen come before
+/// inferred ones, those of `viewer` before others', and then the oldest ancestor. `proc` is the
+/// directory /proc.
+void sortRows(SocketHolders &found, const std::vector<ListeningSocket> &sockets, int proc,
+              uint32_t viewer);
 
 } // namespace tidewick::libexec

@@ -22,6 +22,11 @@ struct Holder
     size_t socket = 0;   ///< its place among the sockets
     int descriptor = -1; ///< the first one; -1: not told, the process shuts its descriptors
 };
+/// Whether nobody saw that descriptor.
+inline bool isInferred(const Holder &holder)
+{
+    return holder.descriptor < 0;
+}
 
 /// A process whose descriptors we may not read.
 struct DeniedProcess

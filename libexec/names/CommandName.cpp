@@ -3,20 +3,34 @@
 #include "libexec/names/KnownNames.h"
 #include "libexec/names/ProgramName.h"
 #include "libexec/proc/Arguments.h"
+#include "libexec/proc/LocalFiles.h"
 #include "libexec/proc/ProcFiles.h"
-#include "libexec/proc/Words.h"
 
 #include <algorithm>
 #include <climits>
-
-#include <fcntl.h>
 
 namespace tidewick::libexec
 {
 namespace
 {
 
-constexpr size_t commandLineLimit = 1U << 17U;
+std::string commOf(int directory, std::string_view prefix)
+{
+    std::string comm;
+    readFile(directory, (std::string(prefix) + "comm").c_str(), comm);
+    if (comm.ends_with('\n'))
+        comm.pop_back();
+    return comm;
+}
+
+/// No file's name is longer, but what a process calls itself may be.
+std::string shownName(std::string name)
+{
+    if (name.empty())
+        name = "?";
+    name.resize(std::min<size_t>(name.size(), NAME_MAX));
+    return name;
+}
 
 } // namespace
 
@@ -24,45 +38,31 @@ std::string commandOf(int directory, std::string_view prefix)
 {
     const std::string exe = std::string(prefix) + "exe";
     std::string executable;
-    const bool isReadable = readLink(directory, exe.c_str(), executable);
-    if (isReadable && !executable.ends_with(')')) {
-        // Nearly always: what it was started with adds nothing.
-        std::string name = programName(executable, true, {});
-        if (isKnownName(name))
-            return name;
+    if (!readLink(directory, exe.c_str(), executable))
+        return hiddenCommandOf(directory, prefix);
+    std::string_view path = executable;
+    const bool isReallyThere =
+        stripDeleted(path) && isSameLocalFile(directory, exe.c_str(), executable.c_str());
+    std::string name = programName(executable, isReallyThere, {});
+    if (isKnownName(name))
+        return name;
+    if (isDynamicLoader(name)) {
+        const std::string commandLine = readCommandLine(directory, prefix);
+        return shownName(programName(executable, isReallyThere, splitArguments(commandLine)));
     }
+    // One file may have several names, and comm is the one that it was started by, or what it calls
+    // itself. It is believed only beside the executable, and only for the very same file.
+    const std::string comm = commOf(directory, prefix);
+    const std::string alias = foldName(comm);
+    const std::string place = executable.substr(0, executable.rfind('/') + 1) + comm;
+    if (isKnownName(alias) && isSameLocalFile(directory, exe.c_str(), place.c_str()))
+        return alias;
+    return shownName(name.empty() ? comm : name);
+}
 
-    std::string commandLine;
-    std::string comm;
-    readFile(directory, (std::string(prefix) + "cmdline").c_str(), commandLine, commandLineLimit);
-    readFile(directory, (std::string(prefix) + "comm").c_str(), comm);
-    if (comm.ends_with('\n'))
-        comm.pop_back();
-    const auto arguments = splitArguments(commandLine);
-    std::string name;
-    if (!isReadable) {
-        name = hiddenProgramName(arguments, comm);
-    } else {
-        std::string_view path = executable;
-        const bool isReallyThere =
-            stripDeleted(path) && isSameFile(directory, exe.c_str(), AT_FDCWD, executable.c_str());
-        name = programName(executable, isReallyThere, arguments);
-        // One file may have several names, and Debian's redis-server is a link to another one. A
-        // name is believed only beside the executable, and only for the very same file.
-        const std::string_view first = arguments.empty() ? std::string_view() : arguments[0];
-        for (const std::string_view other : {first, firstWord(first), std::string_view(comm)}) {
-            const std::string alias(baseName(other));
-            const std::string place = executable.substr(0, executable.rfind('/') + 1) + alias;
-            if (!isKnownName(name) && isKnownName(foldName(alias)) &&
-                isSameFile(directory, exe.c_str(), AT_FDCWD, place.c_str()))
-                name = foldName(alias);
-        }
-    }
-    if (name.empty())
-        name = comm.empty() ? "?" : comm;
-    // No file's name is longer, but what a process calls itself may be.
-    name.resize(std::min<size_t>(name.size(), NAME_MAX));
-    return name;
+std::string hiddenCommandOf(int directory, std::string_view prefix)
+{
+    return shownName(hiddenProgramName(commOf(directory, prefix)));
 }
 
 } // namespace tidewick::libexec

@@ -1,7 +1,6 @@
 #include "libexec/names/ProgramName.h"
 
 #include "libexec/names/LowerCase.h"
-#include "libexec/proc/Words.h"
 
 #include <algorithm>
 #include <array>
@@ -17,15 +16,6 @@ bool isVersionedNode(std::string_view name)
     constexpr std::string_view prefix = "node-";
     return name.size() > prefix.size() && name.starts_with(prefix) &&
            name.find_first_not_of("0123456789.", prefix.size()) == std::string_view::npos;
-}
-
-bool isDynamicLoader(std::string_view name)
-{
-    if (!name.starts_with("ld-"))
-        return false;
-    const size_t suffix = name.rfind(".so");
-    return suffix != std::string_view::npos &&
-           (suffix + 3 == name.size() || name[suffix + 3] == '.');
 }
 
 /// The program that the dynamic loader was asked to run (ld.so(8)); empty where none is named.
@@ -72,6 +62,9 @@ std::string foldName(std::string_view name)
         return "bun";
     if (name == "mariadbd")
         return "mysqld";
+    // One file with several names, of which Debian takes this one for the file's.
+    if (name == "redis-check-rdb")
+        return "redis-server";
     return std::string(name);
 }
 
@@ -92,16 +85,20 @@ std::string programName(std::string_view executable, bool isReallyThere,
     return foldName(name);
 }
 
-std::string hiddenProgramName(const std::vector<std::string_view> &arguments, std::string_view comm)
+bool isDynamicLoader(std::string_view name)
 {
-    if (!arguments.empty()) {
-        std::string_view word = firstWord(arguments[0]);
-        if (word.ends_with(':'))
-            word.remove_suffix(1);
-        const std::string_view name = baseName(word);
-        if (!name.empty())
-            return foldName(name);
-    }
+    if (!name.starts_with("ld-"))
+        return false;
+    const size_t suffix = name.rfind(".so");
+    return suffix != std::string_view::npos &&
+           (suffix + 3 == name.size() || name[suffix + 3] == '.');
+}
+
+std::string hiddenProgramName(std::string_view comm)
+{
+    // Node.js names its main thread since version 24.
+    if (comm == "MainThread" || comm == "node-MainThread")
+        return "node";
     return foldName(comm);
 }
 

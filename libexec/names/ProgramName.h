@@ -20,8 +20,10 @@ std::string foldName(std::string_view name);
 /// dynamic loader the program that it was asked to run.
 std::string programName(std::string_view executable, bool isReallyThere,
                         const std::vector<std::string_view> &arguments);
-/// The name of a process whose executable may not be read.
-std::string hiddenProgramName(const std::vector<std::string_view> &arguments,
-                              std::string_view comm);
+/// Whether it is the dynamic loader, started by hand.
+bool isDynamicLoader(std::string_view name);
+/// The name of a process whose executable may not be read, by what the kernel calls its main
+/// thread.
+std::string hiddenProgramName(std::string_view comm);
 
 } // namespace tidewick::libexec

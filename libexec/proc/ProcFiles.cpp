@@ -1,12 +1,12 @@
 #include "libexec/proc/ProcFiles.h"
 
+#include "libexec/proc/ChildAnswer.h"
 #include "libexec/proc/Descriptor.h"
 
 #include <cerrno>
 #include <climits>
 
 #include <fcntl.h>
-#include <sys/stat.h>
 #include <unistd.h>
 
 namespace tidewick::libexec
@@ -47,14 +47,16 @@ bool wasRefused()
     return errno == EACCES || errno == EPERM;
 }
 
-bool isSameFile(int directoryA, const char *pathA, int directoryB, const char *pathB)
+std::string readCommandLine(int directory, std::string_view prefix)
 {
-    constexpr unsigned mask = STATX_INO;
-    struct statx a;
-    struct statx b;
-    return statx(directoryA, pathA, AT_STATX_DONT_SYNC, mask, &a) == 0 &&
-           statx(directoryB, pathB, AT_STATX_DONT_SYNC, mask, &b) == 0 && a.stx_ino == b.stx_ino &&
-           a.stx_dev_major == b.stx_dev_major && a.stx_dev_minor == b.stx_dev_minor;
+    constexpr size_t limit = 1U << 17U;
+    const std::string path = std::string(prefix) + "cmdline";
+    return askChild([&] {
+               std::string text;
+               readFile(directory, path.c_str(), text, limit);
+               return text;
+           })
+        .value_or(std::string());
 }
 
 } // namespace tidewick::libexec

@@ -2,6 +2,7 @@
 
 #include <cstddef>
 #include <string>
+#include <string_view>
 
 namespace tidewick::libexec
 {
@@ -16,8 +17,8 @@ bool readLink(int directory, const char *path, std::string &text);
 /// Whether the last call was refused, and did not just meet a process that is gone.
 bool wasRefused();
 
-/// Whether two files, links followed, are one and the same. What the file system remembers serves:
-/// nobody asks a file server that may not answer.
-bool isSameFile(int directoryA, const char *pathA, int directoryB, const char *pathB);
+/// The arguments in the file cmdline. They are read from the process's memory, which another
+/// process may keep locked: a child reads them, for half a second at most. Empty where that fails.
+std::string readCommandLine(int directory, std::string_view prefix);
 
 } // namespace tidewick::libexec

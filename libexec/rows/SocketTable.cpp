@@ -59,7 +59,7 @@ std::string socketTable(const SocketHolders &found, const std::vector<ListeningS
         userWidth = std::max<size_t>(userWidth, isNumber ? 8 : 4);
         // lsof's word for descriptors that it may not read.
         const std::string descriptor =
-            holder.descriptor < 0 ? " NOFD " : padLeft(std::to_string(holder.descriptor), 4) + "u ";
+            isInferred(holder) ? " NOFD " : padLeft(std::to_string(holder.descriptor), 4) + "u ";
         rows.push_back({escapeWord(process.command), std::to_string(process.pid), user, descriptor,
                         socket.isIpv6 ? "IPv6" : "IPv4", std::to_string(socket.inode),
                         addressText(socket)});

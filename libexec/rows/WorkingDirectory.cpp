@@ -2,6 +2,7 @@
 
 #include "libexec/names/EscapedText.h"
 #include "libexec/names/ProgramName.h"
+#include "libexec/proc/LocalFiles.h"
 #include "libexec/proc/ProcFiles.h"
 
 #include <fcntl.h>
@@ -16,7 +17,7 @@ std::string workingDirectoryFields(int pid)
     if (!readLink(AT_FDCWD, link.c_str(), text))
         return {};
     std::string_view path = text;
-    if (stripDeleted(path) && isSameFile(AT_FDCWD, link.c_str(), AT_FDCWD, text.c_str()))
+    if (stripDeleted(path) && isSameLocalFile(AT_FDCWD, link.c_str(), text.c_str()))
         path = text;
     return 'p' + std::to_string(pid) + "\nn" + escapePath(path) + '\n';
 }

@@ -1,16 +1,16 @@
 #include "libexec/holders/DockerProxy.h"
-#include "libexec/holders/NamedPorts.h"
 #include "libexec/holders/RowOrder.h"
+#include "libexec/proc/Descriptor.h"
 #include "tests/libexec/SocketOn.h"
 
 #include <gtest/gtest.h>
 
 #include <climits>
 
+#include <fcntl.h>
 #include <unistd.h>
 
 using namespace tidewick::libexec;
-using namespace std::string_view_literals;
 
 TEST(Holders, dockerProxies)
 {
@@ -45,38 +45,41 @@ TEST(Holders, dockerProxies)
               ProxyMatch::none);
 }
 
-TEST(Holders, aPortIsAWholeNumber)
+namespace
 {
-    for (const char *const text : {"8080", "--port=8080", "0.0.0.0:8080", "x 8080.", "18080 8080",
-                                   "[::]:8080/", "-p8080", "a.8080"})
-        EXPECT_TRUE(portsIn(text)[8080]) << text;
-    for (const char *const text :
-         {"", "18080", "80801", "8 080", "1.8080", "8080.5", "08080", "808099999999999999999999"})
-        EXPECT_FALSE(portsIn(text)[8080]) << text;
-    PortSet all;
-    for (const size_t port : {0U, 7U, 3000U, 65535U})
-        all.set(port);
-    EXPECT_EQ(portsIn("0 7,3000\0--x=65535 3000 65536 007 1.5"sv), all);
+
+/// The names of the holders, in the order of their rows.
+std::vector<std::string> sorted(SocketHolders found, const std::vector<ListeningSocket> &sockets,
+                                uint32_t viewer)
+{
+    const Descriptor proc(openDirectory(AT_FDCWD, "/proc"));
+    sortRows(found, sockets, proc.value(), viewer);
+    std::vector<std::string> names;
+    for (const Holder &holder : found.holders)
+        names.push_back(found.processes[holder.process].command);
+    return names;
 }
 
-TEST(Holders, aPortInAUrlIsAnothers)
-{
-    for (const char *const text :
-         {"--upstream=http://localhost:8080", "http://[::1]:8080/", "postgres://u:p@db:8080/x",
-          "http://a/8080", "http://a?port=8080", "a://b c://d:8080"})
-        EXPECT_FALSE(portsIn(text)[8080]) << text;
-    for (const std::string_view text :
-         {"http://a\0008080"sv, "http://a 8080"sv, "--port=8080 http://a"sv, "//a:8080"sv,
-          "a:/b:8080"sv, "localhost:8080"sv})
-        EXPECT_TRUE(portsIn(text)[8080]) << text;
-}
+} // namespace
 
 TEST(Holders, aProcessThatHasEndedIsNotTheOldest)
 {
-    const std::vector<ListeningSocket> sockets{socketOn("127.0.0.1", 80)};
     SocketHolders found;
     found.processes = {{INT_MAX, 0, "ended"}, {getpid(), 0, "server"}};
     found.holders = {{0, 0, 3}, {1, 0, 3}};
-    sortByAncestry(found, sockets);
-    EXPECT_EQ(found.processes[found.holders[0].process].command, "server");
+    EXPECT_EQ(sorted(found, {socketOn("127.0.0.1", 80)}, 0),
+              (std::vector<std::string>{"server", "ended"}));
+}
+
+TEST(Holders, onesOwnComeBeforeOthersAndSeenOnesBeforeInferred)
+{
+    SocketHolders found;
+    // The first process is everybody's ancestor.
+    found.processes = {{1, 0, "service"}, {1, 7, "stranger"}, {getpid(), 1000, "own"}};
+    found.holders = {{0, 0, -1}, {1, 1, 3}, {2, 2, 3}};
+    const std::vector<ListeningSocket> sockets{socketOn("::1", 80), socketOn("127.0.0.1", 80),
+                                               socketOn("0.0.0.0", 80)};
+    EXPECT_EQ(sorted(found, sockets, 1000),
+              (std::vector<std::string>{"own", "stranger", "service"}));
+    EXPECT_EQ(sorted(found, sockets, 0), (std::vector<std::string>{"stranger", "own", "service"}));
 }

@@ -34,6 +34,7 @@ TEST(Names, spellingsOfOneProgram)
                                                                {".nodejs-wrapped", "node"},
                                                                {"bunx", "bun"},
                                                                {"mariadbd", "mysqld"},
+                                                               {"redis-check-rdb", "redis-server"},
                                                                {"node-", "node-"},
                                                                {"node-gyp", "node-gyp"},
                                                                {"node-22a", "node-22a"},
@@ -74,13 +75,12 @@ TEST(Names, programsByTheirExecutable)
     EXPECT_EQ(programName("/usr/bin/ld-tool", false, List{"ld", "node"}), "ld-tool");
 }
 
-TEST(Names, programsByWhatTheyCallThemselves)
+TEST(Names, hiddenProgramsByTheirMainThread)
 {
-    using List = std::vector<std::string_view>;
-    EXPECT_EQ(hiddenProgramName(List{"/usr/bin/redis-server 127.0.0.1:6379"}, "x"), "redis-server");
-    EXPECT_EQ(hiddenProgramName(List{"nginx: master process"}, "x"), "nginx");
-    EXPECT_EQ(hiddenProgramName(List{"/usr/sbin/mariadbd"}, "x"), "mysqld");
-    EXPECT_EQ(hiddenProgramName({}, "mongod"), "mongod");
-    EXPECT_EQ(hiddenProgramName(List{""}, "mongod"), "mongod");
-    EXPECT_EQ(hiddenProgramName(List{"/ x"}, "mongod"), "mongod");
+    EXPECT_EQ(hiddenProgramName("redis-server"), "redis-server");
+    EXPECT_EQ(hiddenProgramName("mariadbd"), "mysqld");
+    EXPECT_EQ(hiddenProgramName("MainThread"), "node");
+    EXPECT_EQ(hiddenProgramName("node-MainThread"), "node");
+    EXPECT_EQ(hiddenProgramName("DomainThread"), "DomainThread");
+    EXPECT_EQ(hiddenProgramName(""), "");
 }

@@ -1,0 +1,10 @@
+#pragma once
+
+namespace tidewick::libexec
+{
+
+/// Whether the file that a process uses, by its link in /proc, is the one at `path`. Only file
+/// systems of this machine are asked: a file server, or a program that plays one, might not answer.
+bool isSameLocalFile(int directory, const char *link, const char *path);
+
+} // namespace tidewick::libexec
