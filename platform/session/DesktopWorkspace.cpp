@@ -5,7 +5,6 @@
 #include <QDBusMessage>
 #include <QDBusPendingReply>
 #include <QDesktopServices>
-#include <QFileInfo>
 
 #include <utility>
 
@@ -48,8 +47,10 @@ void DesktopWorkspace::openUrl(const QUrl &url)
 
 void DesktopWorkspace::revealDirectory(const QString &path)
 {
-    if (QFileInfo(path).isDir())
-        show(QUrl::fromLocalFile(path), m_open, m_bus);
+    m_check.start(path, [this, path](bool isDirectory) {
+        if (isDirectory)
+            show(QUrl::fromLocalFile(path), m_open, m_bus);
+    });
 }
 
 } // namespace tidewick

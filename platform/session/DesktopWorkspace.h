@@ -1,6 +1,7 @@
 #pragma once
 
 #include "platform/Workspace.h"
+#include "platform/session/DirectoryCheck.h"
 
 #include <QDBusConnection>
 
@@ -21,7 +22,8 @@ public:
                               QDBusConnection bus = QDBusConnection::sessionBus());
 
     void openUrl(const QUrl &url) override;
-    /// Opens the directory like any other thing where no file manager answers on the bus.
+    /// Opens the directory like any other thing where no file manager answers on the bus. Returns
+    /// at once; nothing is shown where the file system has not answered in time.
     void revealDirectory(const QString &path) override;
 
 private:
@@ -29,6 +31,7 @@ private:
 
     Opener m_open;
     QDBusConnection m_bus;
+    DirectoryCheck m_check;
 };
 
 } // namespace tidewick
