@@ -3,6 +3,7 @@
 #include "scan/CommandMetadata.h"
 #include "scan/ServiceDetection.h"
 #include "scan/http/HttpProbe.h"
+#include "text/EscapedPath.h"
 #include "text/Lines.h"
 #include "text/Numbers.h"
 #include "text/Utf8.h"
@@ -105,7 +106,8 @@ void addWorkingDirectory(PortInfo &record, const ProcessQueries &queries)
         return;
     for (const QStringView line : splitLines(*output)) {
         if (line.startsWith(u'n')) {
-            record.workingDirectory = line.sliced(1).toString();
+            record.workingDirectory =
+                unescapedPath(line.sliced(1)).value_or(record.workingDirectory);
             return;
         }
     }

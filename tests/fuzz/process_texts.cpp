@@ -12,6 +12,7 @@
 #include "scan/SocketScan.h"
 #include "tests/fuzz/Fuzz.h"
 #include "tests/libexec/AddedText.h"
+#include "text/EscapedPath.h"
 #include "text/Utf8.h"
 
 #include <clocale>
@@ -84,6 +85,17 @@ void checkPrinted(const std::string &text, bool isUtf8)
     }
 }
 
+/// A path is read back, or not at all.
+void checkPath(const std::string &path)
+{
+    const auto text = tidewick::decodeUtf8(QByteArray::fromStdString(path));
+    const auto back = tidewick::unescapedPath(QString::fromStdString(escapePath(path)));
+    promise(!back || back == text, "no path is read as another");
+    const bool isPlain =
+        path.find('^') == std::string::npos && escapePath(path).find('^') == std::string::npos;
+    promise(back || !text || !isPlain, "a path without a caret is read");
+}
+
 void checkLocales(const std::string &text)
 {
     static const locale_t plain = newlocale(LC_CTYPE_MASK, "C", nullptr);
@@ -92,6 +104,7 @@ void checkLocales(const std::string &text)
     checkPrinted(text, false);
     uselocale(utf8);
     checkPrinted(text, true);
+    checkPath(text);
     uselocale(LC_GLOBAL_LOCALE);
 }
 

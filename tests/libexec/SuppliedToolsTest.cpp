@@ -1,6 +1,7 @@
 // The supplied lsof beside real processes, each as odd as one that was met.
 #include "tests/libexec/SuppliedTools.h"
 #include "tests/support/ServerProgram.h"
+#include "text/EscapedPath.h"
 
 #include <QElapsedTimer>
 #include <QFile>
@@ -714,6 +715,15 @@ TEST_P(SuppliedTools, workingDirectoriesAsLsofPrintsThem)
             const Output output = runProgram(lsof(), query, asViewer(), locale);
             EXPECT_EQ(output.text, expected) << locale;
             EXPECT_EQ(output.status, 0);
+            // Whichever lsof prints it: the application reads this directory, or none.
+            for (const std::string &text :
+                 {output.text, runProgram("/usr/bin/lsof", query, asViewer(), locale).text}) {
+                const std::string line = lines(text).back();
+                const auto back = tidewick::unescapedPath(QString::fromStdString(line.substr(1)));
+                const bool isText = QString::fromStdString(name).toStdString() == name;
+                EXPECT_TRUE(!back || back->toStdString() == path) << line;
+                EXPECT_EQ(back.has_value(), isText && line.find('^') == std::string::npos) << line;
+            }
         }
     }
 }

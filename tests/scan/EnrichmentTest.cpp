@@ -212,6 +212,15 @@ TEST_F(EnrichmentTest, workingDirectoryKeepsItsSpacesAndEndsAtACarriageReturn)
     EXPECT_EQ(enrich().workingDirectory, QStringLiteral("/Users/my app "));
 }
 
+TEST_F(EnrichmentTest, workingDirectoryIsWhatLsofEscaped)
+{
+    outputs[directoryQuery] = "p1\nfcwd\nn/a\\nb\\t\\\\n \\xc3\\xa9\n";
+    EXPECT_EQ(enrich().workingDirectory, QStringLiteral("/a\nb\t\\n \u00e9"));
+    // Either a caret and a letter, or a control character.
+    outputs[directoryQuery] = "p1\nfcwd\nn/a^A\n";
+    EXPECT_EQ(enrich().workingDirectory, QString());
+}
+
 TEST_F(EnrichmentTest, outputWithoutANameFieldLeavesTheWorkingDirectory)
 {
     PortInfo record(1, QStringLiteral("812"), QStringLiteral("x"), {}, {});
