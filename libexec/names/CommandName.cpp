@@ -53,7 +53,7 @@ std::string commandOf(int directory, std::string_view prefix)
     // One file may have several names, and comm is the one that it was started by, or what it calls
     // itself. It is believed only beside the executable, and only for the very same file.
     const std::string comm = commOf(directory, prefix);
-    const std::string alias = foldName(comm);
+    std::string alias = foldName(comm);
     const std::string place = executable.substr(0, executable.rfind('/') + 1) + comm;
     if (isKnownName(alias) && isSameLocalFile(directory, exe.c_str(), place.c_str()))
         return alias;
