@@ -78,7 +78,7 @@ private:
     int onlyForwarder(const ListeningSocket &socket)
     {
         if (!m_forwarders)
-            m_forwarders.emplace(m_proc, m_hidden.of(0));
+            m_forwarders.emplace(m_proc, m_hidden);
         std::set<int> pids = m_forwarders->of(socket);
         std::erase_if(pids, [&](int pid) { return !mayShareCgroup(pid, socket); });
         return pids.size() == 1 ? *pids.begin() : nobody;
@@ -91,11 +91,13 @@ private:
         const bool isOfService = socket.cgroup != 0 && socket.cgroup != m_cgroups.root();
         if (socket.user == 0 && !isOfService)
             return {};
-        std::set<int> pids = m_hidden.of(socket.user);
-        std::erase_if(pids, [&](int pid) {
-            return socket.user == 0 ? m_cgroups.of(pid) != socket.cgroup
-                                    : !mayShareCgroup(pid, socket);
-        });
+        std::set<int> pids;
+        for (const int pid : m_hidden.of(socket.user)) {
+            const bool mayHold =
+                socket.user == 0 ? m_cgroups.of(pid) == socket.cgroup : mayShareCgroup(pid, socket);
+            if (mayHold && m_hidden.isInOwnNetwork(pid))
+                pids.insert(pid);
+        }
         return pids;
     }
 

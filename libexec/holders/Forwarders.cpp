@@ -9,14 +9,16 @@
 namespace tidewick::libexec
 {
 
-Forwarders::Forwarders(int proc, const std::set<int> &pids)
+Forwarders::Forwarders(int proc, HiddenProcesses &hidden)
 {
     std::string text;
-    for (const int pid : pids) {
-        const Descriptor process(openDirectory(proc, std::to_string(pid).c_str()));
-        if (!process.isOpen() || !readFile(process.value(), "comm", text) ||
-            text != "docker-proxy\n" || !readFile(process.value(), "status", text) ||
-            statusValue(text, "Uid") != "0\t0\t0\t0")
+    for (const int pid : hidden.of(0)) {
+        const std::string path = std::to_string(pid);
+        if (!readFile(proc, (path + "/comm").c_str(), text) || text != "docker-proxy\n")
+            continue;
+        const Descriptor process(openDirectory(proc, path.c_str()));
+        if (!process.isOpen() || !readFile(process.value(), "status", text) ||
+            statusValue(text, "Uid") != "0\t0\t0\t0" || !hidden.isInOwnNetwork(pid))
             continue;
         text = readCommandLine(process.value(), "");
         if (const auto asked = forwardedSocket(splitArguments(text)))

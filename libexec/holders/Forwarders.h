@@ -1,5 +1,6 @@
 #pragma once
 
+#include "libexec/holders/HiddenProcesses.h"
 #include "libexec/sockets/ListeningSocket.h"
 
 #include <set>
@@ -13,8 +14,9 @@ class Forwarders
 {
 public:
     /// Of root's processes, in the directory /proc. A program that runs as root only by its
-    /// set-user-id bit has the arguments that its caller chose, and does not count.
-    Forwarders(int proc, const std::set<int> &pids);
+    /// set-user-id bit has the arguments that its caller chose, and does not count. Nor does one in
+    /// another network: a container may run forwarders of its own, for the same ports.
+    Forwarders(int proc, HiddenProcesses &hidden);
 
     /// The ones that were told to listen there. An exact address comes before a wildcard.
     std::set<int> of(const ListeningSocket &socket) const;

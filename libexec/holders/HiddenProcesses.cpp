@@ -23,19 +23,12 @@ HiddenProcesses::HiddenProcesses(int proc, const std::vector<DeniedProcess> &den
     : m_proc(proc), m_ownNetwork(networkOf(proc, "self"))
 {
     for (const DeniedProcess &process : denied)
-        m_denied[process.user].push_back(process.pid);
+        m_ofUser[process.user].push_back(process.pid);
 }
 
-const std::set<int> &HiddenProcesses::of(uint32_t user)
+bool HiddenProcesses::isInOwnNetwork(int pid) const
 {
-    const auto [entry, isNew] = m_inNetwork.try_emplace(user);
-    if (isNew && m_ownNetwork != 0) {
-        for (const int pid : m_denied[user]) {
-            if (networkOf(m_proc, std::to_string(pid).c_str()) == m_ownNetwork)
-                entry->second.insert(pid);
-        }
-    }
-    return entry->second;
+    return m_ownNetwork != 0 && networkOf(m_proc, std::to_string(pid).c_str()) == m_ownNetwork;
 }
 
 } // namespace tidewick::libexec
