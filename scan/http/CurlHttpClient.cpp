@@ -15,13 +15,14 @@ CurlHttpClient::CurlHttpClient(const QString &authorities)
 {
 }
 
-HttpOutcome CurlHttpClient::send(const HttpRequest &request, const std::stop_token &stop) const
+HttpOutcome CurlHttpClient::send(const HttpRequest &request, TlsEvidence &evidence,
+                                 const std::stop_token &stop) const
 {
     static const CURLcode ready = curl_global_init(CURL_GLOBAL_DEFAULT);
     if (ready != CURLE_OK)
         return HttpError{};
     const BrokenPipeGuard guard;
-    return HttpAttempt(m_authorities, stop).run(request);
+    return HttpAttempt(m_authorities, evidence, stop).run(request);
 }
 
 } // namespace tidewick

@@ -10,8 +10,9 @@ namespace tidewick
 ///
 /// Redirects to loopback addresses and `localhost` are followed, up to 20; one that leads
 /// elsewhere is the response. A plain request that met a TLS server ends with
-/// HttpError::secureConnectionFailed. A body that does not end in time is an error, unless
-/// HttpResponse::bodyLimit bytes of it came.
+/// HttpError::secureConnectionFailed: one that was answered by a TLS record, or one whose
+/// connection was closed without a byte where a TLS hello succeeds. A body that does not end in
+/// time is an error, unless HttpResponse::bodyLimit bytes of it came.
 class CurlHttpClient : public HttpClient
 {
 public:
@@ -20,7 +21,8 @@ public:
     /// Trusts those in the PEM file `authorities` alone.
     explicit CurlHttpClient(const QString &authorities);
 
-    HttpOutcome send(const HttpRequest &request, const std::stop_token &stop) const override;
+    HttpOutcome send(const HttpRequest &request, TlsEvidence &evidence,
+                     const std::stop_token &stop) const override;
 
 private:
     QByteArray m_authorities;

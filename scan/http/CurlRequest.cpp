@@ -34,17 +34,26 @@ EasyHandle newRequest(const LoopbackUrl &url, const QByteArray &method, const QB
                       const QByteArray &authorities)
 {
     EasyHandle easy = newHandle(url);
-    curl_easy_setopt(easy.get(), CURLOPT_HTTP09_ALLOWED, 0L);
-    if (method == "HEAD")
-        curl_easy_setopt(easy.get(), CURLOPT_NOBODY, 1L);
-    else
-        curl_easy_setopt(easy.get(), CURLOPT_CUSTOMREQUEST, method.constData());
+    // Not CURLOPT_NOBODY for HEAD: it would keep back what is no HTTP.
+    curl_easy_setopt(easy.get(), CURLOPT_CUSTOMREQUEST, method.constData());
+    // Hands on bytes that are no HTTP, as a body without headers.
+    curl_easy_setopt(easy.get(), CURLOPT_HTTP09_ALLOWED, 1L);
     if (!userAgent.isEmpty())
         curl_easy_setopt(easy.get(), CURLOPT_USERAGENT, userAgent.constData());
     if (!authorities.isEmpty()) {
         curl_easy_setopt(easy.get(), CURLOPT_CAINFO, authorities.constData());
         curl_easy_setopt(easy.get(), CURLOPT_CAPATH, nullptr);
     }
+    return easy;
+}
+
+EasyHandle newBareRequest(const LoopbackUrl &url)
+{
+    static curl_slist *const noHeaders =
+        curl_slist_append(curl_slist_append(nullptr, "Host:"), "Accept:");
+    EasyHandle easy = newRequest(url, "GET", {}, {});
+    curl_easy_setopt(easy.get(), CURLOPT_HTTP_VERSION, CURL_HTTP_VERSION_1_0);
+    curl_easy_setopt(easy.get(), CURLOPT_HTTPHEADER, noHeaders);
     return easy;
 }
 

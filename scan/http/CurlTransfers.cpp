@@ -10,35 +10,37 @@ CurlTransfers::CurlTransfers(const std::stop_token &stop)
 {
 }
 
-std::optional<HttpError> CurlTransfers::run(CURL *easy, Clock::time_point deadline) const
+CurlTransfers::Running::Running(const CurlTransfers &transfers, CURL *easy)
+    : m_multi(transfers.m_multi.get()), m_easy(easy)
 {
-    curl_multi_add_handle(m_multi.get(), easy);
-    const std::optional<HttpError> error = waitForEnd(deadline);
-    curl_multi_remove_handle(m_multi.get(), easy);
-    return error;
+    curl_multi_add_handle(m_multi, m_easy);
 }
 
-std::optional<HttpError> CurlTransfers::waitForEnd(Clock::time_point deadline) const
+CurlTransfers::Running::~Running()
+{
+    curl_multi_remove_handle(m_multi, m_easy);
+}
+
+CurlTransfers::End CurlTransfers::wait(Clock::time_point deadline) const
 {
     while (!m_stop.stop_requested()) {
-        int running = 0;
-        curl_multi_perform(m_multi.get(), &running);
-        if (running == 0)
-            return result();
+        int count = 0;
+        curl_multi_perform(m_multi.get(), &count);
+        if (const CURLMsg *message = curl_multi_info_read(m_multi.get(), &count))
+            return {message->easy_handle, httpError(message->data.result)};
         const auto left =
             std::chrono::ceil<std::chrono::milliseconds>(deadline - Clock::now()).count();
         if (left <= 0)
-            return HttpError{HttpError::timedOut};
+            return {nullptr, HttpError{HttpError::timedOut}};
         curl_multi_poll(m_multi.get(), nullptr, 0, int(left), nullptr);
     }
-    return HttpError{HttpError::cancelled};
+    return {nullptr, HttpError{HttpError::cancelled}};
 }
 
-std::optional<HttpError> CurlTransfers::result() const
+std::optional<HttpError> CurlTransfers::run(CURL *easy, Clock::time_point deadline) const
 {
-    int others = 0;
-    const CURLMsg *message = curl_multi_info_read(m_multi.get(), &others);
-    return message == nullptr ? HttpError{} : httpError(message->data.result);
+    const Running running(*this, easy);
+    return wait(deadline).error;
 }
 
 } // namespace tidewick

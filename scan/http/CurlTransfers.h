@@ -2,6 +2,8 @@
 
 #include "scan/http/HttpClient.h"
 
+#include <QtGlobal>
+
 #include <chrono>
 #include <memory>
 #include <optional>
@@ -12,7 +14,7 @@
 namespace tidewick
 {
 
-/// Runs transfers, one after another, in the calling thread.
+/// Runs transfers in the calling thread.
 class CurlTransfers
 {
 public:
@@ -20,8 +22,31 @@ public:
 
     explicit CurlTransfers(const std::stop_token &stop);
 
-    /// Until the transfer has ended, the deadline has come or a stop is requested. Nothing where
-    /// curl saw no fault in it; the callbacks of `easy` have what came.
+    /// Takes part in each wait for as long as it lives.
+    class Running
+    {
+    public:
+        Running(const CurlTransfers &transfers, CURL *easy);
+        ~Running();
+        Q_DISABLE_COPY_MOVE(Running)
+
+    private:
+        CURLM *m_multi;
+        CURL *m_easy;
+    };
+
+    struct End
+    {
+        /// The transfer that has ended; null where none has.
+        CURL *easy;
+        /// Nothing where curl saw no fault in it; the callbacks of `easy` have what came.
+        std::optional<HttpError> error;
+    };
+
+    /// Until one of the running transfers ends, the deadline comes or a stop is requested.
+    End wait(Clock::time_point deadline) const;
+
+    /// One transfer, from its start to its end.
     std::optional<HttpError> run(CURL *easy, Clock::time_point deadline) const;
 
 private:
@@ -34,9 +59,6 @@ private:
         CURLM *multi;
         void operator()() const { curl_multi_wakeup(multi); }
     };
-
-    std::optional<HttpError> waitForEnd(Clock::time_point deadline) const;
-    std::optional<HttpError> result() const;
 
     std::stop_token m_stop;
     std::unique_ptr<CURLM, MultiCleanup> m_multi{curl_multi_init()};

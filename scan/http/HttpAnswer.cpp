@@ -17,9 +17,22 @@ bool isRedirect(int status)
     return std::find(statuses.begin(), statuses.end(), status) != statuses.end();
 }
 
+/// Type and version, with which a TLS record starts (RFC 8446, section 5.1).
+constexpr qsizetype recordStart = 3;
+
+/// Whether a TLS record may start with `bytes`, of which there may be less than its start.
+bool mayStartTlsRecord(QByteArrayView bytes)
+{
+    const auto isWithin = [bytes](qsizetype at, char first, char last) {
+        return at >= bytes.size() || (first <= bytes[at] && bytes[at] <= last);
+    };
+    return isWithin(0, 20, 23) && isWithin(1, 3, 3) && isWithin(2, 0, 4);
+}
+
 } // namespace
 
-HttpAnswer::HttpAnswer(CURL *easy, LoopbackUrl url) : m_easy(easy), m_url(std::move(url))
+HttpAnswer::HttpAnswer(CURL *easy, LoopbackUrl url, const QByteArray &method)
+    : m_easy(easy), m_url(std::move(url)), m_takesBody(method != "HEAD")
 {
     curl_easy_setopt(easy, CURLOPT_HEADERFUNCTION, &takeHeader);
     curl_easy_setopt(easy, CURLOPT_HEADERDATA, this);
@@ -30,6 +43,15 @@ HttpAnswer::HttpAnswer(CURL *easy, LoopbackUrl url) : m_easy(easy), m_url(std::m
 bool HttpAnswer::headersAreTooLong() const
 {
     return m_headerBytes > headerLimit;
+}
+
+HttpAnswer::Start HttpAnswer::start() const
+{
+    if (m_headerBytes == 0 && m_nonHttp.isEmpty())
+        return Start::nothing;
+    const bool isTls =
+        m_headerBytes == 0 && m_nonHttp.size() == recordStart && mayStartTlsRecord(m_nonHttp);
+    return isTls ? Start::tlsRecord : Start::other;
 }
 
 // A callback that returns another count than it was given ends the transfer.
@@ -74,14 +96,22 @@ bool HttpAnswer::endHead()
         const auto location = m_response.headers.value("Location");
         m_redirect = redirectTarget(m_url, location.value_or(QString()).toUtf8());
     }
-    return !m_redirect && !isSwitch();
+    return !m_redirect && !hasEnough();
 }
 
 bool HttpAnswer::addBody(QByteArrayView bytes)
 {
+    if (!m_hasHead)
+        return addNonHttp(bytes);
     m_response.body +=
         bytes.first(std::min(bytes.size(), HttpResponse::bodyLimit - m_response.body.size()));
     return !bodyIsFull();
+}
+
+bool HttpAnswer::addNonHttp(QByteArrayView bytes)
+{
+    m_nonHttp += bytes.first(std::min(bytes.size(), recordStart - m_nonHttp.size()));
+    return m_nonHttp.size() < recordStart && mayStartTlsRecord(m_nonHttp);
 }
 
 } // namespace tidewick

@@ -3,6 +3,7 @@
 #include "scan/http/HttpClient.h"
 #include "scan/http/LoopbackUrl.h"
 
+#include <QByteArray>
 #include <QByteArrayView>
 #include <QtGlobal>
 
@@ -20,15 +21,21 @@ namespace tidewick
 class HttpAnswer
 {
 public:
-    /// Of the request for `url` that `easy` stands for.
-    HttpAnswer(CURL *easy, LoopbackUrl url);
+    /// How the answer began.
+    enum class Start { nothing, tlsRecord, other };
+
+    /// Of the request that `easy` stands for.
+    HttpAnswer(CURL *easy, LoopbackUrl url, const QByteArray &method);
     Q_DISABLE_COPY_MOVE(HttpAnswer)
 
     /// The headers of the response proper are all there.
     bool hasHead() const { return m_hasHead; }
     bool headersAreTooLong() const;
     /// The response is there, though the transfer was ended before its time.
-    bool hasEnough() const { return m_hasHead && (isSwitch() || bodyIsFull()); }
+    bool hasEnough() const { return m_hasHead && (isSwitch() || !m_takesBody || bodyIsFull()); }
+    /// What came is no HTTP.
+    bool isNonHttp() const { return !m_nonHttp.isEmpty(); }
+    Start start() const;
 
     /// Where to go instead; nothing where this is the answer.
     const std::optional<LoopbackUrl> &redirect() const { return m_redirect; }
@@ -46,11 +53,15 @@ private:
     bool addHeader(QByteArrayView line);
     bool endHead();
     bool addBody(QByteArrayView bytes);
+    bool addNonHttp(QByteArrayView bytes);
 
     CURL *m_easy;
     LoopbackUrl m_url;
+    bool m_takesBody;
     HttpResponse m_response;
     std::optional<LoopbackUrl> m_redirect;
+    /// No more of it than start() looks at.
+    QByteArray m_nonHttp;
     size_t m_headerBytes = 0;
     bool m_expectsStatusLine = true;
     bool m_hasHead = false;

@@ -1,8 +1,8 @@
 #include "scan/http/HttpAttempt.h"
 
 #include "scan/http/CurlRequest.h"
+#include "scan/http/TlsHello.h"
 
-#include <algorithm>
 #include <chrono>
 #include <utility>
 
@@ -12,24 +12,16 @@ namespace
 {
 
 constexpr auto attemptTime = std::chrono::seconds(1);
-/// What a TLS hello may take of it: ten times what it does take. A server that knows no TLS may
-/// well wait in silence for the rest of what it takes for a request (Redis does).
-constexpr auto helloTime = std::chrono::milliseconds(100);
 constexpr int redirectLimit = 20;
-
-/// How a TLS server's answer to a plain request looks: nothing, a reset, or no HTTP.
-bool mayBeTls(const HttpError &error)
-{
-    return error.code == HttpError::connectionLost || error.code == HttpError::badServerResponse;
-}
 
 } // namespace
 
-HttpAttempt::HttpAttempt(QByteArray authorities, const std::stop_token &stop)
+HttpAttempt::HttpAttempt(QByteArray authorities, TlsEvidence &evidence, const std::stop_token &stop)
     : m_authorities(std::move(authorities)),
+      m_evidence(evidence),
       m_stop(stop),
       m_transfers(stop),
-      m_deadline(CurlTransfers::Clock::now() + attemptTime)
+      m_deadline(Clock::now() + attemptTime)
 {
 }
 
@@ -41,10 +33,11 @@ HttpOutcome HttpAttempt::run(const HttpRequest &request) const
     QByteArray method = request.method;
     for (int redirects = 0; redirects <= redirectLimit; ++redirects) {
         const EasyHandle easy = newRequest(*url, method, request.userAgent, m_authorities);
-        HttpAnswer answer(easy.get(), *url);
+        HttpAnswer answer(easy.get(), *url, method);
+        const Clock::time_point start = Clock::now();
         const std::optional<HttpError> error = m_transfers.run(easy.get(), m_deadline);
         if (!answer.redirect())
-            return outcome(answer, error, *url);
+            return outcome(answer, error, *url, Clock::now() - start);
         if (answer.status() == 303 && method != "HEAD")
             method = "GET";
         url = answer.redirect();
@@ -53,7 +46,7 @@ HttpOutcome HttpAttempt::run(const HttpRequest &request) const
 }
 
 HttpOutcome HttpAttempt::outcome(HttpAnswer &answer, const std::optional<HttpError> &error,
-                                 const LoopbackUrl &url) const
+                                 const LoopbackUrl &url, Clock::duration time) const
 {
     if (answer.headersAreTooLong())
         return HttpError{HttpError::headersTooLong};
@@ -61,16 +54,26 @@ HttpOutcome HttpAttempt::outcome(HttpAnswer &answer, const std::optional<HttpErr
         return answer.takeResponse();
     // Without a fault, the connection ended within the headers.
     const HttpError failure = error.value_or(HttpError{HttpError::connectionLost});
-    if (!url.isTls && !answer.hasHead() && mayBeTls(failure) && speaksTls(url))
+    if (!url.isTls && speaksTls(answer, failure, url, time))
         return HttpError{HttpError::secureConnectionFailed};
+    if (answer.isNonHttp())
+        return NonHttpResponse{};
     return m_stop.stop_requested() ? HttpError{HttpError::cancelled} : failure;
 }
 
-bool HttpAttempt::speaksTls(const LoopbackUrl &url) const
+/// Whether a plain request for `url` has failed because its server speaks TLS. Bytes tell that at
+/// once. A TLS server may also close without a byte, as any other may: only a hello tells then.
+bool HttpAttempt::speaksTls(const HttpAnswer &answer, const HttpError &failure,
+                            const LoopbackUrl &url, Clock::duration time) const
 {
-    const EasyHandle easy = newTlsHello(url);
-    const auto deadline = std::min(m_deadline, CurlTransfers::Clock::now() + helloTime);
-    return !m_transfers.run(easy.get(), deadline);
+    const QByteArray address = url.address();
+    if (answer.start() != HttpAnswer::Start::nothing)
+        m_evidence.add(address, answer.start() == HttpAnswer::Start::tlsRecord);
+    else if (failure.code != HttpError::connectionLost)
+        return false;
+    else if (!m_evidence.speaksTls(address))
+        m_evidence.add(address, answersTlsHello(url, time, m_transfers, m_deadline));
+    return *m_evidence.speaksTls(address);
 }
 
 } // namespace tidewick

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "scan/http/TlsEvidence.h"
+
 #include <QByteArray>
 #include <QByteArrayView>
 #include <QString>
@@ -48,7 +50,9 @@ struct HttpResponse
     QByteArray body;
 };
 
-/// An answer in some other protocol.
+/// An answer in another protocol, such as the greeting of MySQL or the error line of Redis. The
+/// server is there and has answered, so it is no error; but there is no status and no header, and
+/// the probe goes on with the next method.
 struct NonHttpResponse
 {
 };
@@ -75,16 +79,18 @@ struct HttpError
 
 using HttpOutcome = std::variant<HttpResponse, NonHttpResponse, HttpError>;
 
-/// The edge to the network. Nothing that is learnt in one request is kept for the next.
+/// The edge to the network. Keeps nothing of a request for the next, except in the evidence that
+/// the caller hands in.
 class HttpClient
 {
 public:
     virtual ~HttpClient() = default;
 
     /// Sends the request and waits for the outcome, one second at most. Blocks the calling
-    /// thread; callable from several threads at once. A stop request, before or during the wait,
-    /// ends it at once with HttpError::cancelled. Never throws.
-    virtual HttpOutcome send(const HttpRequest &request, const std::stop_token &stop) const = 0;
+    /// thread; callable from several threads at once, each with evidence of its own. A stop
+    /// request, before or during the wait, ends it at once with HttpError::cancelled. Never throws.
+    virtual HttpOutcome send(const HttpRequest &request, TlsEvidence &evidence,
+                             const std::stop_token &stop) const = 0;
 };
 
 } // namespace tidewick

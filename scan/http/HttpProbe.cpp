@@ -99,22 +99,24 @@ bool isTlsError(const HttpError &error)
            error.code == HttpError::certificateUntrusted;
 }
 
-bool answersHttps(QString address, const HttpClient &client, const std::stop_token &stop)
+bool answersHttps(QString address, const HttpClient &client, TlsEvidence &evidence,
+                  const std::stop_token &stop)
 {
     address.replace(QLatin1String("http://"), QLatin1String("https://"));
     return isUrl(address) &&
-           std::holds_alternative<HttpResponse>(client.send({address, "HEAD", {}}, stop));
+           std::holds_alternative<HttpResponse>(client.send({address, "HEAD", {}}, evidence, stop));
 }
 
 /// One attempt and its HTTPS check; nothing where the probe has to go on.
 std::optional<ProbeResult> attempt(const QString &address, const char *method,
-                                   const HttpClient &client, const std::stop_token &stop)
+                                   const HttpClient &client, TlsEvidence &evidence,
+                                   const std::stop_token &stop)
 {
-    const HttpOutcome outcome = client.send({address, method, userAgent}, stop);
+    const HttpOutcome outcome = client.send({address, method, userAgent}, evidence, stop);
     if (const auto *response = std::get_if<HttpResponse>(&outcome))
         return ProbeResult{true, response->status, serverInfo(*response)};
     const auto *error = std::get_if<HttpError>(&outcome);
-    if (error != nullptr && isTlsError(*error) && answersHttps(address, client, stop))
+    if (error != nullptr && isTlsError(*error) && answersHttps(address, client, evidence, stop))
         return ProbeResult{true, std::nullopt, QStringLiteral("HTTPS")};
     return std::nullopt;
 }
@@ -123,6 +125,7 @@ std::optional<ProbeResult> attempt(const QString &address, const char *method,
 
 ProbeResult probeHttpService(qint64 port, const HttpClient &client, const std::stop_token &stop)
 {
+    TlsEvidence evidence;
     for (const QStringView prefix : addressPrefixes) {
         const QString address = prefix.toString() + QString::number(port);
         if (!isUrl(address))
@@ -130,7 +133,7 @@ ProbeResult probeHttpService(qint64 port, const HttpClient &client, const std::s
         for (const char *method : methods) {
             if (stop.stop_requested())
                 return {};
-            if (auto result = attempt(address, method, client, stop))
+            if (auto result = attempt(address, method, client, evidence, stop))
                 return *std::move(result);
         }
     }

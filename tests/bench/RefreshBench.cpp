@@ -52,10 +52,11 @@ class TimedHttpClient : public CurlHttpClient
 {
 public:
     explicit TimedHttpClient(double &sum) : m_sum(sum) {}
-    HttpOutcome send(const HttpRequest &request, const std::stop_token &stop) const override
+    HttpOutcome send(const HttpRequest &request, TlsEvidence &evidence,
+                     const std::stop_token &stop) const override
     {
         const Stopwatch stopwatch(m_sum);
-        return CurlHttpClient::send(request, stop);
+        return CurlHttpClient::send(request, evidence, stop);
     }
 
 private:

@@ -55,7 +55,8 @@ public:
                 return result;
             });
         auto http = std::make_shared<RecordingHttpClient>([this](const HttpRequest &request) {
-            HttpOutcome outcome = CurlHttpClient().send(request, {});
+            TlsEvidence evidence;
+            HttpOutcome outcome = CurlHttpClient().send(request, evidence, {});
             step();
             return outcome;
         });

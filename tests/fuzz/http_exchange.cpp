@@ -119,8 +119,9 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
                          : bytes.first(separator) +
                                bytes.sliced(separator + 1).repeated(qsizetype(size % 128)));
     const char *const methods[] = {"GET", "HEAD", "OPTIONS"};
+    TlsEvidence evidence;
     check(client.send({QStringLiteral("http://127.0.0.1:%1").arg(Server::port), methods[size % 3],
                        "Tidewick/1.0"},
-                      {}));
+                      evidence, {}));
     return 0;
 }

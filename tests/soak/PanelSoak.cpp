@@ -77,7 +77,8 @@ private:
 class Servers : public HttpClient
 {
 public:
-    HttpOutcome send(const HttpRequest &request, const std::stop_token & /*stop*/) const override
+    HttpOutcome send(const HttpRequest &request, TlsEvidence & /*evidence*/,
+                     const std::stop_token & /*stop*/) const override
     {
         if (request.url.endsWith(QLatin1Char('7')))
             return HttpError{HttpError::cannotConnect};

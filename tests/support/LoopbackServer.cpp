@@ -39,6 +39,13 @@ int listenOnLoopback(LoopbackServer::Address family, int &port)
     return listener;
 }
 
+/// The fourth and fifth byte of a record are the size of what follows.
+bool isWholeHello(const QByteArray &head)
+{
+    return isHello(head) && head.size() >= 5 &&
+           head.size() == 5 + (uchar(head[3]) << 8) + uchar(head[4]);
+}
+
 bool isReadable(int descriptor, int milliseconds)
 {
     pollfd waiting{descriptor, POLLIN, 0};
@@ -51,7 +58,7 @@ QByteArray LoopbackConnection::readHead()
 {
     QByteArray head;
     char byte = 0;
-    while (!m_stopping && !head.endsWith("\r\n\r\n")) {
+    while (!m_stopping && !head.endsWith("\r\n\r\n") && !isWholeHello(head)) {
         if (!isReadable(m_descriptor, stepMs))
             continue;
         if (recv(m_descriptor, &byte, 1, 0) <= 0)
@@ -157,6 +164,11 @@ void LoopbackServer::accept()
             close(descriptor);
         });
     }
+}
+
+bool isHello(const QByteArray &head)
+{
+    return head.startsWith("\x16\x03");
 }
 
 LoopbackServer::Behaviour answering(const QByteArray &bytes)

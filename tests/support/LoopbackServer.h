@@ -18,7 +18,8 @@ public:
     {
     }
 
-    /// Everything up to the empty line; what came where the client ends before that.
+    /// Everything up to the empty line, or the first record of a TLS hello; what came where the
+    /// client ends before that.
     QByteArray readHead();
     /// False once the client is gone.
     bool send(const QByteArray &bytes);
@@ -68,6 +69,9 @@ private:
     std::vector<std::thread> m_connections;
     std::thread m_acceptor;
 };
+
+/// Whether `head` is a TLS hello.
+bool isHello(const QByteArray &head);
 
 /// Reads one request, then sends `bytes` and closes.
 LoopbackServer::Behaviour answering(const QByteArray &bytes);

@@ -7,6 +7,7 @@ std::shared_ptr<RecordingHttpClient> RecordingHttpClient::refusing()
 }
 
 tidewick::HttpOutcome RecordingHttpClient::send(const tidewick::HttpRequest &request,
+                                                tidewick::TlsEvidence & /*evidence*/,
                                                 const std::stop_token & /*stop*/) const
 {
     {

@@ -19,6 +19,7 @@ public:
     static std::shared_ptr<RecordingHttpClient> refusing();
 
     tidewick::HttpOutcome send(const tidewick::HttpRequest &request,
+                               tidewick::TlsEvidence &evidence,
                                const std::stop_token &stop) const override;
 
     std::vector<tidewick::HttpRequest> requests() const;

@@ -21,6 +21,12 @@ namespace
 
 constexpr int timeoutMs = 20'000;
 
+/// Where scripts/unpack-servers puts what it unpacks.
+QString unpackedServers()
+{
+    return QStringLiteral("/var/tmp/tidewick-servers-%1/usr").arg(QString::number(geteuid()));
+}
+
 void becomeOrdinaryUser()
 {
     if (setgroups(0, nullptr) != 0 || setgid(ordinaryUser) != 0 || setuid(ordinaryUser) != 0)
@@ -35,6 +41,9 @@ void prepare(QProcess &process, const QString &directory)
     auto environment = QProcessEnvironment::systemEnvironment();
     environment.insert(QStringLiteral("LC_ALL"), QStringLiteral("C.UTF-8"));
     environment.insert(QStringLiteral("HOME"), directory);
+    const QDir libraries(unpackedServers() + QStringLiteral("/lib"));
+    for (const QString &name : libraries.entryList({QStringLiteral("*-linux-gnu*")}, QDir::Dirs))
+        environment.insert(QStringLiteral("LD_LIBRARY_PATH"), libraries.filePath(name));
     process.setProcessEnvironment(environment);
     process.setChildProcessModifier([isRoots = isRealRoot()] {
         if (isRoots)
@@ -71,11 +80,9 @@ bool takesConnections(int port)
 
 QString findProgram(const QString &name)
 {
-    const QString unpacked =
-        QStringLiteral("/var/tmp/tidewick-servers-%1/usr").arg(QString::number(geteuid()));
     QStringList directories{QStringLiteral("/usr/bin"), QStringLiteral("/usr/sbin"),
-                            unpacked + QStringLiteral("/sbin")};
-    const QDir postgresql(unpacked + QStringLiteral("/lib/postgresql"));
+                            unpackedServers() + QStringLiteral("/sbin")};
+    const QDir postgresql(unpackedServers() + QStringLiteral("/lib/postgresql"));
     for (const QString &version : postgresql.entryList(QDir::Dirs | QDir::NoDotAndDotDot))
         directories.append(postgresql.filePath(version + QStringLiteral("/bin")));
     return QStandardPaths::findExecutable(name, directories);
@@ -113,6 +120,17 @@ ServerProgram::ServerProgram(const QString &program, const QStringList &argument
 }
 
 ServerProgram::~ServerProgram()
+{
+    end();
+}
+
+QByteArray ServerProgram::outputToItsEnd()
+{
+    end();
+    return m_process.readAll();
+}
+
+void ServerProgram::end()
 {
     if (m_process.state() == QProcess::NotRunning)
         return;

@@ -29,8 +29,12 @@ public:
     qint64 processId() const { return m_processId; }
     /// Whatever it wrote so far, to either output.
     QByteArray output();
+    /// Ends it; all that it wrote and output() has not given yet.
+    QByteArray outputToItsEnd();
 
 private:
+    void end();
+
     QProcess m_process;
     qint64 m_processId = 0;
     bool m_isUp = false;

@@ -30,6 +30,7 @@
 using tidewick::CurlHttpClient;
 using tidewick::HttpOutcome;
 using tidewick::HttpResponse;
+using tidewick::TlsEvidence;
 
 namespace
 {
@@ -134,6 +135,12 @@ void connectTo(const char *address)
     close(descriptor);
 }
 
+HttpOutcome get(const QString &url)
+{
+    TlsEvidence evidence;
+    return CurlHttpClient().send({url, "GET", {}}, evidence, {});
+}
+
 QByteArray bodyOf(const HttpOutcome &outcome)
 {
     const auto *response = std::get_if<HttpResponse>(&outcome);
@@ -208,8 +215,7 @@ TEST_F(LoopbackOnly, noPacketLeavesOnARedirect)
         const LoopbackServer server(
             answering(QByteArray("HTTP/1.1 302 Go\r\nContent-Length: 5\r\nLocation: ") + location +
                       "\r\n\r\nfirst"));
-        EXPECT_EQ(bodyOf(CurlHttpClient().send({server.url(), "GET", {}}, {})), "first")
-            << location;
+        EXPECT_EQ(bodyOf(get(server.url())), "first") << location;
         EXPECT_EQ(watch.packetCount(), 0) << location;
     }
 }
@@ -218,7 +224,7 @@ TEST_F(LoopbackOnly, noPacketLeavesForAUrlElsewhere)
 {
     const Watch watch;
     for (const char *url : {"http://192.0.2.1/", "http://[2001:db8::1]/", "http://example.org/"})
-        CurlHttpClient().send({QString::fromLatin1(url), "GET", {}}, {});
+        get(QString::fromLatin1(url));
     EXPECT_EQ(watch.packetCount(), 0);
 }
 
@@ -233,7 +239,7 @@ TEST_F(LoopbackOnly, noPacketLeavesForLocalhostWhateverTheHostsFileSays)
     const Watch watch;
     const LoopbackServer server(answering("HTTP/1.1 200 OK\r\nContent-Length: 4\r\n\r\nhere"));
     const QString url = QStringLiteral("http://localhost:%1/").arg(server.port());
-    EXPECT_EQ(bodyOf(CurlHttpClient().send({url, "GET", {}}, {})), "here");
+    EXPECT_EQ(bodyOf(get(url)), "here");
     EXPECT_EQ(watch.packetCount(), 0);
     umount("/etc/hosts");
 }
