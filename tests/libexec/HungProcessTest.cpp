@@ -69,7 +69,7 @@ protected:
 
     void expectOneRow(const std::string &command, const BeforeExec &before) const
     {
-        const OddProcess other({"listen 127.0.0.1", {"x"}, program("plain"), asViewer()});
+        const OddProcess other({"listen 127.0.0.1", {"x"}, program("plain"), before});
         const std::string end = ':' + std::to_string(port());
         std::vector<std::vector<std::string>> hung;
         bool isOtherListed = false;

@@ -191,9 +191,6 @@ static void mountOn(const char *directory, uid_t user)
     char options[128];
     const uid_t own = geteuid();
     const gid_t group = getegid();
-    device = open("/dev/fuse", O_RDWR | O_CLOEXEC);
-    if (device < 0)
-        refuse("/dev/fuse");
     if (unshare(CLONE_NEWNS) != 0) {
         if (unshare(CLONE_NEWUSER | CLONE_NEWNS) != 0)
             refuse("unshare");
@@ -204,6 +201,10 @@ static void mountOn(const char *directory, uid_t user)
         close(groups);
         writeMap("/proc/self/gid_map", group);
     }
+    /* The kernel wants both in one user namespace. */
+    device = open("/dev/fuse", O_RDWR | O_CLOEXEC);
+    if (device < 0)
+        refuse("/dev/fuse");
     if (mount("none", "/", NULL, MS_REC | MS_PRIVATE, NULL) != 0)
         refuse("mount --make-rprivate");
     snprintf(options, sizeof options, "fd=%d,rootmode=40000,user_id=%u,group_id=%u,allow_other",
