@@ -3,8 +3,10 @@
 #include "scan/http/CurlRequest.h"
 #include "scan/http/TlsHello.h"
 
+#include <algorithm>
 #include <chrono>
 #include <utility>
+#include <vector>
 
 namespace tidewick
 {
@@ -12,7 +14,7 @@ namespace
 {
 
 constexpr auto attemptTime = std::chrono::seconds(1);
-constexpr int redirectLimit = 20;
+constexpr size_t redirectLimit = 5;
 
 } // namespace
 
@@ -31,7 +33,10 @@ HttpOutcome HttpAttempt::run(const HttpRequest &request) const
     if (!url)
         return HttpError{HttpError::unsupportedUrl};
     QByteArray method = request.method;
-    for (int redirects = 0; redirects <= redirectLimit; ++redirects) {
+    std::vector<LoopbackUrl> asked;
+    while (asked.size() <= redirectLimit &&
+           std::find(asked.begin(), asked.end(), *url) == asked.end()) {
+        asked.push_back(*url);
         const EasyHandle easy = newRequest(*url, method, request.userAgent, m_authorities);
         HttpAnswer answer(easy.get(), *url, method);
         const Clock::time_point start = Clock::now();

@@ -1,3 +1,5 @@
+#include "scan/http/CurlHttpClient.h"
+#include "scan/http/HttpProbe.h"
 #include "tests/scan/http/HttpExchange.h"
 #include "tests/support/LoopbackServer.h"
 #include "tests/support/TestText.h"
@@ -6,8 +8,10 @@
 
 #include <QElapsedTimer>
 
+using tidewick::CurlHttpClient;
 using tidewick::HttpError;
 using tidewick::HttpResponse;
+using tidewick::probeHttpService;
 
 struct LocationRow
 {
@@ -178,23 +182,52 @@ LoopbackServer::Behaviour countingDown()
     };
 }
 
-TEST(Redirect, follows20Redirects)
+TEST(Redirect, isFollowedFiveTimes)
 {
     const LoopbackServer server(countingDown());
-    EXPECT_EQ(responseOf(send(server.url(QStringLiteral("/20")))).body, "arrived");
+    EXPECT_EQ(responseOf(send(server.url(QStringLiteral("/5")))).body, "arrived");
 }
 
-TEST(Redirect, givesUpAtTheTwentyFirstRedirect)
+TEST(Redirect, isGivenUpTheSixthTime)
 {
     const LoopbackServer server(countingDown());
-    EXPECT_EQ(errorOf(send(server.url(QStringLiteral("/21")))), HttpError::tooManyRedirects);
-    EXPECT_EQ(server.connectionCount(), 21);
+    EXPECT_EQ(errorOf(send(server.url(QStringLiteral("/6")))), HttpError::tooManyRedirects);
+    EXPECT_EQ(server.connectionCount(), 6);
 }
 
-TEST(Redirect, leavesARedirectLoop)
+class RedirectLoop : public testing::TestWithParam<LocationRow>
+{
+};
+
+TEST_P(RedirectLoop, isLeftBeforeItAsksAgain)
+{
+    RequestLog log;
+    int port = 0;
+    const LoopbackServer server([&](LoopbackConnection &connection) {
+        const QByteArray head = connection.readHead();
+        log.add(head);
+        const bool isFirst = head.startsWith("GET / ");
+        connection.send(redirectTo(isFirst ? withPort(GetParam().location, port) : "/"));
+    });
+    port = server.port();
+    EXPECT_EQ(errorOf(send(server.url())), HttpError::tooManyRedirects);
+    const bool hasTwoUrls = GetParam().location == "/there";
+    EXPECT_EQ(log.heads().size(), hasTwoUrls ? 2U : 1U);
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Rows, RedirectLoop,
+    testing::Values(LocationRow{"itself", "/"}, LocationRow{"itsFragment", "/#a"},
+                    LocationRow{"itsWholeUrl", "http://127.0.0.1:PORT"},
+                    LocationRow{"anotherSpelling", "HTTP://alice@127.1:PORT/a/.."},
+                    LocationRow{"thereAndBack", "/there"}),
+    rowName);
+
+TEST(Redirect, toItselfCostsAProbeOneRequestAnAttempt)
 {
     const LoopbackServer server(answering(redirectTo("/")));
-    EXPECT_EQ(errorOf(send(server.url())), HttpError::tooManyRedirects);
+    probeHttpService(server.port(), CurlHttpClient(), {});
+    EXPECT_EQ(server.connectionCount(), 6);
 }
 
 TEST(Redirect, followsARedirectWithoutWaitingForItsPage)
@@ -208,9 +241,9 @@ TEST(Redirect, followsARedirectWithoutWaitingForItsPage)
 TEST(Redirect, givesAllItsRedirectsOneSecond)
 {
     const LoopbackServer server([](LoopbackConnection &connection) {
-        connection.readHead();
+        const QByteArray path = connection.readHead().split(' ').value(1);
         connection.pause(300);
-        connection.send(redirectTo("/"));
+        connection.send(redirectTo(path + "a"));
     });
     QElapsedTimer timer;
     timer.start();
