@@ -15,7 +15,8 @@ import settings_test
 TREE = os.environ["TREE"]
 README = os.path.join(os.path.dirname(__file__), "../../README.md")
 # What apt and dpkg keep of themselves, and what is no part of the tree.
-OTHERS = ("/proc", "/dev", "/run", "/tmp", "/var/cache/apt", "/var/lib/apt", "/var/log")
+OTHERS = ("/proc", "/dev", "/run", "/tmp", "/var/cache/apt", "/var/cache/debconf", "/var/lib/apt",
+          "/var/log")
 
 
 def in_tree(*command):
