@@ -98,7 +98,8 @@ StatusNotifierItem::StatusNotifierItem(ClickHandler clicked)
     for (const char *signal : {"StatusNotifierHostRegistered", "StatusNotifierHostUnregistered"})
         m_bus.connect(watcherName, watcherPath, watcherName, QLatin1String(signal), this,
                       SLOT(registerWithWatcher()));
-    registerWithWatcher();
+    // Not at once: whoever makes the item is connected to it only afterwards.
+    QMetaObject::invokeMethod(this, &StatusNotifierItem::registerWithWatcher, Qt::QueuedConnection);
 }
 
 StatusNotifierItem::~StatusNotifierItem()

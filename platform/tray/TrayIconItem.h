@@ -27,6 +27,7 @@ private:
     void send(QSystemTrayIcon::ActivationReason reason);
 
     ClickHandler m_clicked;
+    StatusItemState m_shown;
     QSystemTrayIcon m_icon;
     QMenu m_menu;
 };
