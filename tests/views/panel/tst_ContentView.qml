@@ -581,8 +581,11 @@ TestCase {
         machine.reduceMotion(true);
         press(0, "expand");
         tryCompare(findChild(card(0), "details"), "opacity", 1);
-        wait(500); // the height, too
-        machine.rememberPicture(card(0));
+        tryVerify(() => {
+            machine.rememberPicture(card(0));
+            wait(200);
+            return changes().length === 0;
+        });
         const texts = ["title", "Script", "directory"].map(name => findChild(card(0), name));
         const lines = texts.map(text => text.mapToItem(card(0), 0, 0, text.width, text.height));
 
@@ -590,11 +593,15 @@ TestCase {
         machine.panel.refresh();
         tryVerify(() => texts.every(text => text.text.length > 6));
         tryVerify(() => {
-            const places = machine.changedPlaces(card(0));
+            const places = changes();
             return lines.every(line => places.some(place => isWithin(place, line)));
         });
-        for (const place of machine.changedPlaces(card(0)))
-            verify(lines.some(line => isWithin(place, line)), place.x + ", " + place.y);
+        tryVerify(() => changes().every(place => lines.some(line => isWithin(place, line))));
+    }
+
+    // The strip below the last line is left out: there two pictures of one card may differ.
+    function changes() {
+        return machine.changedPlaces(card(0)).filter(place => place.y < card(0).height - 12);
     }
 
     function isWithin(place, line) {
