@@ -42,11 +42,7 @@ TrayIconItem::TrayIconItem(ClickHandler clicked) : m_clicked(std::move(clicked))
 
 void TrayIconItem::show(const StatusItemState &state)
 {
-    const StatusItemState before = std::exchange(m_shown, state);
     if (state.image.isNull())
-        return;
-    m_icon.setToolTip(state.toolTipTitle + QLatin1Char('\n') + state.toolTipText);
-    if (state.image == before.image && state.points == before.points && state.title == before.title)
         return;
     QIcon icon;
     for (const int side : statusIconSides) {
@@ -56,6 +52,7 @@ void TrayIconItem::show(const StatusItemState &state)
         icon.addPixmap(QPixmap::fromImage(image));
     }
     m_icon.setIcon(icon);
+    m_icon.setToolTip(state.toolTipTitle + QLatin1Char('\n') + state.toolTipText);
     m_icon.show();
 }
 

@@ -27,7 +27,6 @@ private:
     void send(QSystemTrayIcon::ActivationReason reason);
 
     ClickHandler m_clicked;
-    StatusItemState m_shown;
     QSystemTrayIcon m_icon;
     QMenu m_menu;
 };

@@ -102,3 +102,17 @@ TEST(StatusNotifierItemAdaptor, signalsOnlyWhatChanged)
     EXPECT_EQ(sent, QStringList(
                         {QStringLiteral("icon"), QStringLiteral("tooltip"), QStringLiteral("3")}));
 }
+
+TEST(StatusNotifierItem, tellsOfTheHostWhenItsMakerListens)
+{
+    // Without a bus the answer is there at once.
+    const QByteArray address = qgetenv("DBUS_SESSION_BUS_ADDRESS");
+    qputenv("DBUS_SESSION_BUS_ADDRESS", "unix:path=/nonexistent");
+    StatusNotifierItem item([](const ClickEvent & /*event*/) {});
+    qputenv("DBUS_SESSION_BUS_ADDRESS", address);
+    bool isTold = false;
+    QObject::connect(&item, &StatusNotifierItem::hostChanged, &item, [&] { isTold = true; });
+    EXPECT_TRUE(waitUntil([&] { return isTold; }));
+    EXPECT_FALSE(item.hasWatcher());
+    EXPECT_FALSE(item.hasHost());
+}
