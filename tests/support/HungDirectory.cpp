@@ -34,11 +34,17 @@ void answerToInit(int device, const fuse_in_header &request)
     [[maybe_unused]] const ssize_t written = write(device, &answer, sizeof answer);
 }
 
-/// Takes every request, so that nobody who asked can be killed any more.
-[[noreturn]] void takeRequests(int device)
+/// Takes every request, so that nobody who asked can be killed any more. Holds no descriptor but the
+/// device: whoever waits for the end of the test program's output does not wait for this process.
+[[noreturn]] void takeRequests(int opened, pid_t parent)
 {
+    constexpr int device = 0;
+    dup2(opened, device);
+    close_range(device + 1, ~0U, 0);
     alarm(longestLife);
     prctl(PR_SET_PDEATHSIG, SIGKILL);
+    if (getppid() != parent)
+        _exit(0); // it ended before it could be watched
     alignas(fuse_in_header) std::array<char, 1 << 17> request{};
     for (;;) {
         const ssize_t size = read(device, request.data(), request.size());
@@ -64,8 +70,9 @@ QString mountHungDirectory()
     if (mount("none", "/", nullptr, MS_REC | MS_PRIVATE, nullptr) != 0 ||
         mount("hung", directory, "fuse", MS_NOSUID | MS_NODEV, options.c_str()) != 0)
         return {};
+    const pid_t parent = getpid();
     if (fork() == 0)
-        takeRequests(device);
+        takeRequests(device, parent);
     close(device);
     return QString::fromLatin1(directory);
 }
