@@ -21,9 +21,17 @@ int wakeDescriptor = -1;
 void wakeMainThread(int /*signalNumber*/)
 {
     const int savedError = errno;
+    if (const unsigned left = alarm(TerminationSignals::secondsToEnd); left > 0)
+        alarm(left); // the first signal's
     const eventfd_t one = 1;
     [[maybe_unused]] const ssize_t written = write(wakeDescriptor, &one, sizeof one);
     errno = savedError;
+}
+
+void endProgram(int /*signalNumber*/)
+{
+    signal(SIGTERM, SIG_DFL);
+    raise(SIGTERM);
 }
 
 void setHandlers(void (*handler)(int))
@@ -50,6 +58,7 @@ TerminationSignals::TerminationSignals(QObject *parent) : QObject(parent)
         eventfd_read(wakeDescriptor, &count);
         Q_EMIT received();
     });
+    signal(SIGALRM, endProgram); // for good: a program that is stuck in its last lines ends, too
     setHandlers(wakeMainThread);
 }
 

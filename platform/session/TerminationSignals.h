@@ -13,6 +13,10 @@ class TerminationSignals : public QObject
     Q_OBJECT
 
 public:
+    /// A program that has not ended so long after the first signal is stuck, and SIGTERM ends it.
+    /// Quitting takes half a second.
+    static constexpr unsigned secondsToEnd = 10;
+
     explicit TerminationSignals(QObject *parent = nullptr);
     ~TerminationSignals() override;
     Q_DISABLE_COPY_MOVE(TerminationSignals)
