@@ -4,11 +4,13 @@
 #include "platform/tray/StatusItemImage.h"
 #include "platform/tray/StatusNotifierItemAdaptor.h"
 
+#include <QCoreApplication>
 #include <QCoroDBusPendingReply>
 #include <QDBusConnectionInterface>
 #include <QDBusMessage>
 #include <QDBusPendingReply>
 #include <QDBusServiceWatcher>
+#include <QDir>
 #include <QFile>
 #include <QPointer>
 
@@ -24,6 +26,23 @@ const QString itemPath = QStringLiteral("/StatusNotifierItem");
 const QString menuPath = QStringLiteral("/StatusNotifierItem/Menu");
 const QString watcherName = QStringLiteral("org.kde.StatusNotifierWatcher");
 const QString watcherPath = QStringLiteral("/StatusNotifierWatcher");
+
+const QString iconName = QStringLiteral("org.tidewick.Tidewick-status");
+
+/// The directory of icon themes beside the program, where the icon is even if no theme that the
+/// host knows has it.
+QString iconThemePath()
+{
+    return QDir::cleanPath(QCoreApplication::applicationDirPath() +
+                           QStringLiteral("/../share/icons"));
+}
+
+QDBusConnection connection(const QString &address)
+{
+    return address.isEmpty()
+               ? QDBusConnection::connectToBus(QDBusConnection::SessionBus, connectionName)
+               : QDBusConnection::connectToBus(address, connectionName);
+}
 
 QString processName(uint pid)
 {
@@ -59,30 +78,9 @@ QDBusMessage hostQuestion()
 
 } // namespace
 
-NumberStyle numberStyle(const QString &processName)
-{
-    if (processName == QLatin1String("gnome-shell") ||
-        processName.startsWith(QLatin1String("ayatana-")))
-        return NumberStyle::label;
-    // MATE would show a label too, but drops the icon of an item that has one.
-    if (processName == QLatin1String("mate-panel") ||      // the applet in the panel's own process
-        processName == QLatin1String("notification-ar") || // and in one of its own
-        processName == QLatin1String("waybar"))
-        return NumberStyle::wide;
-    return NumberStyle::square;
-}
-
-KeyNames keyNames(const QString &processName)
-{
-    const bool isQt = processName == QLatin1String("lxqt-panel") ||
-                      processName == QLatin1String("plasmashell") ||
-                      processName.startsWith(QLatin1String("kded"));
-    return isQt ? KeyNames::qt : KeyNames::keysym;
-}
-
-StatusNotifierItem::StatusNotifierItem(ClickHandler clicked)
+StatusNotifierItem::StatusNotifierItem(ClickHandler clicked, const QString &busAddress)
     : m_clicked(std::move(clicked)),
-      m_bus(QDBusConnection::connectToBus(QDBusConnection::SessionBus, connectionName)),
+      m_bus(connection(busAddress)),
       m_menuObject(std::make_unique<DBusObject>()),
       m_menu(new DBusMenu(m_menuObject.get()))
 {
@@ -94,7 +92,7 @@ StatusNotifierItem::StatusNotifierItem(ClickHandler clicked)
     connect(watcher, &QDBusServiceWatcher::serviceRegistered, this,
             &StatusNotifierItem::registerWithWatcher);
     connect(watcher, &QDBusServiceWatcher::serviceUnregistered, this,
-            [this] { setHost(false, false); });
+            [this] { setPresence(false, false); });
     for (const char *signal : {"StatusNotifierHostRegistered", "StatusNotifierHostUnregistered"})
         m_bus.connect(watcherName, watcherPath, watcherName, QLatin1String(signal), this,
                       SLOT(registerWithWatcher()));
@@ -121,34 +119,32 @@ QCoro::Task<> StatusNotifierItem::registerItem()
     if (!self)
         co_return;
     if (!process.isValid()) {
-        setHost(false, false);
+        setPresence(false, false);
         co_return;
     }
     const QString host = processName(process.value());
     qCDebug(platformLog) << "status notifier items are listed by" << host;
-    m_menu->setKeyNames(keyNames(host));
-    setStyle(numberStyle(host));
+    setHost(trayHost(host));
 
     const QDBusPendingReply<> registration = m_bus.asyncCall(registrationOf(m_bus.baseService()));
     co_await registration;
     if (!self)
         co_return;
     if (!registration.isValid()) {
-        setHost(false, false);
+        setPresence(false, false);
         co_return;
     }
 
     const QDBusPendingReply<QDBusVariant> hasHost = m_bus.asyncCall(hostQuestion());
     co_await hasHost;
     if (self)
-        setHost(true, hasHost.isValid() && hasHost.value().variant().toBool());
+        setPresence(true, hasHost.isValid() && hasHost.value().variant().toBool());
 }
 
-void StatusNotifierItem::setStyle(NumberStyle style)
+void StatusNotifierItem::setHost(const TrayHost &host)
 {
-    const bool hadLabel = m_style == NumberStyle::label;
-    m_style = style;
-    if (hadLabel != (style == NumberStyle::label))
+    m_menu->setKeyNames(host.keys);
+    if (std::exchange(m_host, host) != host)
         exportItem();
     redraw();
 }
@@ -158,15 +154,17 @@ void StatusNotifierItem::exportItem()
     m_bus.unregisterObject(itemPath);
     m_itemObject = std::make_unique<QObject>();
     const QDBusObjectPath menu(menuPath);
-    m_item = m_style == NumberStyle::label
+    m_item = m_host.number == NumberStyle::label
                  ? new LabelledItemAdaptor(m_itemObject.get(), menu)
                  : new StatusNotifierItemAdaptor(m_itemObject.get(), menu);
+    if (!m_host.takesPixels)
+        m_item->setIconName(iconName, iconThemePath());
     m_item->setClicked([this](QPoint position) { m_clicked({ClickType::leftMouseUp, position}); });
     m_item->setToolTip(m_state.toolTipTitle, m_state.toolTipText);
     m_bus.registerObject(itemPath, m_itemObject.get(), QDBusConnection::ExportAdaptors);
 }
 
-void StatusNotifierItem::setHost(bool hasWatcher, bool hasHost)
+void StatusNotifierItem::setPresence(bool hasWatcher, bool hasHost)
 {
     qCDebug(platformLog) << "status notifier items: listed" << hasWatcher << "shown" << hasHost;
     m_hasWatcher = hasWatcher;
@@ -183,7 +181,12 @@ void StatusNotifierItem::show(const StatusItemState &state)
 
 void StatusNotifierItem::openMenu(const QList<MenuItem> &items)
 {
-    m_menu->setItems(items);
+    QList<MenuItem> entries = items;
+    if (!m_host.activates)
+        entries.prepend({QStringLiteral("Show Tidewick"), {}, [this] {
+                             m_clicked({ClickType::leftMouseUp, {}});
+                         }});
+    m_menu->setItems(entries);
 }
 
 void StatusNotifierItem::redraw()
@@ -191,9 +194,9 @@ void StatusNotifierItem::redraw()
     if (m_state.image.isNull())
         return;
     const auto draw = [this](int side) {
-        if (m_state.title.text.isEmpty() || m_style == NumberStyle::label)
+        if (m_state.title.text.isEmpty() || m_host.number == NumberStyle::label)
             return plainStatusImage(m_state.image, m_state.points, side);
-        if (m_style == NumberStyle::wide)
+        if (m_host.number == NumberStyle::wide)
             return wideStatusImage(m_state.image, m_state.points, m_state.title, side);
         return badgedStatusImage(m_state.image, m_state.points, m_state.title, side);
     };
@@ -201,7 +204,7 @@ void StatusNotifierItem::redraw()
     for (const int side : statusIconSides)
         icon.append(DBusPixmap::fromImage(draw(side)));
     m_item->setIcon(icon);
-    m_item->setLabel(m_style == NumberStyle::label ? m_state.title.text : QString());
+    m_item->setLabel(m_host.number == NumberStyle::label ? m_state.title.text : QString());
 }
 
 } // namespace tidewick

@@ -38,6 +38,12 @@ StatusNotifierItemAdaptor::StatusNotifierItemAdaptor(QObject *parent, QDBusObjec
     Q_UNUSED(registered)
 }
 
+void StatusNotifierItemAdaptor::setIconName(const QString &name, const QString &themePath)
+{
+    m_iconName = name;
+    m_iconThemePath = themePath;
+}
+
 void StatusNotifierItemAdaptor::setIcon(const QList<DBusPixmap> &icon)
 {
     if (m_icon == icon)

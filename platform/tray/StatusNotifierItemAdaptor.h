@@ -65,8 +65,8 @@ class StatusNotifierItemAdaptor : public QDBusAbstractAdaptor
     Q_PROPERTY(QString Title READ title CONSTANT)
     Q_PROPERTY(QString Status READ status CONSTANT)
     Q_PROPERTY(int WindowId READ windowId CONSTANT)
-    Q_PROPERTY(QString IconName READ noName CONSTANT)
-    Q_PROPERTY(QString IconThemePath READ noName CONSTANT)
+    Q_PROPERTY(QString IconName READ iconName CONSTANT)
+    Q_PROPERTY(QString IconThemePath READ iconThemePath CONSTANT)
     Q_PROPERTY(QList<tidewick::DBusPixmap> IconPixmap READ icon)
     Q_PROPERTY(QString OverlayIconName READ noName CONSTANT)
     Q_PROPERTY(QList<tidewick::DBusPixmap> OverlayIconPixmap READ noIcon CONSTANT)
@@ -80,6 +80,9 @@ class StatusNotifierItemAdaptor : public QDBusAbstractAdaptor
 public:
     StatusNotifierItemAdaptor(QObject *parent, QDBusObjectPath menu);
 
+    /// For a host that takes no pixels; to others the name would win over the pixels, which hold
+    /// the number. To be called before the host sees the item.
+    void setIconName(const QString &name, const QString &themePath);
     void setIcon(const QList<DBusPixmap> &icon);
     void setLabel(const QString &label);
     void setToolTip(const QString &title, const QString &text);
@@ -92,8 +95,9 @@ public:
     QString title() const { return QStringLiteral("Tidewick"); }
     QString status() const { return QStringLiteral("Active"); }
     int windowId() const { return 0; }
-    /// Empty: a name would win over the pixels, which hold the number.
     QString noName() const { return {}; }
+    QString iconName() const { return m_iconName; }
+    QString iconThemePath() const { return m_iconThemePath; }
     QList<DBusPixmap> icon() const { return m_icon; }
     QList<DBusPixmap> noIcon() const { return {}; }
     DBusToolTip toolTip() const { return m_toolTip; }
@@ -126,6 +130,8 @@ private:
     std::function<void(QPoint)> m_clicked;
     QElapsedTimer m_sinceClick;
     QDBusObjectPath m_menu;
+    QString m_iconName;
+    QString m_iconThemePath;
     QList<DBusPixmap> m_icon;
     QString m_label;
     DBusToolTip m_toolTip;

@@ -15,6 +15,7 @@ public:
     ~PrivateBus();
     Q_DISABLE_COPY_MOVE(PrivateBus)
 
+    const QString &address() const { return m_address; }
     /// A new connection, open until `disconnect` or the end of the bus.
     QDBusConnection connect();
     static void disconnect(const QDBusConnection &connection);

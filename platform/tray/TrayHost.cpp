@@ -1,0 +1,47 @@
+#include "platform/tray/TrayHost.h"
+
+#include <algorithm>
+#include <array>
+
+namespace tidewick
+{
+namespace
+{
+
+struct KnownHost
+{
+    QLatin1String beginning; // of the process's name
+    TrayHost host;
+};
+
+constexpr TrayHost labelled{.number = NumberStyle::label};
+constexpr TrayHost wide{.number = NumberStyle::wide};
+constexpr TrayHost qt{.keys = KeyNames::qt};
+
+/// The indicator service, whose bars draw a menu and nothing else.
+constexpr TrayHost menuOnly{.number = NumberStyle::label, .takesPixels = false, .activates = false};
+
+const auto knownHosts = std::to_array<KnownHost>({
+    {QLatin1String("gnome-shell"), labelled},
+    {QLatin1String("ayatana-"), menuOnly},
+    // MATE would show a label too, but drops the icon of an item that has one.
+    {QLatin1String("mate-panel"), wide},      // the applet in the panel's own process
+    {QLatin1String("notification-ar"), wide}, // and in one of its own
+    {QLatin1String("waybar"), wide},
+    {QLatin1String("lxqt-panel"), qt},
+    {QLatin1String("plasmashell"), qt},
+    {QLatin1String("kded"), qt},
+});
+
+} // namespace
+
+TrayHost trayHost(const QString &processName)
+{
+    const auto known =
+        std::find_if(knownHosts.begin(), knownHosts.end(), [&processName](const KnownHost &one) {
+            return processName.startsWith(one.beginning);
+        });
+    return known == knownHosts.end() ? TrayHost{} : known->host;
+}
+
+} // namespace tidewick

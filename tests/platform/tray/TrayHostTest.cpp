@@ -1,0 +1,40 @@
+#include "platform/tray/TrayHost.h"
+#include "tests/support/TestText.h"
+
+#include <gtest/gtest.h>
+
+using namespace tidewick;
+
+struct HostRow
+{
+    const char *name;
+    const char *process;
+    TrayHost host;
+};
+
+class TrayHostOf : public testing::TestWithParam<HostRow>
+{
+};
+
+TEST_P(TrayHostOf, isKnownByItsProcess)
+{
+    EXPECT_EQ(trayHost(QString::fromUtf8(GetParam().process)), GetParam().host);
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Rows, TrayHostOf,
+    testing::Values(HostRow{"gnome", "gnome-shell", {.number = NumberStyle::label}},
+                    HostRow{
+                        "ayatana",
+                        "ayatana-indicat",
+                        {.number = NumberStyle::label, .takesPixels = false, .activates = false}},
+                    HostRow{"mate", "mate-panel", {.number = NumberStyle::wide}},
+                    HostRow{"mateApplet", "notification-ar", {.number = NumberStyle::wide}},
+                    HostRow{"waybar", "waybar", {.number = NumberStyle::wide}},
+                    HostRow{"xfce", "panel-2-systray", {}},
+                    HostRow{"lxqt", "lxqt-panel", {.keys = KeyNames::qt}},
+                    HostRow{"plasma", "plasmashell", {.keys = KeyNames::qt}},
+                    HostRow{"plasma5", "kded5", {.keys = KeyNames::qt}},
+                    HostRow{"plasma6", "kded6", {.keys = KeyNames::qt}},
+                    HostRow{"unknown", "", {}}),
+    rowName);
