@@ -47,11 +47,13 @@ struct MenuItem
 enum class ClickType { leftMouseUp, rightMouseUp };
 
 /// A click and its position, if the tray reports one. Trays report different positions: in the
-/// desktop's coordinates, in those of the bar, or useless ones.
+/// desktop's coordinates, counted in points or in the screen's pixels, in those of the bar, or
+/// useless ones.
 struct ClickEvent
 {
     ClickType type = ClickType::leftMouseUp;
     std::optional<QPoint> position;
+    bool isInPixels = false;
 };
 
 /// The program's place in the desktop's status bar: an icon, a text beside it, and one action for

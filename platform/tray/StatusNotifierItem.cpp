@@ -159,7 +159,9 @@ void StatusNotifierItem::exportItem()
                  : new StatusNotifierItemAdaptor(m_itemObject.get(), menu);
     if (!m_host.takesPixels)
         m_item->setIconName(iconName, iconThemePath());
-    m_item->setClicked([this](QPoint position) { m_clicked({ClickType::leftMouseUp, position}); });
+    m_item->setClicked([this](QPoint position) {
+        m_clicked({ClickType::leftMouseUp, position, m_host.countsPixels});
+    });
     m_item->setToolTip(m_state.toolTipTitle, m_state.toolTipText);
     m_bus.registerObject(itemPath, m_itemObject.get(), QDBusConnection::ExportAdaptors);
 }

@@ -14,23 +14,24 @@ struct KnownHost
     TrayHost host;
 };
 
-constexpr TrayHost labelled{.number = NumberStyle::label};
+constexpr TrayHost gnome{.number = NumberStyle::label, .countsPixels = true};
 constexpr TrayHost wide{.number = NumberStyle::wide};
-constexpr TrayHost qt{.keys = KeyNames::qt};
+constexpr TrayHost lxqt{.keys = KeyNames::qt};
+constexpr TrayHost plasma{.keys = KeyNames::qt, .countsPixels = true};
 
 /// The indicator service, whose bars draw a menu and nothing else.
 constexpr TrayHost menuOnly{.number = NumberStyle::label, .takesPixels = false, .activates = false};
 
 const auto knownHosts = std::to_array<KnownHost>({
-    {QLatin1String("gnome-shell"), labelled},
+    {QLatin1String("gnome-shell"), gnome},
     {QLatin1String("ayatana-"), menuOnly},
     // MATE would show a label too, but drops the icon of an item that has one.
     {QLatin1String("mate-panel"), wide},      // the applet in the panel's own process
     {QLatin1String("notification-ar"), wide}, // and in one of its own
     {QLatin1String("waybar"), wide},
-    {QLatin1String("lxqt-panel"), qt},
-    {QLatin1String("plasmashell"), qt},
-    {QLatin1String("kded"), qt},
+    {QLatin1String("lxqt-panel"), lxqt},
+    {QLatin1String("plasmashell"), plasma},
+    {QLatin1String("kded"), plasma},
 });
 
 } // namespace

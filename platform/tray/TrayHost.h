@@ -16,8 +16,9 @@ struct TrayHost
 {
     NumberStyle number = NumberStyle::square;
     KeyNames keys = KeyNames::keysym;
-    bool takesPixels = true; // else it draws the icon by its name only
-    bool activates = true;   // else every click opens the menu
+    bool takesPixels = true;   // else it draws the icon by its name only
+    bool activates = true;     // else every click opens the menu
+    bool countsPixels = false; // in what it tells of a click; else points
 
     friend bool operator==(const TrayHost &, const TrayHost &) = default;
 };

@@ -32,18 +32,54 @@ bool isOnEdge(QPoint point, const QList<ScreenArea> &screens)
     });
 }
 
-ScreenArea screenOf(QPoint point, const QList<ScreenArea> &screens)
+/// The same place in points. Outside all screens it stays what it is.
+QPoint fromPixels(QPoint place, const QList<ScreenArea> &screens)
 {
     for (const ScreenArea &screen : screens) {
-        if (screen.whole.contains(point))
-            return screen;
+        const QPoint corner = screen.whole.topLeft();
+        if (QRectF(corner, QSizeF(screen.whole.size()) * screen.pixelsPerPoint).contains(place))
+            return corner + ((QPointF(place) - corner) / screen.pixelsPerPoint).toPoint();
     }
-    return screens.value(0);
+    return place;
+}
+
+/// What the tray may mean, the likely first.
+QList<QPoint> readingsOf(const ItemTraces &traces)
+{
+    if (!traces.told || traces.told->isNull())
+        return {};
+    QList<QPoint> readings{*traces.told, fromPixels(*traces.told, traces.screens)};
+    if (traces.isToldInPixels)
+        readings.swapItemsAt(0, 1);
+    return readings;
+}
+
+const ScreenArea *screenOf(QPoint point, const QList<ScreenArea> &screens)
+{
+    const auto screen =
+        std::find_if(screens.begin(), screens.end(),
+                     [point](const ScreenArea &one) { return one.whole.contains(point); });
+    return screen == screens.end() ? nullptr : &*screen;
+}
+
+/// The edge at which a bar takes room. Of several bars, the one with the status items is more often
+/// the upper one.
+std::optional<Edge> barEdge(const ScreenArea &screen)
+{
+    if (screen.available.top() > screen.whole.top())
+        return Edge::top;
+    if (screen.available.bottom() < screen.whole.bottom())
+        return Edge::bottom;
+    if (screen.available.left() > screen.whole.left())
+        return Edge::left;
+    if (screen.available.right() < screen.whole.right())
+        return Edge::right;
+    return std::nullopt;
 }
 
 /// Only the nearest edge tells where a bar is that reserves no room. In a corner the bar counts as
 /// horizontal, as most are.
-Edge edgeWithoutRoom(QPoint anchor, const QRect &whole)
+std::optional<Edge> nearEdge(QPoint anchor, const QRect &whole)
 {
     const int above = anchor.y() - whole.top();
     const int below = whole.bottom() - anchor.y();
@@ -53,10 +89,11 @@ Edge edgeWithoutRoom(QPoint anchor, const QRect &whole)
         return Edge::left;
     if (whole.right() - anchor.x() <= edgeStrip)
         return Edge::right;
-    return above <= below ? Edge::top : Edge::bottom;
+    return std::nullopt;
 }
 
-Edge edgeOf(QPoint anchor, const ScreenArea &screen)
+/// The edge whose bar holds the anchor.
+std::optional<Edge> edgeOf(QPoint anchor, const ScreenArea &screen)
 {
     if (anchor.y() < screen.available.top())
         return Edge::top;
@@ -66,29 +103,50 @@ Edge edgeOf(QPoint anchor, const ScreenArea &screen)
         return Edge::left;
     if (anchor.x() > screen.available.right())
         return Edge::right;
-    return edgeWithoutRoom(anchor, screen.whole);
+    return nearEdge(anchor, screen.whole);
 }
 
-/// The part of the free area beyond an item at `anchor` on a bar at `edge`.
-QRect roomBeside(QPoint anchor, Edge edge, const ScreenArea &screen)
+bool isHorizontal(Edge edge)
 {
-    QRect room = screen.available;
-    const int reach = room.contains(anchor) ? itemReach : 0;
+    return edge == Edge::top || edge == Edge::bottom;
+}
+
+/// The part of `free` that is clear of a bar at `edge`.
+QRect roomAt(Edge edge, QRect free)
+{
     switch (edge) {
     case Edge::top:
-        room.setTop(std::max(room.top(), anchor.y() + reach) + barGap);
+        return free.adjusted(0, barGap, 0, 0);
+    case Edge::bottom:
+        return free.adjusted(0, 0, 0, -barGap);
+    case Edge::left:
+        return free.adjusted(barGap, 0, 0, 0);
+    case Edge::right:
+        return free.adjusted(0, 0, -barGap, 0);
+    }
+    return free;
+}
+
+/// The part of `free` beyond an item in it, on a bar at `edge` that takes no room.
+QRect freeBeyond(QPoint anchor, Edge edge, QRect free)
+{
+    if (!free.contains(anchor))
+        return free;
+    switch (edge) {
+    case Edge::top:
+        free.setTop(anchor.y() + itemReach);
         break;
     case Edge::bottom:
-        room.setBottom(std::min(room.bottom(), anchor.y() - reach) - barGap);
+        free.setBottom(anchor.y() - itemReach);
         break;
     case Edge::left:
-        room.setLeft(std::max(room.left(), anchor.x() + reach) + barGap);
+        free.setLeft(anchor.x() + itemReach);
         break;
     case Edge::right:
-        room.setRight(std::min(room.right(), anchor.x() - reach) - barGap);
+        free.setRight(anchor.x() - itemReach);
         break;
     }
-    return room;
+    return free;
 }
 
 /// The position nearest to `wanted` at which a popover of `size` lies within `room`, or the
@@ -100,15 +158,71 @@ QPoint clamped(QPoint wanted, QSize size, const QRect &room)
             std::clamp(wanted.y(), room.top(), room.top() + slack.height())};
 }
 
+/// Against the bar at `edge`, and along it as near to `anchor` as `room` allows.
+QPoint positionInRoom(QSize size, QPoint anchor, Edge edge, const ScreenArea &screen,
+                      const QRect &room)
+{
+    QPoint wanted = anchor - QPoint(size.width() / 2, size.height() / 2);
+    if (isHorizontal(edge))
+        wanted.setY(edge == Edge::top ? room.top() : room.bottom() - size.height() + 1);
+    else
+        wanted.setX(edge == Edge::left ? room.left() : room.right() - size.width() + 1);
+    return clamped(clamped(wanted, size, room), size, screen.available);
+}
+
+/// Where a stretch of `length` leaves `point` out: `wanted` if it does, else before or after the
+/// point, wherever there is room between `first` and `last`.
+int clearOf(int point, int wanted, int length, int first, int last)
+{
+    if (point < wanted || point >= wanted + length)
+        return wanted;
+    const int before = point - itemReach - barGap - length;
+    const int after = point + itemReach + barGap;
+    if (before >= first)
+        return before;
+    return after + length - 1 <= last ? after : wanted;
+}
+
+/// Moved along the bar at `edge` until the pointer at `anchor` is not on the popover.
+QPoint clearOfPointer(QPoint position, QSize size, QPoint anchor, Edge edge, const QRect &available)
+{
+    if (!QRect(position, size).contains(anchor))
+        return position;
+    if (isHorizontal(edge))
+        position.setX(
+            clearOf(anchor.x(), position.x(), size.width(), available.left(), available.right()));
+    else
+        position.setY(
+            clearOf(anchor.y(), position.y(), size.height(), available.top(), available.bottom()));
+    return position;
+}
+
+QPoint positionAtEnd(QSize size, const ScreenArea &screen)
+{
+    const Edge edge = barEdge(screen).value_or(Edge::top);
+    const QRect free = screen.available;
+    const QPoint end = edge == Edge::top    ? free.topRight()
+                       : edge == Edge::left ? free.bottomLeft()
+                                            : free.bottomRight();
+    const QRect room = roomAt(edge, free);
+    return positionInRoom(size, end, edge, screen, room);
+}
+
 } // namespace
 
 std::optional<QPoint> itemAnchor(const ItemTraces &traces)
 {
-    const bool isTold = traces.told && !traces.told->isNull();
-    if (traces.pointer && (traces.isClick || (isTold && isNear(*traces.pointer, *traces.told))))
+    const auto readings = readingsOf(traces);
+    const auto isNearPointer = [&traces](QPoint place) {
+        return isNear(*traces.pointer, place);
+    };
+    if (traces.pointer &&
+        (traces.isClick || std::any_of(readings.begin(), readings.end(), isNearPointer)))
         return traces.pointer;
-    if (isTold && isOnEdge(*traces.told, traces.screens))
-        return traces.told;
+    for (const QPoint place : readings) {
+        if (isOnEdge(place, traces.screens))
+            return place;
+    }
     if (traces.pointer && isOnEdge(*traces.pointer, traces.screens))
         return traces.pointer;
     const bool isStillThere = traces.last && isOnEdge(*traces.last, traces.screens);
@@ -117,18 +231,18 @@ std::optional<QPoint> itemAnchor(const ItemTraces &traces)
 
 QPoint popoverPosition(QSize size, std::optional<QPoint> anchor, const QList<ScreenArea> &screens)
 {
-    const ScreenArea screen = anchor ? screenOf(*anchor, screens) : screens.value(0);
-    const QPoint point = anchor.value_or(screen.available.topRight());
-    const Edge edge = anchor ? edgeOf(point, screen) : Edge::top;
-    const bool isHorizontal = edge == Edge::top || edge == Edge::bottom;
-    const QRect room =
-        anchor ? roomBeside(point, edge, screen) : screen.available.adjusted(0, barGap, 0, 0);
-    QPoint wanted = point - QPoint(size.width() / 2, size.height() / 2);
-    if (isHorizontal)
-        wanted.setY(edge == Edge::top ? room.top() : room.bottom() - size.height() + 1);
-    else
-        wanted.setX(edge == Edge::left ? room.left() : room.right() - size.width() + 1);
-    return clamped(clamped(wanted, size, room), size, screen.available);
+    const ScreenArea *const screen = anchor ? screenOf(*anchor, screens) : nullptr;
+    if (screen == nullptr)
+        return positionAtEnd(size, screens.value(0));
+    const QRect free = screen->available;
+    const auto itsEdge = edgeOf(*anchor, *screen);
+    const auto bar = itsEdge ? itsEdge : barEdge(*screen);
+    const bool isInUpperHalf = anchor->y() <= screen->whole.center().y();
+    const Edge edge = bar.value_or(isInUpperHalf ? Edge::top : Edge::bottom);
+    const bool isAtBar = bar && !itsEdge;
+    const QRect room = roomAt(edge, isAtBar ? free : freeBeyond(*anchor, edge, free));
+    const QPoint position = positionInRoom(size, *anchor, edge, *screen, room);
+    return clearOfPointer(position, size, *anchor, edge, free);
 }
 
 } // namespace tidewick

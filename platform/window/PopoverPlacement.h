@@ -10,11 +10,13 @@
 namespace tidewick
 {
 
-/// A screen: all of it, and what the bars on it leave free.
+/// A screen: all of it, and what the bars on it leave free, in points. Its pixels begin at the same
+/// numbers as its points.
 struct ScreenArea
 {
     QRect whole;
     QRect available;
+    qreal pixelsPerPoint = 1;
 };
 
 /// What is known about the place of the status item, in points of the whole desktop.
@@ -29,6 +31,8 @@ struct ItemTraces
     std::optional<QPoint> told;
     /// The place where the item was found last.
     std::optional<QPoint> last;
+    /// The tray counts pixels. If that makes no sense, it counts points, and the other way round.
+    bool isToldInPixels = false;
 };
 
 /// A point on the status item; nothing if none of the facts can be believed. If the pointer is far
@@ -36,8 +40,9 @@ struct ItemTraces
 std::optional<QPoint> itemAnchor(const ItemTraces &traces);
 
 /// The upper left corner of a popover of `size`. It is 6 points from the bar that holds the anchor,
-/// at whichever edge, and within the free area of that screen. Without an anchor it is in the upper
-/// right corner of the primary screen.
+/// at whichever edge, and within the free area of that screen. If the anchor is in the middle of
+/// the screen, as in a popup of the bar, the popover is at the bar and beside the anchor, so that
+/// the pointer is not on it. Without an anchor it is at the end of the primary screen's bar.
 QPoint popoverPosition(QSize size, std::optional<QPoint> anchor, const QList<ScreenArea> &screens);
 
 } // namespace tidewick

@@ -31,7 +31,7 @@ QList<ScreenArea> screenAreas()
     QList<ScreenArea> areas;
     const QScreen *const primary = QGuiApplication::primaryScreen();
     for (const QScreen *const screen : QGuiApplication::screens()) {
-        areas.append({screen->geometry(), screen->availableGeometry()});
+        areas.append({screen->geometry(), screen->availableGeometry(), screen->devicePixelRatio()});
         if (screen == primary)
             areas.swapItemsAt(0, areas.size() - 1);
     }
@@ -103,8 +103,12 @@ void PopoverWindow::place(const std::optional<ClickEvent> &event)
                             Qt::WindowSystemMenuHint | Qt::WindowCloseButtonHint);
     const auto screens = screenAreas();
     if (event)
-        m_anchor = itemAnchor(
-            {screens, pointerPlace(m_buttons), m_buttons.isClicking(), event->position, m_anchor});
+        m_anchor = itemAnchor({.screens = screens,
+                               .pointer = pointerPlace(m_buttons),
+                               .isClick = m_buttons.isClicking(),
+                               .told = event->position,
+                               .last = m_anchor,
+                               .isToldInPixels = event->isInPixels});
     const auto place = popoverPosition(size(), isBeside ? m_anchor : std::nullopt, screens);
     qCDebug(platformLog) << "panel at" << place << "beside" << m_anchor.value_or(QPoint());
     isBeside ? setPosition(place) : setFramePosition(place);

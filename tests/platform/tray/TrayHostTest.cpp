@@ -23,18 +23,18 @@ TEST_P(TrayHostOf, isKnownByItsProcess)
 
 INSTANTIATE_TEST_SUITE_P(
     Rows, TrayHostOf,
-    testing::Values(HostRow{"gnome", "gnome-shell", {.number = NumberStyle::label}},
-                    HostRow{
-                        "ayatana",
-                        "ayatana-indicat",
-                        {.number = NumberStyle::label, .takesPixels = false, .activates = false}},
-                    HostRow{"mate", "mate-panel", {.number = NumberStyle::wide}},
-                    HostRow{"mateApplet", "notification-ar", {.number = NumberStyle::wide}},
-                    HostRow{"waybar", "waybar", {.number = NumberStyle::wide}},
-                    HostRow{"xfce", "panel-2-systray", {}},
-                    HostRow{"lxqt", "lxqt-panel", {.keys = KeyNames::qt}},
-                    HostRow{"plasma", "plasmashell", {.keys = KeyNames::qt}},
-                    HostRow{"plasma5", "kded5", {.keys = KeyNames::qt}},
-                    HostRow{"plasma6", "kded6", {.keys = KeyNames::qt}},
-                    HostRow{"unknown", "", {}}),
+    testing::Values(
+        HostRow{"gnome", "gnome-shell", {.number = NumberStyle::label, .countsPixels = true}},
+        HostRow{"ayatana",
+                "ayatana-indicat",
+                {.number = NumberStyle::label, .takesPixels = false, .activates = false}},
+        HostRow{"mate", "mate-panel", {.number = NumberStyle::wide}},
+        HostRow{"mateApplet", "notification-ar", {.number = NumberStyle::wide}},
+        HostRow{"waybar", "waybar", {.number = NumberStyle::wide}},
+        HostRow{"xfce", "panel-2-systray", {}},
+        HostRow{"lxqt", "lxqt-panel", {.keys = KeyNames::qt}},
+        HostRow{"plasma", "plasmashell", {.keys = KeyNames::qt, .countsPixels = true}},
+        HostRow{"plasma5", "kded5", {.keys = KeyNames::qt, .countsPixels = true}},
+        HostRow{"plasma6", "kded6", {.keys = KeyNames::qt, .countsPixels = true}},
+        HostRow{"unknown", "", {}}),
     rowName);

@@ -19,6 +19,10 @@ const ScreenArea barAtBottom{full, {0, 0, 1280, 770}};
 const ScreenArea barAtLeft{full, {30, 0, 1250, 800}};
 const ScreenArea barAtRight{full, {0, 0, 1250, 800}};
 const ScreenArea noBar{full, full};
+const ScreenArea barAtBottomAt150{full, {0, 0, 1280, 756}, 1.5};
+const ScreenArea barAtTopAt200{full, {0, 30, 1280, 770}, 2};
+/// To the right of a screen of 1920x1200 pixels at 1.5.
+const ScreenArea secondAt200{{1920, 0, 960, 540}, {1920, 0, 960, 500}, 2};
 const ScreenArea second{{1280, 0, 1920, 1080}, {1280, 0, 1920, 1040}};
 
 } // namespace
@@ -56,7 +60,27 @@ INSTANTIATE_TEST_SUITE_P(
         PlaceRow{"clearOfAnItemOnARightBarThatTakesNoRoom", {noBar}, QPoint(1265, 400), {764, 130}},
         PlaceRow{"cornerOfABarThatTakesNoRoomIsHorizontal", {noBar}, QPoint(1270, 15), {800, 37}},
         PlaceRow{"onTheScreenOfTheItem", {barAtTop, second}, QPoint(2000, 1060), {1760, 494}},
+        PlaceRow{"atTheBarBesideThePointerInAPopupOfALowerBar",
+                 {barAtBottom},
+                 QPoint(1100, 500),
+                 {598, 224}},
+        PlaceRow{"atTheBarBesideThePointerInAPopupOfAnUpperBar",
+                 {barAtTop},
+                 QPoint(300, 200),
+                 {322, 36}},
+        PlaceRow{"atTheBarBesideThePointerInAPopupOfALeftBar",
+                 {{{0, 0, 1280, 1400}, {30, 0, 1250, 1400}}},
+                 QPoint(200, 700),
+                 {36, 138}},
+        PlaceRow{"atTheBarAboveAPopupThatItClears", {barAtBottom}, QPoint(900, 100), {660, 224}},
+        PlaceRow{"besideThePointerInTheMiddleWithoutABar", {noBar}, QPoint(640, 350), {138, 260}},
         PlaceRow{"upperRightWithoutAnItem", {barAtTop, second}, std::nullopt, {800, 36}},
+        PlaceRow{"upperRightWithoutABar", {noBar}, std::nullopt, {800, 6}},
+        PlaceRow{"lowerRightWithoutAnItemOnALowerBar", {barAtBottom}, std::nullopt, {800, 224}},
+        PlaceRow{"lowerLeftWithoutAnItemOnALeftBar", {barAtLeft}, std::nullopt, {36, 260}},
+        PlaceRow{"lowerRightWithoutAnItemOnARightBar", {barAtRight}, std::nullopt, {764, 260}},
+        PlaceRow{
+            "atTheEndIfTheScreenOfTheItemIsGone", {barAtBottom}, QPoint(2000, 1060), {800, 224}},
         PlaceRow{"atTheBeginningOfAScreenThatIsTooSmall",
                  {{{0, 0, 400, 300}, {0, 20, 400, 280}}},
                  QPoint(200, 10),
@@ -120,5 +144,29 @@ INSTANTIATE_TEST_SUITE_P(
         AnchorRow{"lastPlaceOnAScreenThatIsGone",
                   {{barAtTop}, {}, false, {}, QPoint(2000, 1060)},
                   std::nullopt},
+        AnchorRow{"pixelsAtOneAndAHalf",
+                  {{barAtBottomAt150}, {}, false, QPoint(1595, 1170), {}, true},
+                  QPoint(1063, 780)},
+        AnchorRow{"pixelsAtTwo",
+                  {{barAtTopAt200}, {}, false, QPoint(2400, 20), {}, true},
+                  QPoint(1200, 10)},
+        AnchorRow{"pixelsThatCouldBePoints",
+                  {{barAtTopAt200}, {}, false, QPoint(1000, 20), {}, true},
+                  QPoint(500, 10)},
+        AnchorRow{"pointsAtTwo",
+                  {{barAtTopAt200}, {}, false, QPoint(1000, 20), {}, false},
+                  QPoint(1000, 20)},
+        AnchorRow{"pixelsFromATrayThatShouldTellPoints",
+                  {{barAtBottomAt150}, {}, false, QPoint(1595, 1170), {}, false},
+                  QPoint(1063, 780)},
+        AnchorRow{"pointsFromATrayThatShouldTellPixels",
+                  {{barAtBottomAt150}, {}, false, QPoint(1063, 780), {}, true},
+                  QPoint(1063, 780)},
+        AnchorRow{"pixelsOnTheSecondScreen",
+                  {{barAtBottomAt150, secondAt200}, {}, false, QPoint(3720, 1060), {}, true},
+                  QPoint(2820, 530)},
+        AnchorRow{"pixelsNearThePointer",
+                  {{barAtTopAt200}, QPoint(640, 400), false, QPoint(1280, 800), {}, true},
+                  QPoint(640, 400)},
         AnchorRow{"nothing", {{barAtTop}, QPoint(300, 500), false, {}, {}}, std::nullopt}),
     rowName);
