@@ -122,7 +122,7 @@ int TidewickApp::run()
                    stderr);
         break;
     case InstanceClaim::noBus:
-        std::fputs("tidewick: no session bus, hence no status item\n", stderr);
+        std::fputs("tidewick: no session bus, so only an X11 tray can show the icon\n", stderr);
         break;
     }
 

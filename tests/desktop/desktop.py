@@ -19,7 +19,7 @@ ANOTHER_USER = ["setpriv", "--reuid=65534", "--regid=65534", "--clear-groups"]
 NO_RIGHT_TO_KILL = ["setpriv", "--bounding-set=-kill", "--inh-caps=-kill"]
 DOUBLE_CLICK_INTERVAL = 0.4  # the toolkit's own, which none of these desktops sets
 NO_TRAY = "tidewick: this desktop shows no status items; waiting for a tray"
-NO_BUS = "tidewick: no session bus, hence no status item"
+NO_BUS = "tidewick: no session bus, so only an X11 tray can show the icon"
 INK = bytes((0x1F, 0x8A, 0x9E))  # the colour of the icon and of the number's badge
 
 

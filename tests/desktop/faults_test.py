@@ -119,7 +119,7 @@ class FaultsTest(unittest.TestCase):
     def test_program_without_a_session_bus_goes_on_scanning(self):
         self.launch(DBUS_SESSION_BUS_ADDRESS="unix:path=/nowhere/bus")
         self.program.may_print(desktop.NO_BUS)
-        desktop.wait_until(desktop.visible_panels, 5, "the panel as a window")
+        desktop.wait_until(desktop.place_of_icon, 5, "the icon in the X11 tray")
         server = self.serve()
         desktop.wait_until(lambda: str(server.pid) in self.notes(), INTERVAL + 1,
                            "a scan that lists the server")
