@@ -13,13 +13,6 @@ namespace tidewick
 namespace
 {
 
-/// Null if the windows are not on an X server.
-xcb_connection_t *toolkitConnection()
-{
-    const auto *x11 = qGuiApp->nativeInterface<QNativeInterface::QX11Application>();
-    return x11 == nullptr ? nullptr : x11->connection();
-}
-
 xcb_atom_t blurAtom(xcb_connection_t *x)
 {
     return atom(x, QByteArrayLiteral("_KDE_NET_WM_BLUR_BEHIND_REGION"));

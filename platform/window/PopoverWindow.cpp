@@ -2,6 +2,7 @@
 
 #include "platform/Logging.h"
 #include "platform/window/PopoverPlacement.h"
+#include "platform/window/TaskbarEntry.h"
 
 #include <QCursor>
 #include <QGuiApplication>
@@ -89,8 +90,11 @@ void PopoverWindow::show(const std::optional<ClickEvent> &event)
         m_isPressOnItem = false;
         return;
     }
-    if (!isVisible())
+    if (!isVisible()) {
         place(event);
+        if (isFrameless())
+            hideFromTaskbars(*this);
+    }
     ViewWindow::show();
     raise();
 }
@@ -129,8 +133,12 @@ void PopoverWindow::keyPressEvent(QKeyEvent *event)
 
 bool PopoverWindow::isTransient() const
 {
-    return isVisible() && m_behavior == PopoverBehavior::transient &&
-           flags().testFlag(Qt::FramelessWindowHint);
+    return isVisible() && m_behavior == PopoverBehavior::transient && isFrameless();
+}
+
+bool PopoverWindow::isFrameless() const
+{
+    return flags().testFlag(Qt::FramelessWindowHint);
 }
 
 void PopoverWindow::closeOnPress()

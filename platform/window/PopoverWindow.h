@@ -47,6 +47,7 @@ private:
     void watchFocus(const QWindow *focused);
     void closeWithoutFocus();
     bool isTransient() const;
+    bool isFrameless() const;
     bool hasJustClosed() const;
 
     std::function<bool()> m_hasItem;

@@ -1,7 +1,15 @@
 #include "platform/x11/Xcb.h"
 
+#include <QGuiApplication>
+
 namespace tidewick
 {
+
+xcb_connection_t *toolkitConnection()
+{
+    const auto *x11 = qGuiApp->nativeInterface<QNativeInterface::QX11Application>();
+    return x11 == nullptr ? nullptr : x11->connection();
+}
 
 xcb_atom_t atom(xcb_connection_t *connection, const QByteArray &name)
 {

@@ -20,6 +20,9 @@ XcbReply<Reply> owned(Reply *reply)
     return {reply, &std::free};
 }
 
+/// The toolkit's own connection; null if the windows are not on an X server.
+xcb_connection_t *toolkitConnection();
+
 /// The atom called `name`; the server creates it if necessary.
 xcb_atom_t atom(xcb_connection_t *connection, const QByteArray &name);
 

@@ -1,0 +1,46 @@
+"""The panel's window among other windows: what the window manager knows of it."""
+
+import re
+import subprocess
+import unittest
+
+import desktop
+
+
+def window_property(window, name):
+    """The values of a window's property that holds atoms or texts."""
+    text = subprocess.run(["xprop", "-id", window, name], capture_output=True, text=True,
+                          check=True).stdout
+    return re.findall(r'[A-Z_]{4,}|"[^"]*"', text.partition("=")[2])
+
+
+class PopoverTest(unittest.TestCase):
+    def setUp(self):
+        desktop.move_pointer(200, 700)
+        self.program = desktop.start_program()
+        self.addCleanup(desktop.end, self.program)
+        self.item = desktop.StatusItem()
+
+    def open_panel(self):
+        """Opens it without a click; returns its X window."""
+        desktop.start_again()
+        return desktop.wait_until(desktop.visible_panels, 5, "the panel")[0]
+
+    def close_panel(self):
+        desktop.press_key("Escape")
+        desktop.wait_until(lambda: not desktop.visible_panels(), 5, "the end of the panel")
+
+    def test_no_task_bar_and_no_pager_shows_it(self):
+        for _ in range(2):  # a window manager forgets the states of a hidden window
+            panel = self.open_panel()
+            desktop.wait_until(
+                lambda: {"_NET_WM_STATE_SKIP_TASKBAR", "_NET_WM_STATE_SKIP_PAGER",
+                         "_NET_WM_STATE_ABOVE"} <= set(window_property(panel, "_NET_WM_STATE")),
+                3, "the states of the panel")
+            self.assertIn("_NET_WM_WINDOW_TYPE_UTILITY",
+                          window_property(panel, "_NET_WM_WINDOW_TYPE"))
+            self.close_panel()
+
+
+if __name__ == "__main__":
+    unittest.main()
