@@ -19,7 +19,6 @@ namespace
 {
 
 constexpr qsizetype maxPackages = 1000;
-constexpr qsizetype maxIdLength = 1000;
 
 /// Asks for the service's unique name, because newer Qt does not tell the sender of a reply.
 QDBusMessage ownerQuestion()
@@ -31,19 +30,6 @@ QDBusMessage ownerQuestion()
 }
 
 } // namespace
-
-QString PackageId::text() const
-{
-    return QStringList({name, version, architecture, data}).join(QLatin1Char(';'));
-}
-
-std::optional<PackageId> parsePackageId(const QString &text)
-{
-    const QStringList parts = text.split(QLatin1Char(';'));
-    if (text.size() > maxIdLength || parts.size() != 4 || parts[0].isEmpty() || parts[1].isEmpty())
-        return std::nullopt;
-    return PackageId{parts[0], parts[1], parts[2], parts[3]};
-}
 
 PackageKitTransaction::PackageKitTransaction(QDBusConnection bus, TransactionCall call,
                                              const std::stop_token &stop)

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "update/PackageId.h"
 #include "update/UpdateFailure.h"
 
 #include <QCoroTask>
@@ -19,21 +20,6 @@
 
 namespace tidewick
 {
-
-/// "name;version;arch;data" (PkPackageId).
-struct PackageId
-{
-    QString name;
-    QString version;
-    QString architecture;
-    QString data;
-
-    QString text() const;
-    bool operator==(const PackageId &) const = default;
-};
-
-/// Nothing if `text` is not such an id or is unreasonably long.
-std::optional<PackageId> parsePackageId(const QString &text);
 
 struct Package
 {

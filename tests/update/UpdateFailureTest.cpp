@@ -101,38 +101,6 @@ TEST(UpdateFailure, boundsAndCleansForeignText)
     EXPECT_LE(asParagraphs(QString(1 << 20, QLatin1Char('x'))).size(), 4001);
 }
 
-struct IdRow
-{
-    const char *name;
-    const char *text;
-    bool isValid;
-};
-
-class PackageIdText : public testing::TestWithParam<IdRow>
-{
-};
-
-TEST_P(PackageIdText, isTakenOnlyWhole)
-{
-    const QString text = QString::fromLatin1(GetParam().text);
-    const std::optional<PackageId> id = parsePackageId(text);
-    EXPECT_EQ(id.has_value(), GetParam().isValid);
-    if (id) {
-        EXPECT_EQ(id->text(), text);
-    }
-}
-
-INSTANTIATE_TEST_SUITE_P(Rows, PackageIdText,
-                         testing::Values(IdRow{"whole", "tidewick;1.0-1;amd64;stable", true},
-                                         IdRow{"noData", "tidewick;1.0-1;amd64;", true},
-                                         IdRow{"epoch", "tidewick;1:1.0~rc1;all;a:b", true},
-                                         IdRow{"empty", "", false},
-                                         IdRow{"bare", "tidewick", false},
-                                         IdRow{"noName", ";1.0;amd64;x", false},
-                                         IdRow{"noVersion", "tidewick;;amd64;x", false},
-                                         IdRow{"fiveParts", "a;1;b;c;d", false}),
-                         rowName);
-
 TEST(SearchPattern, meansThePathAndNothingElse)
 {
     EXPECT_EQ(searchPattern(QStringLiteral("/usr/bin/tidewick")),
