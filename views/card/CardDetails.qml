@@ -67,7 +67,7 @@ Column {
 
         Figure {
             caption: "PID"
-            value: details.facts.pid
+            value: details.facts.pidFigure
         }
 
         Figure {

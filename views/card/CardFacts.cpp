@@ -43,6 +43,11 @@ void CardFacts::setRecord(const QVariant &record)
     Q_EMIT recordChanged();
 }
 
+QString CardFacts::pidFigure() const
+{
+    return shown(m_record.pid());
+}
+
 QString CardFacts::title() const
 {
     const QString name = shown(m_record.projectName());

@@ -20,7 +20,9 @@ class CardFacts : public QObject
     QML_ELEMENT
     /// The list model's record.
     Q_PROPERTY(QVariant record READ record WRITE setRecord NOTIFY recordChanged)
+    /// As the socket list printed it, and as it is shown.
     Q_PROPERTY(QString pid READ pid NOTIFY recordChanged)
+    Q_PROPERTY(QString pidFigure READ pidFigure NOTIFY recordChanged)
     Q_PROPERTY(QString port READ port NOTIFY recordChanged)
     Q_PROPERTY(QString title READ title NOTIFY recordChanged)
     Q_PROPERTY(bool isLive READ isLive NOTIFY recordChanged)
@@ -48,6 +50,7 @@ public:
     void setRecord(const QVariant &record);
 
     QString pid() const { return m_record.pid(); }
+    QString pidFigure() const;
     QString port() const { return QString::number(m_record.port()); }
     QString title() const;
     bool isLive() const { return m_record.isHttpAccessible; }
