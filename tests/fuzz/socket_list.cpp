@@ -2,6 +2,8 @@
 
 #include "scan/SocketScan.h"
 #include "tests/fuzz/Fuzz.h"
+#include "tests/support/RecordingHttpClient.h"
+#include "tests/support/RecordingToolRunner.h"
 #include "text/Lines.h"
 #include "text/Numbers.h"
 #include "text/Utf8.h"
@@ -13,6 +15,18 @@ using namespace tidewick;
 
 namespace
 {
+
+/// A scan where ps and the second lsof print nothing, and nothing answers HTTP.
+QList<PortInfo> scanned(const QByteArray &list)
+{
+    const auto answer = [&list](const RecordingToolRunner::Call &call, const auto &) {
+        const bool isList = call.arguments.contains(QStringLiteral("-sTCP:LISTEN"));
+        return ToolResult{isList ? list : QByteArray(), 0};
+    };
+    const SystemInterfaces system{std::make_shared<RecordingToolRunner>(answer), ToolTable::stock(),
+                                  RecordingHttpClient::refusing()};
+    return fetchRunningPorts(system, {});
+}
 
 /// The columns that a record is made of stand in one line, where lsof prints them.
 bool isRow(QStringView line, const PortInfo &record)
@@ -41,10 +55,14 @@ void checkKept(const QString &text)
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
 {
-    const auto text = decodeUtf8(bytesOf(data, size));
+    const QByteArray bytes = bytesOf(data, size);
+    const auto text = decodeUtf8(bytes);
+    const QList<PortInfo> shown = scanned(bytes);
+    promise(text || shown.isEmpty(), "what is no UTF-8 is no list");
     if (!text)
         return 0;
     checkKept(*text);
+    qsizetype known = 0;
     const auto lines = splitLines(*text);
     qint64 last = std::numeric_limits<qint64>::min(); // lsof prints no sign, but one would be read
     for (const PortInfo &record : parsePortInfo(*text)) {
@@ -53,8 +71,9 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
         promise(std::any_of(lines.begin() + 1, lines.end(),
                             [&record](QStringView line) { return isRow(line, record); }),
                 "a record is a whole row");
-        isDevelopmentProcess(record);
+        known += isDevelopmentProcess(record) ? 1 : 0;
         last = record.port();
     }
+    promise(shown.size() == known, "every development process is shown, and nothing else");
     return 0;
 }

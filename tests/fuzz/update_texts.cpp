@@ -30,8 +30,9 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
     const QString name = QString::fromUtf8(texts[0]);
     const QString text = QString::fromUtf8(texts[1]);
     checkText(asLine(text), 200);
-    checkFailure(failureOfErrorCode(texts[0].toUInt(), text));
-    checkFailure(failureOfExit(texts[0].toUInt()));
+    const uint code = texts[0].isEmpty() ? 0 : uint8_t(texts[0][0]);
+    checkFailure(failureOfErrorCode(code, text));
+    checkFailure(failureOfExit(code));
     checkFailure(failureOfCall(
         QDBusError(QDBusMessage::createError(QStringLiteral("org.freedesktop.") + name, text))));
     return 0;
