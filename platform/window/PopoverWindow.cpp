@@ -7,9 +7,12 @@
 #include <QCursor>
 #include <QGuiApplication>
 #include <QKeyEvent>
+#include <QMoveEvent>
 #include <QScreen>
+#include <QStyleHints>
 
 #include <algorithm>
+#include <cstdlib>
 #include <utility>
 
 namespace tidewick
@@ -23,6 +26,12 @@ constexpr int focusTimeoutMs = 150;
 
 /// A click on the item counts as the cause of a loss of focus for this long.
 constexpr qint64 sameClickMs = 400;
+
+/// A window manager moves a window for this long after it was shown, and the user does not.
+constexpr int mappingMs = 1000;
+
+/// A window manager that insists on its own place has its way.
+constexpr int mostCorrections = 5;
 
 /// A press at most this many points from the place of the item counts as a press on it.
 constexpr int itemReach = 48;
@@ -70,6 +79,9 @@ PopoverWindow::PopoverWindow(std::function<bool()> hasItem) : m_hasItem(std::mov
     connect(&m_focusTimeout, &QTimer::timeout, this, &PopoverWindow::closeWithoutFocus);
     connect(&m_buttons, &PointerButtons::pressed, this, &PopoverWindow::closeOnPress);
     connect(qGuiApp, &QGuiApplication::focusWindowChanged, this, &PopoverWindow::watchFocus);
+    for (const QScreen *const screen : QGuiApplication::screens())
+        watchScreen(screen);
+    connect(qGuiApp, &QGuiApplication::screenAdded, this, &PopoverWindow::watchScreen);
 }
 
 PopoverWindow::~PopoverWindow()
@@ -90,32 +102,65 @@ void PopoverWindow::show(const std::optional<ClickEvent> &event)
         m_isPressOnItem = false;
         return;
     }
-    if (!isVisible()) {
-        place(event);
-        if (isFrameless())
-            hideFromTaskbars(*this);
-    }
+    if (!isVisible())
+        prepare(event);
     ViewWindow::show();
     raise();
 }
 
-void PopoverWindow::place(const std::optional<ClickEvent> &event)
+void PopoverWindow::prepare(const std::optional<ClickEvent> &event)
 {
     const bool isBeside = event || m_hasItem();
     setFlags(isBeside ? Qt::Tool | Qt::FramelessWindowHint | Qt::WindowStaysOnTopHint
                       : Qt::Window | Qt::CustomizeWindowHint | Qt::WindowTitleHint |
                             Qt::WindowSystemMenuHint | Qt::WindowCloseButtonHint);
-    const auto screens = screenAreas();
     if (event)
-        m_anchor = itemAnchor({.screens = screens,
+        m_anchor = itemAnchor({.screens = screenAreas(),
                                .pointer = pointerPlace(m_buttons),
                                .isClick = m_buttons.isClicking(),
                                .told = event->position,
                                .last = m_anchor,
                                .isToldInPixels = event->isInPixels});
-    const auto place = popoverPosition(size(), isBeside ? m_anchor : std::nullopt, screens);
-    qCDebug(platformLog) << "panel at" << place << "beside" << m_anchor.value_or(QPoint());
-    isBeside ? setPosition(place) : setFramePosition(place);
+    if (isBeside) {
+        hideFromTaskbars(*this);
+        place();
+    } else {
+        setFramePosition(popoverPosition(size(), std::nullopt, screenAreas()));
+    }
+}
+
+/// Puts the frameless window beside the item.
+void PopoverWindow::place()
+{
+    m_place = popoverPosition(size(), m_anchor, screenAreas());
+    m_corrections = 0;
+    m_mappingEnd.setRemainingTime(mappingMs);
+    qCDebug(platformLog) << "panel at" << m_place << "beside" << m_anchor.value_or(QPoint());
+    setPosition(m_place);
+}
+
+/// Some window managers add a frame to a window while they map it, and push it off its place.
+void PopoverWindow::moveEvent(QMoveEvent *event)
+{
+    ViewWindow::moveEvent(event);
+    const QPoint offset = event->pos() - m_place;
+    const bool isOff = std::abs(offset.x()) > 1 || std::abs(offset.y()) > 1; // but for rounding
+    if (!isOff || !isVisible() || !isFrameless() || m_mappingEnd.hasExpired() ||
+        m_corrections == mostCorrections)
+        return;
+    ++m_corrections;
+    setPosition(m_place);
+}
+
+/// An open popover stays beside its item when a screen or a bar changes.
+void PopoverWindow::watchScreen(const QScreen *screen)
+{
+    const auto placeAgain = [this] {
+        if (isVisible() && isFrameless())
+            place();
+    };
+    connect(screen, &QScreen::availableGeometryChanged, this, placeAgain, Qt::QueuedConnection);
+    connect(screen, &QObject::destroyed, this, placeAgain, Qt::QueuedConnection);
 }
 
 void PopoverWindow::becomeKey()
@@ -143,13 +188,17 @@ bool PopoverWindow::isFrameless() const
 
 void PopoverWindow::closeOnPress()
 {
-    m_isPressOnItem = false;
     const QPoint pointer = QCursor::pos();
-    if (!isTransient() || isOnOwnWindow(pointer))
+    if (!isTransient() || isOnOwnWindow(pointer)) {
+        // Where only a double click reaches the item, its second press follows the one that closed.
+        const int interval = QGuiApplication::styleHints()->mouseDoubleClickInterval();
+        m_isPressOnItem = m_isPressOnItem && !m_sinceClosing.hasExpired(interval);
         return;
+    }
     hide();
     m_isPressOnItem = isOutsideFreeArea(pointer) ||
                       (m_anchor && (pointer - *m_anchor).manhattanLength() <= itemReach);
+    m_sinceClosing.start();
 }
 
 void PopoverWindow::watchFocus(const QWindow *focused)

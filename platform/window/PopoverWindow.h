@@ -4,6 +4,7 @@
 #include "platform/window/PointerButtons.h"
 #include "platform/window/ViewWindow.h"
 
+#include <QDeadlineTimer>
 #include <QElapsedTimer>
 #include <QTimer>
 
@@ -40,9 +41,12 @@ public:
 
 protected:
     void keyPressEvent(QKeyEvent *event) override;
+    void moveEvent(QMoveEvent *event) override;
 
 private:
-    void place(const std::optional<ClickEvent> &event);
+    void prepare(const std::optional<ClickEvent> &event);
+    void place();
+    void watchScreen(const QScreen *screen);
     void closeOnPress();
     void watchFocus(const QWindow *focused);
     void closeWithoutFocus();
@@ -54,7 +58,11 @@ private:
     std::optional<PopoverBehavior> m_behavior;
     PointerButtons m_buttons;
     std::optional<QPoint> m_anchor; // where the item was seen last
+    QPoint m_place;                 // where the frameless window was put
+    QDeadlineTimer m_mappingEnd;    // until then the window manager may have moved it
+    int m_corrections = 0;          // of its place since it was put there
     bool m_isPressOnItem = false;   // the last press closed the popover, maybe on the item
+    QElapsedTimer m_sinceClosing;   // since that press
     QTimer m_focusTimeout;          // runs while the keyboard is elsewhere
     QPoint m_pointer;               // where it was when that began
     QElapsedTimer m_sinceLostFocus; // since the loss of the focus closed the popover

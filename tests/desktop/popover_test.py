@@ -19,7 +19,7 @@ class PopoverTest(unittest.TestCase):
         desktop.move_pointer(200, 700)
         self.program = desktop.start_program()
         self.addCleanup(desktop.end, self.program)
-        self.item = desktop.StatusItem()
+        desktop.place_of_icon()
 
     def open_panel(self):
         """Opens it without a click; returns its X window."""
