@@ -2,6 +2,7 @@
 
 #include "app/AppDelegate.h"
 #include "app/Logging.h"
+#include "platform/session/ActivationToken.h"
 #include "platform/session/AutostartEntry.h"
 #include "platform/session/DesktopAppearance.h"
 #include "platform/session/DesktopWorkspace.h"
@@ -84,10 +85,12 @@ bool takeAutostarted()
 /// Shows the panel because the user asked for it; `platformData` proves that to the desktop.
 void activate(AppDelegate &delegate, const QVariantMap &platformData)
 {
-    const char *const variable = "XDG_ACTIVATION_TOKEN"; // where the toolkit looks for it
-    qputenv(variable, platformData.value(QStringLiteral("activation-token")).toByteArray());
+    const auto proof = [&platformData](const QString &key) {
+        return platformData.value(key).toByteArray();
+    };
+    const ActivationToken startup(proof(QStringLiteral("desktop-startup-id")));
+    const ActivationToken token(proof(QStringLiteral("activation-token")));
     delegate.activate();
-    qunsetenv(variable);
 }
 
 } // namespace

@@ -1,5 +1,7 @@
 #include "platform/tray/StatusNotifierItemAdaptor.h"
 
+#include "platform/session/ActivationToken.h"
+
 #include <QDBusMetaType>
 #include <QtEndian>
 
@@ -64,15 +66,12 @@ void StatusNotifierItemAdaptor::activate(int x, int y)
 {
     const bool isRepeated = m_sinceClick.isValid() && !m_sinceClick.hasExpired(repetitionMs);
     m_sinceClick.start();
-    if (isRepeated)
-        return;
-    if (m_clicked)
-        QMetaObject::invokeMethod(
-            this,
-            [this, x, y] {
-                m_clicked({x, y});
-            },
-            Qt::QueuedConnection);
+    const auto answer = [this, x, y, isRepeated, token = std::exchange(m_token, {})] {
+        const ActivationToken proof(token);
+        if (m_clicked && !isRepeated)
+            m_clicked({x, y});
+    };
+    QMetaObject::invokeMethod(this, answer, Qt::QueuedConnection);
 }
 
 void StatusNotifierItemAdaptor::setToolTip(const QString &title, const QString &text)

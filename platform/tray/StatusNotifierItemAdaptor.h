@@ -112,11 +112,8 @@ public Q_SLOTS:
     void SecondaryActivate(int x, int y) { activate(x, y); }
     void ContextMenu(int, int) {}
     void Scroll(int, const QString &) {}
-    /// The right to take the focus, under Wayland; comes before the click that needs it.
-    void ProvideXdgActivationToken(const QString &token)
-    {
-        qputenv("XDG_ACTIVATION_TOKEN", token.toUtf8());
-    }
+    /// The right to take the focus; comes before the click that needs it.
+    void ProvideXdgActivationToken(const QString &token) { m_token = token.toUtf8(); }
 
 Q_SIGNALS:
     void NewIcon();
@@ -129,6 +126,7 @@ private:
 
     std::function<void(QPoint)> m_clicked;
     QElapsedTimer m_sinceClick;
+    QByteArray m_token; // for the next click
     QDBusObjectPath m_menu;
     QString m_iconName;
     QString m_iconThemePath;

@@ -1,4 +1,5 @@
-"""The panel's window among other windows: what the window manager knows of it."""
+"""The panel's window under i3, which leaves windows as they ask to be: what the window manager knows
+of it, and its place on a screen that changes."""
 
 import re
 import subprocess
@@ -40,6 +41,28 @@ class PopoverTest(unittest.TestCase):
             self.assertIn("_NET_WM_WINDOW_TYPE_UTILITY",
                           window_property(panel, "_NET_WM_WINDOW_TYPE"))
             self.close_panel()
+
+    def test_stays_at_the_bar_when_the_screen_shrinks(self):
+        panel = self.open_panel()
+        self.addCleanup(self.use_mode, "1280x800")
+        for command in ("--newmode 1024x768 63.5 1024 1072 1176 1328 768 771 775 798",
+                        "--addmode screen 1024x768"):
+            subprocess.run(["xrandr", *command.split()], check=True)
+        self.use_mode("1024x768")
+        bar = 24
+        desktop.wait_until(lambda: self.corner(panel) == (1024, 768 - bar - 6), 5,
+                           "the panel at the smaller screen's bar")
+
+    def use_mode(self, mode):
+        subprocess.run(["xrandr", "--output", "screen", "--mode", mode], check=True)
+
+    def corner(self, window):
+        """The lower right corner of a window."""
+        text = subprocess.run(["xdotool", "getwindowgeometry", "--shell", window],
+                              capture_output=True, text=True, check=True).stdout
+        values = dict(line.split("=") for line in text.split())
+        return tuple(int(values[at]) + int(values[length])
+                     for at, length in (("X", "WIDTH"), ("Y", "HEIGHT")))
 
 
 if __name__ == "__main__":

@@ -4,6 +4,7 @@ import os
 import shutil
 import signal
 import subprocess
+import tempfile
 import time
 import unittest
 
@@ -54,6 +55,47 @@ class StatusItemTest(unittest.TestCase):
         x, y = desktop.place_of_icon()
         self.assertGreater(x, 1100)
         self.assertLess(y, 30)
+
+    def activate(self, item):
+        """Clicks the item as the tray tells of a click."""
+        desktop.call(item.name, item.path, "org.kde.StatusNotifierItem.Activate", "0", "0")
+
+    def test_double_click_that_the_tray_tells_once_closes(self):
+        self.launch()
+        item = desktop.StatusItem()
+        for _ in range(2):
+            desktop.start_again()
+            desktop.wait_until(desktop.visible_panels, 5, "the panel")
+            desktop.click_sequence(200, 15, 2, 60)  # the bar, as far as this program knows its icon
+            self.activate(item)
+            desktop.wait_until(lambda: not desktop.visible_panels(), 5, "the end of the panel")
+            time.sleep(0.5)
+            self.assertEqual(desktop.visible_panels(), [])
+        desktop.click_sequence(200, 15, 2, 60)
+        self.activate(item)
+        desktop.wait_until(desktop.visible_panels, 5, "the panel after another double click")
+
+    def test_click_ends_the_busy_pointer(self):
+        self.launch()
+        item = desktop.StatusItem()
+        with tempfile.TemporaryFile("w+") as events:
+            spy = subprocess.Popen(["xev", "-root", "-event", "property"], stdout=events)
+            self.addCleanup(desktop.end, spy)
+
+            def ends():
+                events.seek(0)
+                return events.read().count("_NET_STARTUP_INFO_BEGIN")
+            self.activate(item)
+            desktop.wait_until(desktop.visible_panels, 5, "the panel")
+            self.assertEqual(ends(), 0)
+            desktop.call(item.name, item.path,
+                         "org.kde.StatusNotifierItem.ProvideXdgActivationToken",
+                         "shell/tidewick/1_TIME123456")
+            self.activate(item)
+            desktop.wait_until(lambda: ends() == 1, 5, "the end of the start")
+            subprocess.run([desktop.PROGRAM], check=True, timeout=5,
+                           env={**os.environ, "DESKTOP_STARTUP_ID": "shell/tidewick/2_TIME123457"})
+            desktop.wait_until(lambda: ends() == 2, 5, "the end of the second start")
 
     def test_menu_quits(self):
         program = self.launch()
