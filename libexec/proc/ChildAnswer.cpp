@@ -48,9 +48,21 @@ bool readUntil(int64_t deadline, int descriptor, std::string &text)
     }
 }
 
+/// Closes all descriptors but these two.
+void closeAllBut(int one, int other)
+{
+    unsigned next = 0;
+    for (const int kept : {std::min(one, other), std::max(one, other)}) {
+        if (kept > int(next))
+            close_range(next, unsigned(kept - 1), 0);
+        next = unsigned(kept + 1);
+    }
+    close_range(next, ~0U, 0);
+}
+
 } // namespace
 
-std::optional<std::string> askChild(const std::function<std::string()> &ask)
+std::optional<std::string> askChild(const std::function<std::string()> &ask, int needed)
 {
     static int64_t leftMs = longestOfAllMs;
     std::array<int, 2> ends{};
@@ -60,6 +72,7 @@ std::optional<std::string> askChild(const std::function<std::string()> &ask)
     const pid_t child = fork();
     if (child == 0) {
         prctl(PR_SET_PDEATHSIG, SIGKILL);
+        closeAllBut(ends[1], needed);
         _exit(writeAll(ends[1], ask()) ? EXIT_SUCCESS : EXIT_FAILURE);
     }
     close(ends[1]);

@@ -51,11 +51,13 @@ std::string readCommandLine(int directory, std::string_view prefix)
 {
     constexpr size_t limit = 1U << 17U;
     const std::string path = std::string(prefix) + "cmdline";
-    return askChild([&] {
-               std::string text;
-               readFile(directory, path.c_str(), text, limit);
-               return text;
-           })
+    return askChild(
+               [&] {
+                   std::string text;
+                   readFile(directory, path.c_str(), text, limit);
+                   return text;
+               },
+               directory)
         .value_or(std::string());
 }
 

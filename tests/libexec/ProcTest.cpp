@@ -1,8 +1,15 @@
 #include "libexec/proc/Arguments.h"
+#include "libexec/proc/ChildAnswer.h"
+#include "libexec/proc/Descriptor.h"
 #include "libexec/proc/ProcessStat.h"
 #include "libexec/proc/Words.h"
 
 #include <gtest/gtest.h>
+
+#include <array>
+
+#include <fcntl.h>
+#include <unistd.h>
 
 using namespace tidewick::libexec;
 using namespace std::string_view_literals;
@@ -52,4 +59,25 @@ TEST(Proc, argumentsEndWithANul)
     EXPECT_EQ(splitArguments("\0"sv), List{""});
     EXPECT_EQ(splitArguments("a\0\0b c\0"sv), (List{"a", "", "b c"}));
     EXPECT_EQ(splitArguments("title without end"sv), List{"title without end"});
+}
+
+TEST(Proc, aChildThatAnswersHoldsNoOtherDescriptor)
+{
+    std::array<int, 2> ends{};
+    ASSERT_EQ(pipe(ends.data()), 0);
+    const Descriptor output(ends[0]);
+    const Descriptor input(ends[1]);
+    const Descriptor directory(openDirectory(AT_FDCWD, "/proc/self"));
+    const auto open = [&] {
+        std::string list;
+        for (const int descriptor : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO, output.value(),
+                                     input.value(), directory.value()}) {
+            if (fcntl(descriptor, F_GETFD) >= 0)
+                list += std::to_string(descriptor) + ' ';
+        }
+        return list;
+    };
+    EXPECT_EQ(askChild(open), "");
+    EXPECT_EQ(askChild(open, directory.value()), std::to_string(directory.value()) + ' ');
+    EXPECT_EQ(askChild(open, STDOUT_FILENO), std::to_string(STDOUT_FILENO) + ' ');
 }
