@@ -5,6 +5,7 @@ namespace tidewick::libexec
 
 /// Whether the file that a process uses, by its link in /proc, is the one at `path`. Only file
 /// systems of this machine are asked: a file server, or a program that plays one, might not answer.
+/// A link on the way may lead to such a one all the same, so a child asks, see askChild().
 bool isSameLocalFile(int directory, const char *link, const char *path);
 
 } // namespace tidewick::libexec

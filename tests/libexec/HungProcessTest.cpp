@@ -1,9 +1,11 @@
 // The supplied lsof and ps beside processes that no reader of their memory, or of the file system
 // that they run on, ever gets an answer from.
 #include "tests/libexec/SuppliedTools.h"
+#include "tests/support/WaitUntil.h"
 
 #include <QElapsedTimer>
 
+#include <fstream>
 #include <memory>
 
 #include <fcntl.h>
@@ -27,7 +29,9 @@ protected:
         const std::string program = directory().copy(HUNG_PROCESS, name);
         const std::string mount = directory().path("mount");
         EXPECT_EQ(mkdir(mount.c_str(), 0755), 0);
-        std::vector<std::string> arguments{program, how, std::to_string(user), mount, oddProgram()};
+        const std::string run =
+            how == "cover" ? directory().copy(oddProgram(), "mount/renamed") : oddProgram();
+        std::vector<std::string> arguments{program, how, std::to_string(user), mount, run};
         if (!launcher.empty())
             arguments.insert(arguments.begin(), launcher);
         m_process = std::make_unique<OddProcess>(OddProcess::Settings{
@@ -43,6 +47,17 @@ protected:
     pid_t pid() const { return m_process->port(0); }
     int port() const { return m_process->port(1); }
     void stopAnswering() const { ::kill(m_process->pid(), SIGUSR1); }
+
+    bool isMounted() const
+    {
+        std::ifstream mounts("/proc/" + std::to_string(pid()) + "/mountinfo");
+        const std::string place = ' ' + directory().path("mount") + ' ';
+        for (std::string line; std::getline(mounts, line);) {
+            if (line.find(place) != std::string::npos)
+                return true;
+        }
+        return false;
+    }
 
     /// Sees the file systems that the process sees.
     BeforeExec asViewerBeside() const
@@ -134,6 +149,17 @@ TEST_P(HungProcess, onADeadFileSystemHoldsUpNoList)
         GTEST_SKIP() << refusal();
     stopAnswering();
     // It calls itself "node". Whether a file of that name is beside it, nobody can tell.
+    expectOneRow("renamed", asViewerBeside());
+}
+
+TEST_P(HungProcess, belowADeadFileSystemHoldsUpNoList)
+{
+    if (!start("cover", viewer(), "server"))
+        GTEST_SKIP() << refusal();
+    if (!waitUntil([this] { return isMounted(); }))
+        GTEST_SKIP() << "a file system may not be mounted here";
+    stopAnswering();
+    // Only the dead file system could tell whether a file called "node" is beside it.
     expectOneRow("renamed", asViewerBeside());
 }
 

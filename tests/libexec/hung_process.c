@@ -4,6 +4,7 @@
  *            /proc/PID/cmdline waits
  *   mount    runs PROGRAM, a file that only the mounted file system has; the script in the
  *            environment variable ODD goes to it
+ *   cover    runs PROGRAM, and then the file system is mounted over the directory that it is in
  * Prints the process's id, its port, and an empty line once it hangs. Where the kernel refuses the
  * mount, prints why and exits. Everything ends with this process. */
 #define _GNU_SOURCE
@@ -35,6 +36,9 @@ static int program = -1; /* what the file holds; -1: nothing that could be read 
 static int wasAsked[2];
 static int doesHang[2];
 static volatile sig_atomic_t isDead;
+/* No test takes so long. Then its readers go on, and the test fails instead of waiting for ever. */
+enum { secondsDead = 60 };
+static pid_t server;
 
 static void refuse(const char *what)
 {
@@ -67,12 +71,18 @@ static struct fuse_attr attributes(uint64_t node)
     return result;
 }
 
+static void die(int signal)
+{
+    isDead = signal;
+    alarm(secondsDead);
+}
+
 static void answerRead(const struct fuse_in_header *request)
 {
     static char bytes[1U << 20U];
     const struct fuse_read_in *read = (const void *)(request + 1);
     if (program < 0) {
-        isDead = 1;
+        die(SIGUSR1);
         if (write(wasAsked[1], "", 1) != 1 || write(doesHang[1], "", 1) != 1)
             _exit(2);
         return;
@@ -106,11 +116,6 @@ static void answerRequest(const struct fuse_in_header *request)
     } else if (request->opcode != FUSE_FORGET && request->opcode != FUSE_INTERRUPT) {
         answer(request->unique, -ENOSYS, NULL, 0);
     }
-}
-
-static void die(int signal)
-{
-    isDead = signal;
 }
 
 static void serve(void)
@@ -186,9 +191,8 @@ static void writeMap(const char *path, unsigned id)
     close(file);
 }
 
-static void mountOn(const char *directory, uid_t user)
+static void enterOwnNamespace(void)
 {
-    char options[128];
     const uid_t own = geteuid();
     const gid_t group = getegid();
     if (unshare(CLONE_NEWNS) != 0) {
@@ -201,12 +205,19 @@ static void mountOn(const char *directory, uid_t user)
         close(groups);
         writeMap("/proc/self/gid_map", group);
     }
-    /* The kernel wants both in one user namespace. */
+    if (mount("none", "/", NULL, MS_REC | MS_PRIVATE, NULL) != 0)
+        refuse("mount --make-rprivate");
+    /* The kernel wants it and the mount in one user namespace. */
     device = open("/dev/fuse", O_RDWR | O_CLOEXEC);
     if (device < 0)
         refuse("/dev/fuse");
-    if (mount("none", "/", NULL, MS_REC | MS_PRIVATE, NULL) != 0)
-        refuse("mount --make-rprivate");
+}
+
+static void mountOn(const char *directory, uid_t user)
+{
+    char options[128];
+    const uid_t own = geteuid();
+    const gid_t group = getegid();
     snprintf(options, sizeof options, "fd=%d,rootmode=40000,user_id=%u,group_id=%u,allow_other",
              device, own == 0 ? user : own, own == 0 ? user : group);
     if (mount("hung", directory, "fuse", MS_NOSUID | MS_NODEV, options) != 0)
@@ -220,12 +231,25 @@ static int isWaiting(pid_t pid)
     return system(command) == 0;
 }
 
-/* The process prints its port; nothing is printed before its id. */
+/* Serves the file system in a child. */
+static void startServer(void)
+{
+    const pid_t parent = getpid();
+    server = fork();
+    if (server == 0) {
+        killWithParent(parent);
+        serve();
+    }
+}
+
+/* The process prints its port; nothing is printed before its id. Returns when it runs its program,
+ * if it is to run one. */
 static pid_t start(int isMemory, uid_t user, const char *file)
 {
     int go[2];
+    int isRunning[2];
     char byte = 0;
-    if (pipe(go) != 0)
+    if (pipe(go) != 0 || pipe2(isRunning, O_CLOEXEC) != 0)
         refuse("pipe");
     const pid_t parent = getpid();
     const pid_t pid = fork();
@@ -242,7 +266,8 @@ static pid_t start(int isMemory, uid_t user, const char *file)
     }
     printf("%d\n", (int)pid);
     fflush(stdout);
-    if (write(go[1], &byte, 1) != 1)
+    close(isRunning[1]);
+    if (write(go[1], &byte, 1) != 1 || (!isMemory && read(isRunning[0], &byte, 1) != 0))
         refuse("pipe");
     return pid;
 }
@@ -252,20 +277,23 @@ int main(int argc, char *argv[])
     if (argc != 5 || pipe2(wasAsked, O_CLOEXEC) != 0 || pipe2(doesHang, O_CLOEXEC) != 0)
         return 1;
     const int isMemory = strcmp(argv[1], "memory") == 0;
+    const int isCover = strcmp(argv[1], "cover") == 0;
     const uid_t user = (uid_t)atoi(argv[2]);
     const char *const directory = argv[3];
     char file[4096];
     snprintf(file, sizeof file, "%s/%s", directory, isMemory ? "page" : "renamed");
     if (!isMemory)
         program = open(argv[4], O_RDONLY | O_CLOEXEC);
-    mountOn(directory, user);
-    const pid_t parent = getpid();
-    const pid_t server = fork();
-    if (server == 0) {
-        killWithParent(parent);
-        serve();
+    enterOwnNamespace();
+    if (!isCover) {
+        mountOn(directory, user);
+        startServer();
     }
-    const pid_t pid = start(isMemory, user, file);
+    const pid_t pid = start(isMemory, user, isCover ? argv[4] : file);
+    if (isCover) {
+        mountOn(directory, user);
+        startServer();
+    }
     close(device);
     if (isMemory) {
         char byte;
