@@ -1,11 +1,16 @@
-"""The panel's window under i3, which leaves windows as they ask to be: what the window manager knows
-of it, and its place on a screen that changes."""
+"""The panel's window: what the window manager knows of it, and its place on a screen that changes.
+i3 leaves a window's states as the window asks for them; other window managers add theirs."""
 
+import os
 import re
 import subprocess
 import unittest
 
 import desktop
+
+# Of the panel on a screen 768 pixels high: above the bar of lxqt, or at the top, because i3 does not
+# tell what its bar takes.
+LOWER_END = {"lxqt": 768 - 30 - 6, "i3": 6 + 540}[os.environ["TIDEWICK_PANEL"]]
 
 
 def window_property(window, name):
@@ -42,16 +47,22 @@ class PopoverTest(unittest.TestCase):
                           window_property(panel, "_NET_WM_WINDOW_TYPE"))
             self.close_panel()
 
-    def test_stays_at_the_bar_when_the_screen_shrinks(self):
+    def test_desktop_entry_names_its_class(self):
+        entry = os.path.join(desktop.SCRIPTS, "..", "packaging", "org.tidewick.Tidewick.desktop")
+        with open(entry, encoding="utf-8") as file:
+            named = re.findall("^StartupWMClass=(.*)$", file.read(), re.MULTILINE)
+        classes = window_property(self.open_panel(), "WM_CLASS")
+        self.assertEqual([f'"{name}"' for name in named], classes[1:])
+
+    def test_stays_in_its_corner_when_the_screen_shrinks(self):
         panel = self.open_panel()
         self.addCleanup(self.use_mode, "1280x800")
         for command in ("--newmode 1024x768 63.5 1024 1072 1176 1328 768 771 775 798",
                         "--addmode screen 1024x768"):
             subprocess.run(["xrandr", *command.split()], check=True)
         self.use_mode("1024x768")
-        bar = 24
-        desktop.wait_until(lambda: self.corner(panel) == (1024, 768 - bar - 6), 5,
-                           "the panel at the smaller screen's bar")
+        desktop.wait_until(lambda: self.corner(panel) == (1024, LOWER_END), 5,
+                           "the panel in the smaller screen's corner")
 
     def use_mode(self, mode):
         subprocess.run(["xrandr", "--output", "screen", "--mode", mode], check=True)
