@@ -14,6 +14,8 @@
 #include <QTcpServer>
 #include <QtQuickTest>
 
+#include <cmath>
+
 Q_IMPORT_QML_PLUGIN(TidewickPlugin)
 
 using namespace tidewick;
@@ -88,6 +90,31 @@ public:
                     places.append(QPoint(x, y));
         return places;
     }
+    Q_INVOKABLE bool hasChanged(QQuickItem *item) const { return pictureOf(item) != m_picture; }
+    Q_INVOKABLE static QColor cornerOf(QQuickItem *item)
+    {
+        return pictureOf(item).pixelColor(0, 0);
+    }
+    /// The colour in the picture of `item` that differs most from that of its corner.
+    Q_INVOKABLE static QColor strongestPixelOf(QQuickItem *item)
+    {
+        const QImage picture = pictureOf(item);
+        const QColor ground = picture.pixelColor(0, 0);
+        const auto distance = [&ground](const QColor &color) {
+            return std::hypot(color.redF() - ground.redF(), color.greenF() - ground.greenF(),
+                              color.blueF() - ground.blueF());
+        };
+        QColor strongest = ground;
+        for (int y = 0; y < picture.height(); ++y)
+            for (int x = 0; x < picture.width(); ++x)
+                if (distance(picture.pixelColor(x, y)) > distance(strongest))
+                    strongest = picture.pixelColor(x, y);
+        return strongest;
+    }
+    Q_INVOKABLE static void save(QQuickItem *item, const QString &file)
+    {
+        pictureOf(item).save(file);
+    }
     /// A click on the middle of `item`, `timestamp` milliseconds after the pointer's first event.
     Q_INVOKABLE static void click(QQuickItem *item, int timestamp)
     {
@@ -107,8 +134,10 @@ Q_SIGNALS:
 private:
     static QImage pictureOf(QQuickItem *item)
     {
-        const QRectF place(item->mapToScene({}), item->size());
-        return item->window()->grabWindow().copy(place.toAlignedRect());
+        const QImage picture = item->window()->grabWindow();
+        const double pixelsPerPoint = double(picture.width()) / item->window()->width();
+        const QPointF corner = item->mapToScene({}) * pixelsPerPoint;
+        return picture.copy({corner.toPoint(), (item->size() * pixelsPerPoint).toSize()});
     }
 
     void write(const QString &line)

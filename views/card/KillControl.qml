@@ -63,6 +63,7 @@ Item {
         contentItem: Symbol {
             name: "xmark"
             size: 10
+            weight: Font.Medium
             color: colors.white(stop.hovered ? 0.8 : 0.5)
         }
     }

@@ -191,6 +191,7 @@ Item {
                             anchors.verticalCenter: parent.verticalCenter
                             name: "arrow.up.forward"
                             size: 11
+                            weight: Font.DemiBold
                         }
 
                         PlainText {
@@ -214,6 +215,7 @@ Item {
                     contentItem: Symbol {
                         name: card.isExpanded ? "chevron.up" : "chevron.down"
                         size: 12
+                        weight: Font.Medium
                         color: colors.white(expand.hovered ? 0.8 : 0.5)
                     }
                 }

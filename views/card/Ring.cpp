@@ -5,16 +5,16 @@
 namespace tidewick
 {
 
-Ring::Ring(QQuickItem *parent) : QQuickPaintedItem(parent)
+Ring::Ring(QQuickItem *parent) : Picture(parent)
 {
-    setAntialiasing(true);
-    connect(this, &Ring::changed, this, [this] { update(); });
+    connect(this, &Ring::changed, this, &Ring::redraw);
 }
 
-void Ring::paint(QPainter *painter)
+void Ring::draw(QPainter &painter, const QRectF &place, double pixelsPerPoint) const
 {
-    painter->setPen(QPen(m_color, m_lineWidth));
-    painter->drawEllipse(boundingRect().center(), m_diameter / 2, m_diameter / 2);
+    const double radius = m_diameter / 2 * pixelsPerPoint;
+    painter.setPen(QPen(m_color, m_lineWidth * pixelsPerPoint));
+    painter.drawEllipse(place.center(), radius, radius);
 }
 
 } // namespace tidewick

@@ -1,15 +1,15 @@
 #pragma once
 
+#include "views/controls/Picture.h"
+
 #include <QColor>
-#include <QQuickPaintedItem>
-#include <QtQmlIntegration>
 
 namespace tidewick
 {
 
 /// A circle in the middle of an item that has room for it at its largest. Unlike a rounded
 /// rectangle of Qt Quick, it is smooth at every size without OpenGL.
-class Ring : public QQuickPaintedItem
+class Ring : public Picture
 {
     Q_OBJECT
     QML_ELEMENT
@@ -21,10 +21,11 @@ class Ring : public QQuickPaintedItem
 public:
     explicit Ring(QQuickItem *parent = nullptr);
 
-    void paint(QPainter *painter) override;
-
 Q_SIGNALS:
     void changed();
+
+protected:
+    void draw(QPainter &painter, const QRectF &place, double pixelsPerPoint) const override;
 
 private:
     qreal m_diameter = 0;

@@ -1,16 +1,39 @@
 #include "views/controls/Symbol.h"
 
+#include <QFile>
 #include <QPainter>
 #include <QSvgRenderer>
 
 namespace tidewick
 {
-
-Symbol::Symbol(QQuickItem *parent) : QQuickPaintedItem(parent)
+namespace
 {
-    connect(this, &Symbol::nameChanged, this, [this] { update(); });
-    connect(this, &Symbol::colorChanged, this, [this] { update(); });
-    connect(this, &Symbol::angleChanged, this, [this] { update(); });
+
+/// The width of a line, in points, where a symbol has its usual size.
+QByteArray lineWidth(int weight)
+{
+    if (weight >= QFont::DemiBold)
+        return "1.8";
+    return weight >= QFont::Medium ? "1.5" : "1.4";
+}
+
+/// The drawing of a symbol. The side of its view box is the symbol's usual size in points, and its
+/// straight lines run through the middles of pixels there. Lines of the usual width take that of
+/// the weight.
+QByteArray drawing(const QString &name, int weight)
+{
+    QFile file(QStringLiteral(":/qt/qml/Tidewick/controls/symbols/%1.svg").arg(name));
+    if (!file.open(QIODevice::ReadOnly))
+        return {};
+    return file.readAll().replace("stroke-width=\"1.4\"",
+                                  "stroke-width=\"" + lineWidth(weight) + '"');
+}
+
+} // namespace
+
+Symbol::Symbol(QQuickItem *parent) : Picture(parent)
+{
+    connect(this, &Symbol::changed, this, &Symbol::redraw);
 }
 
 void Symbol::setSize(qreal size)
@@ -21,25 +44,25 @@ void Symbol::setSize(qreal size)
     Q_EMIT sizeChanged();
 }
 
-void Symbol::paint(QPainter *painter)
+void Symbol::draw(QPainter &painter, const QRectF &place, double /*pixelsPerPoint*/) const
 {
-    const QRectF place = boundingRect();
-    painter->setRenderHint(QPainter::Antialiasing);
-    painter->translate(place.center());
-    painter->rotate(m_angle);
-    painter->translate(-place.center());
-    drawSymbol(*painter, m_name, place, m_color);
+    painter.translate(place.center());
+    painter.rotate(m_angle);
+    painter.translate(-place.center());
+    drawSymbol(painter, m_name, place, m_color, m_weight);
 }
 
-bool drawSymbol(QPainter &painter, const QString &name, const QRectF &place, const QColor &color)
+bool drawSymbol(QPainter &painter, const QString &name, const QRectF &place, const QColor &color,
+                int weight)
 {
-    QSvgRenderer symbol(QStringLiteral(":/qt/qml/Tidewick/controls/symbols/%1.svg").arg(name));
+    QSvgRenderer symbol(drawing(name, weight));
     if (!symbol.isValid())
         return false;
     symbol.render(&painter, place);
-    // The pictures are white. Their pixels take the colour and its opacity.
+    // The drawings are white. Their pixels take the colour and its opacity.
+    painter.resetTransform();
     painter.setCompositionMode(QPainter::CompositionMode_SourceIn);
-    painter.fillRect(place, color);
+    painter.fillRect(painter.viewport(), color);
     return true;
 }
 

@@ -1,46 +1,50 @@
 #pragma once
 
+#include "views/controls/Picture.h"
+
 #include <QColor>
-#include <QQuickPaintedItem>
+#include <QFont>
 #include <QString>
-#include <QtQmlIntegration>
 
 namespace tidewick
 {
 
 /// Draws the symbol `name` into `place` of an otherwise empty picture; false if it does not exist.
-bool drawSymbol(QPainter &painter, const QString &name, const QRectF &place, const QColor &color);
+/// Its lines are as strong as those of a text of `weight`.
+bool drawSymbol(QPainter &painter, const QString &name, const QRectF &place, const QColor &color,
+                int weight = QFont::Normal);
 
-/// One of our own symbols, drawn in `color` and as sharp as the screen allows. A name that does not
-/// exist draws nothing.
-class Symbol : public QQuickPaintedItem
+/// One of our own symbols, drawn in `color`. A name that does not exist draws nothing.
+class Symbol : public Picture
 {
     Q_OBJECT
     QML_ELEMENT
-    Q_PROPERTY(QString name MEMBER m_name NOTIFY nameChanged)
-    Q_PROPERTY(QColor color MEMBER m_color NOTIFY colorChanged)
+    Q_PROPERTY(QString name MEMBER m_name NOTIFY changed)
+    Q_PROPERTY(QColor color MEMBER m_color NOTIFY changed)
+    Q_PROPERTY(int weight MEMBER m_weight NOTIFY changed)
     /// Width and height, in points.
     Q_PROPERTY(qreal size READ size WRITE setSize NOTIFY sizeChanged)
     /// Degrees clockwise about the middle. The symbol is drawn turned, because the software scene
     /// graph turns finished pictures pixel by pixel.
-    Q_PROPERTY(qreal angle MEMBER m_angle NOTIFY angleChanged)
+    Q_PROPERTY(qreal angle MEMBER m_angle NOTIFY changed)
 
 public:
     explicit Symbol(QQuickItem *parent = nullptr);
 
     qreal size() const { return implicitWidth(); }
     void setSize(qreal size);
-    void paint(QPainter *painter) override;
 
 Q_SIGNALS:
-    void nameChanged();
-    void colorChanged();
+    void changed();
     void sizeChanged();
-    void angleChanged();
+
+protected:
+    void draw(QPainter &painter, const QRectF &place, double pixelsPerPoint) const override;
 
 private:
     QString m_name;
     QColor m_color = Qt::white;
+    int m_weight = QFont::Normal;
     qreal m_angle = 0;
 };
 

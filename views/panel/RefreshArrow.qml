@@ -10,6 +10,7 @@ Symbol {
 
     name: "arrow.clockwise"
     size: 13
+    weight: Font.Medium
 
     RotationAnimation on angle {
         objectName: "turning"

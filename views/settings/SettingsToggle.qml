@@ -50,6 +50,7 @@ T.CheckBox {
             visible: box.checked
             name: "checkmark"
             size: 10
+            weight: Font.DemiBold
             color: system.highlightedText
         }
     }

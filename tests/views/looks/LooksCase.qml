@@ -1,0 +1,100 @@
+import QtQuick
+import QtTest
+import Tidewick
+import TidewickTest
+
+// A panel over a made-up machine, which looks the same in every run.
+TestCase {
+    id: test
+
+    width: 480
+    height: 540
+    visible: true
+    when: windowShown
+
+    property Machine machine
+    property ContentView view
+
+    readonly property var shop: ({
+            port: 3000,
+            pid: "812",
+            command: "node node_modules/.bin/vite server.js",
+            figures: "614400 45.0",
+            elapsed: "02:05:00",
+            directory: "/srv/shop",
+            live: true
+        })
+    readonly property var api: ({
+            port: 7000,
+            pid: "99",
+            command: "node index.js",
+            figures: "45056 2.0",
+            elapsed: "03:10",
+            directory: "/srv/api"
+        })
+
+    Component {
+        id: machineComponent
+
+        Machine {}
+    }
+
+    Component {
+        id: viewComponent
+
+        ContentView {
+            width: 480
+            height: 540
+        }
+    }
+
+    function init() {
+        machine = machineComponent.createObject(test);
+        machine.setKill(0, 0);
+        machine.reduceMotion(true);
+    }
+
+    function cleanup() {
+        machine.setSlow(false);
+        view.destroy();
+        machine.destroy();
+        wait(0);
+    }
+
+    function show(listeners) {
+        machine.listen(listeners);
+        view = viewComponent.createObject(test, {
+            panel: machine.panel
+        });
+        tryCompare(machine.panel, "runningCount", listeners.length);
+        tryCompare(machine.panel, "isLoading", false);
+        if (listeners.length > 0)
+            tryVerify(() => card(listeners.length - 1) !== null);
+    }
+
+    function card(row) {
+        return findChild(view, "cards").itemAtIndex(row);
+    }
+
+    // The items in `item` that pass `test`, in the order of their declaration.
+    function items(item, test) {
+        return (test(item) ? [item] : []).concat(...Array.from(item.children, child => items(child, test)));
+    }
+
+    function symbol(item, name) {
+        return items(item, one => one instanceof Symbol && one.name === name)[0];
+    }
+
+    function text(item, words) {
+        return items(item, one => one instanceof Text && one.text === words)[0];
+    }
+
+    // Until two pictures are alike.
+    function settle() {
+        tryVerify(() => {
+            machine.rememberPicture(view);
+            wait(150);
+            return !machine.hasChanged(view);
+        }, 10000);
+    }
+}

@@ -1,0 +1,74 @@
+#include "views/controls/Picture.h"
+
+#include <QPainter>
+#include <QQuickWindow>
+#include <QSGImageNode>
+#include <QSGTexture>
+
+#include <algorithm>
+#include <cmath>
+
+namespace tidewick
+{
+
+Picture::Picture(QQuickItem *parent) : QQuickItem(parent)
+{
+    setFlag(ItemHasContents);
+}
+
+void Picture::redraw()
+{
+    m_isStale = true;
+    update();
+}
+
+QSGNode *Picture::updatePaintNode(QSGNode *old, UpdatePaintNodeData * /*data*/)
+{
+    const double pixelsPerPoint = window()->effectiveDevicePixelRatio();
+    const QSize pixels((size() * pixelsPerPoint).toSize());
+    if (pixels.isEmpty()) {
+        delete old;
+        m_isStale = true;
+        return nullptr;
+    }
+    auto *node = static_cast<QSGImageNode *>(old);
+    if (node == nullptr) {
+        node = window()->createImageNode();
+        node->setFiltering(QSGTexture::Nearest);
+        node->setOwnsTexture(true);
+        m_isStale = true;
+    }
+    if (m_isStale) {
+        QImage image(pixels, QImage::Format_ARGB32_Premultiplied);
+        image.fill(Qt::transparent);
+        QPainter painter(&image);
+        painter.setRenderHint(QPainter::Antialiasing);
+        draw(painter, image.rect(), pixelsPerPoint);
+        painter.end();
+        node->setTexture(window()->createTextureFromImage(image));
+        node->setSourceRect(image.rect());
+        m_isStale = false;
+    }
+    // Both edges are rounded to the same side, also halfway between two pixels.
+    constexpr double nudge = 1.0 / 64;
+    QRectF place({}, QSizeF(pixels) / pixelsPerPoint);
+    place.moveCenter(boundingRect().center() - QPointF(nudge, nudge) / pixelsPerPoint);
+    node->setRect(place);
+    return node;
+}
+
+void Picture::itemChange(ItemChange change, const ItemChangeData &data)
+{
+    if (change == ItemDevicePixelRatioHasChanged)
+        redraw();
+    QQuickItem::itemChange(change, data);
+}
+
+void Picture::geometryChange(const QRectF &now, const QRectF &before)
+{
+    QQuickItem::geometryChange(now, before);
+    if (now.size() != before.size())
+        redraw();
+}
+
+} // namespace tidewick

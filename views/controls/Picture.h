@@ -1,0 +1,33 @@
+#pragma once
+
+#include <QQuickItem>
+#include <QtQmlIntegration>
+
+namespace tidewick
+{
+
+/// An item that is drawn in device pixels, sharp at any scale: a pixel of its picture is a pixel of
+/// the screen, wherever the item stands.
+class Picture : public QQuickItem
+{
+    Q_OBJECT
+    QML_ANONYMOUS
+
+public:
+    explicit Picture(QQuickItem *parent = nullptr);
+
+protected:
+    /// Draws into `place`, whole device pixels of an otherwise empty picture.
+    virtual void draw(QPainter &painter, const QRectF &place, double pixelsPerPoint) const = 0;
+    /// To be called when it is to be drawn again.
+    void redraw();
+
+    QSGNode *updatePaintNode(QSGNode *old, UpdatePaintNodeData *data) override;
+    void itemChange(ItemChange change, const ItemChangeData &data) override;
+    void geometryChange(const QRectF &now, const QRectF &before) override;
+
+private:
+    bool m_isStale = true;
+};
+
+} // namespace tidewick
