@@ -5,6 +5,7 @@
 #include <QPainter>
 
 #include <algorithm>
+#include <array>
 #include <cmath>
 
 namespace tidewick
@@ -14,6 +15,9 @@ namespace
 
 constexpr qreal barHeight = 22; // points: the height that hosts give to a status icon
 constexpr qreal titleGap = 4;   // points between icon and title
+
+/// The part of the icon that is enough to know it by, where there is little room.
+constexpr QRectF emblemPart(0.25, 0, 0.5, 0.75);
 
 QImage emptyImage(int width, int height)
 {
@@ -37,33 +41,68 @@ void drawIcon(QPainter &painter, const QImage &icon, QSizeF size, qreal left, in
     painter.drawImage(QPoint(qRound(left), (height - scaled.height()) / 2), scaled);
 }
 
-/// A badge in the lower right corner with a clear rim around it, so that it stands off the icon.
-void drawBadge(QPainter &painter, const QString &text, int side)
+/// The width of what is left free around and between things.
+qreal rimOf(int side)
 {
-    const qreal rim = std::max(1.0, side / 22.0);
-    QFont font = digitFont(side * 0.55, QFont::Bold);
-    const qreal room = side - 2 * rim;
+    return std::max(1.0, std::round(side / 20.0));
+}
+
+QImage emblemOf(const QImage &icon)
+{
+    const QRectF part(emblemPart.x() * icon.width(), emblemPart.y() * icon.height(),
+                      emblemPart.width() * icon.width(), emblemPart.height() * icon.height());
+    return icon.copy(part.toRect());
+}
+
+/// The number in a badge in the lower right corner of a square.
+struct Badge
+{
+    QFont font;
+    QRectF box;
+    QPointF baseline; // where the text begins
+
+    Badge(const QString &text, int side);
+    void draw(QPainter &painter, const QString &text) const;
+};
+
+Badge::Badge(const QString &text, int side) : font(digitFont(side * 0.5, QFont::Bold))
+{
+    const qreal padding = rimOf(side);
+    const qreal room = side - 2 * padding;
     qreal width = QFontMetricsF(font).horizontalAdvance(text);
     if (width > room) {
         font = digitFont(std::floor(font.pixelSize() * room / width), QFont::Bold);
         width = QFontMetricsF(font).horizontalAdvance(text);
     }
-    const qreal height = std::ceil(QFontMetricsF(font).capHeight() + 4 * rim);
-    const qreal badgeWidth = std::min<qreal>(side, std::max(height, std::ceil(width) + 4 * rim));
-    const QRectF badge(side - badgeWidth, side - height, badgeWidth, height);
-    const qreal radius = height / 3;
+    const qreal height = std::ceil(QFontMetricsF(font).capHeight()) + 2 * padding;
+    const qreal boxWidth = std::min<qreal>(side, std::max(height, std::ceil(width) + 2 * padding));
+    box = QRectF(side - boxWidth, side - height, boxWidth, height);
+    baseline = QPointF(box.center().x() - width / 2, box.bottom() - padding);
+}
 
+void Badge::draw(QPainter &painter, const QString &text) const
+{
     painter.setPen(Qt::NoPen);
-    painter.setCompositionMode(QPainter::CompositionMode_Clear);
-    painter.setBrush(Qt::black);
-    painter.drawRoundedRect(badge.adjusted(-rim, -rim, rim, rim), radius + rim, radius + rim);
-    painter.setCompositionMode(QPainter::CompositionMode_SourceOver);
     painter.setBrush(statusInk);
-    painter.drawRoundedRect(badge, radius, radius);
-
+    painter.drawRoundedRect(box, box.height() / 4, box.height() / 4);
     painter.setFont(font);
     painter.setPen(Qt::white);
-    painter.drawText(QPointF(badge.center().x() - width / 2, badge.bottom() - 2 * rim), text);
+    painter.drawText(baseline, text);
+}
+
+/// What of a square begins in the upper left corner and ends above, or beside, the badge.
+std::array<QSize, 2> roomsClearOf(const QRectF &badge, int side)
+{
+    const qreal rim = rimOf(side);
+    return {QSizeF(side, badge.top() - rim).toSize(), QSizeF(badge.left() - rim, side).toSize()};
+}
+
+/// The size of `picture` in that of the rooms in which it can be larger.
+QSize largerFit(QSize picture, const std::array<QSize, 2> &rooms)
+{
+    const QSize one = picture.scaled(rooms[0], Qt::KeepAspectRatio);
+    const QSize other = picture.scaled(rooms[1].expandedTo(QSize(0, 0)), Qt::KeepAspectRatio);
+    return one.height() >= other.height() ? one : other;
 }
 
 } // namespace
@@ -77,13 +116,17 @@ QImage plainStatusImage(const QImage &icon, QSize points, int side)
     return image;
 }
 
-QImage badgedStatusImage(const QImage &icon, QSize points, const StatusTitle &title, int side)
+QImage badgedStatusImage(const QImage &icon, QSize /*points*/, const StatusTitle &title, int side)
 {
     QImage image = emptyImage(side, side);
     QPainter painter(&image);
     painter.setRenderHint(QPainter::Antialiasing);
-    drawIcon(painter, icon, QSizeF(points) * (side / barHeight), 0, side);
-    drawBadge(painter, title.text, side);
+    const Badge badge(title.text, side);
+    const QImage emblem = emblemOf(icon);
+    const QSize room = largerFit(emblem.size(), roomsClearOf(badge.box, side));
+    const QImage scaled = emblem.scaled(room, Qt::KeepAspectRatio, Qt::SmoothTransformation);
+    painter.drawImage(QPoint(0, 0), scaled);
+    badge.draw(painter, title.text);
     return image;
 }
 

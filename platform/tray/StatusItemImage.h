@@ -10,14 +10,15 @@ namespace tidewick
 {
 
 /// The sizes, in pixels, that bars ask for, at 1x and 2x.
-inline constexpr std::array<int, 5> statusIconSides{22, 24, 32, 48, 64};
+inline constexpr std::array<int, 6> statusIconSides{16, 22, 24, 32, 48, 64};
 
 /// The icon alone, centred in a square of `side` pixels. The square stands for a bar 22 points
 /// high, so an icon of 18 points fills 18/22 of it.
 QImage plainStatusImage(const QImage &icon, QSize points, int side);
 
 /// Icon and title in one square, for a bar that shows only square icons. The title is a badge in
-/// the lower right corner, large enough for legible digits.
+/// the lower right corner, large enough for legible digits. The emblem, which is the upper three
+/// quarters of the middle half of the icon, is whole and as large as the badge allows.
 QImage badgedStatusImage(const QImage &icon, QSize points, const StatusTitle &title, int side);
 
 /// Icon and title side by side in a picture `height` pixels high, for a bar that keeps its width.

@@ -43,7 +43,7 @@ class StatusItemTest(unittest.TestCase):
     def test_shows_only_the_icon_and_no_label_on_this_host(self):
         self.launch()
         item = desktop.StatusItem()
-        self.assertEqual(item.icon_sizes(), [22, 24, 32, 48, 64])
+        self.assertEqual(item.icon_sizes(), [16, 22, 24, 32, 48, 64])
         self.assertEqual(item.property("IconName"), "(<''>,)")
         self.assertIsNone(item.property("XAyatanaLabel"))
         self.assertEqual(item.property("ItemIsMenu"), "(<false>,)")

@@ -3,6 +3,8 @@
 
 #include <gtest/gtest.h>
 
+#include <QPainter>
+
 #include <algorithm>
 #include <array>
 #include <cmath>
@@ -13,7 +15,7 @@ namespace
 {
 
 constexpr QSize points(18, 18);
-constexpr std::array<int, 5> sides{22, 24, 32, 48, 64};
+constexpr std::array<int, 6> sides{16, 22, 24, 32, 48, 64};
 
 /// An icon that is red all over.
 QImage redIcon()
@@ -50,6 +52,11 @@ bool isVisible(const QColor &color)
 bool isRed(const QColor &color)
 {
     return isVisible(color) && color.red() > 200 && color.green() < 50;
+}
+
+bool isYellow(const QColor &color)
+{
+    return isVisible(color) && color.red() > 200 && color.green() > 150 && color.blue() < 100;
 }
 
 bool isWhite(const QColor &color)
@@ -92,13 +99,25 @@ TEST(StatusItemImage, badgeStaysInsideTheSquareAtEverySizeAndNumber)
     }
 }
 
-TEST(StatusItemImage, badgeIsLegibleAndLeavesTheIconToBeSeen)
+TEST(StatusItemImage, badgeIsLegibleBesideTheWholeEmblem)
 {
+    // Only the emblem is red.
+    QImage icon = redIcon();
+    icon.fill(Qt::yellow);
+    QPainter painter(&icon);
+    painter.fillRect(36, 0, 72, 108, Qt::red);
+    painter.end();
     for (const int side : sides) {
-        for (const char *text : {"3", "12"}) {
-            const QImage image = badgedStatusImage(redIcon(), points, title(text), side);
-            EXPECT_GE(extent(image, isWhite).height(), side * 3 / 10) << text << " at " << side;
-            EXPECT_GE(extent(image, isRed).height(), side / 3) << text << " at " << side;
+        for (const char *text : {"3", "12", "137"}) {
+            const QImage image = badgedStatusImage(icon, points, title(text), side);
+            const QRect digits = extent(image, isWhite);
+            const QRect emblem = extent(image, isRed);
+            EXPECT_GE(digits.height(), side * (qstrlen(text) < 3 ? 3 : 2) / 10)
+                << text << " at " << side;
+            EXPECT_GE(emblem.height(), side * 4 / 10) << text << " at " << side;
+            EXPECT_NEAR(emblem.width() * 3, emblem.height() * 2, 3) << text << " at " << side;
+            EXPECT_FALSE(emblem.intersects(digits)) << text << " at " << side;
+            EXPECT_EQ(extent(image, isYellow), QRect()) << text << " at " << side;
         }
     }
 }
