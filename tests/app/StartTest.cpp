@@ -1,6 +1,6 @@
-#include "tests/support/SharedDirectory.h"
 #include "tests/support/TestText.h"
-#include "tests/support/Users.h"
+#include "tests/support/system/SharedDirectory.h"
+#include "tests/support/system/Users.h"
 
 #include <gtest/gtest.h>
 

@@ -1,7 +1,7 @@
 // What the supplied tools cost against the stock ones and ss, in one run: tools_bench DIRECTORY
 // [PROCESSES...] measures those in DIRECTORY beside 160 listeners, with that many more processes.
 #include "tests/libexec/OddProcess.h"
-#include "tests/support/SharedDirectory.h"
+#include "tests/support/system/SharedDirectory.h"
 
 #include <QElapsedTimer>
 

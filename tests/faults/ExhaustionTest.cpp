@@ -1,7 +1,7 @@
 #include "tests/faults/BrokenTools.h"
 #include "tests/support/TestText.h"
-#include "tests/support/Users.h"
 #include "tests/support/WaitUntil.h"
+#include "tests/support/system/Users.h"
 
 #include <QDir>
 

@@ -3,7 +3,7 @@
 #include "state/AppState.h"
 #include "state/Workers.h"
 #include "tests/support/ServerProgram.h"
-#include "tests/support/SharedDirectory.h"
+#include "tests/support/system/SharedDirectory.h"
 
 #include <gtest/gtest.h>
 

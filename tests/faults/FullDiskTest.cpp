@@ -1,8 +1,8 @@
 // Runs in a view of the files of its own, in which it mounts a small disk.
 
 #include "platform/session/AutostartEntry.h"
-#include "tests/support/Namespaces.h"
 #include "tests/support/TestText.h"
+#include "tests/support/system/Namespaces.h"
 
 #include <gtest/gtest.h>
 

@@ -1,7 +1,7 @@
 #include "tests/libexec/OddProcess.h"
 
-#include "tests/support/SharedDirectory.h"
-#include "tests/support/Users.h"
+#include "tests/support/system/SharedDirectory.h"
+#include "tests/support/system/Users.h"
 
 #include <QElapsedTimer>
 

@@ -1,9 +1,9 @@
 #pragma once
 
 #include "tests/libexec/OddProcess.h"
-#include "tests/support/Namespaces.h"
-#include "tests/support/SharedDirectory.h"
-#include "tests/support/Users.h"
+#include "tests/support/system/Namespaces.h"
+#include "tests/support/system/SharedDirectory.h"
+#include "tests/support/system/Users.h"
 
 #include <gtest/gtest.h>
 

@@ -14,10 +14,10 @@
 #include "scan/http/CurlHttpClient.h"
 #include "state/AppState.h"
 #include "state/Workers.h"
-#include "tests/support/Holdings.h"
-#include "tests/support/SharedDirectory.h"
-#include "tests/support/Users.h"
 #include "tests/support/WaitUntil.h"
+#include "tests/support/system/Holdings.h"
+#include "tests/support/system/SharedDirectory.h"
+#include "tests/support/system/Users.h"
 
 #include <QCoroTask>
 

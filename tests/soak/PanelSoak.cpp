@@ -4,8 +4,8 @@
 // no card is shown in between.
 
 #include "state/Workers.h"
-#include "tests/support/Holdings.h"
 #include "tests/support/WaitUntil.h"
+#include "tests/support/system/Holdings.h"
 #include "views/panel/Panel.h"
 
 #include <QGuiApplication>

@@ -9,9 +9,9 @@
 #include "scan/http/CurlHttpClient.h"
 #include "state/AppState.h"
 #include "state/Workers.h"
-#include "tests/support/Holdings.h"
 #include "tests/support/ServerProgram.h"
 #include "tests/support/WaitUntil.h"
+#include "tests/support/system/Holdings.h"
 
 #include <QCoroTask>
 

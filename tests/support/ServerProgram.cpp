@@ -1,6 +1,6 @@
 #include "tests/support/ServerProgram.h"
 
-#include "tests/support/Users.h"
+#include "tests/support/system/Users.h"
 
 #include <QDeadlineTimer>
 #include <QDir>

@@ -3,7 +3,7 @@
 #include "platform/session/DesktopEntry.h"
 #include "tests/support/ServerProgram.h"
 #include "tests/support/TestText.h"
-#include "tests/support/Users.h"
+#include "tests/support/system/Users.h"
 
 #include <gtest/gtest.h>
 

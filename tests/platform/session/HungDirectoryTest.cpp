@@ -1,4 +1,4 @@
-#include "tests/support/HungDirectory.h"
+#include "tests/support/system/HungDirectory.h"
 #include "platform/session/DesktopWorkspace.h"
 #include "platform/session/DirectoryCheck.h"
 #include "tests/support/PrivateBus.h"

@@ -1,4 +1,4 @@
-#include "tests/support/Users.h"
+#include "tests/support/system/Users.h"
 
 #include <QtGlobal>
 

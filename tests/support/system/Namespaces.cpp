@@ -1,4 +1,4 @@
-#include "tests/support/Namespaces.h"
+#include "tests/support/system/Namespaces.h"
 
 #include <string>
 

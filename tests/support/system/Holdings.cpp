@@ -1,4 +1,4 @@
-#include "tests/support/Holdings.h"
+#include "tests/support/system/Holdings.h"
 
 #include <QDir>
 #include <QFile>

@@ -1,6 +1,6 @@
-#include "tests/support/HungDirectory.h"
+#include "tests/support/system/HungDirectory.h"
 
-#include "tests/support/Namespaces.h"
+#include "tests/support/system/Namespaces.h"
 
 #include <array>
 #include <cerrno>
@@ -34,8 +34,9 @@ void answerToInit(int device, const fuse_in_header &request)
     [[maybe_unused]] const ssize_t written = write(device, &answer, sizeof answer);
 }
 
-/// Takes every request, so that nobody who asked can be killed any more. Holds no descriptor but the
-/// device: whoever waits for the end of the test program's output does not wait for this process.
+/// Takes every request, so that nobody who asked can be killed any more. Holds no descriptor but
+/// the device: whoever waits for the end of the test program's output does not wait for this
+/// process.
 [[noreturn]] void takeRequests(int opened, pid_t parent)
 {
     constexpr int device = 0;

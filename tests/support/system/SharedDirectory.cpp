@@ -1,4 +1,4 @@
-#include "tests/support/SharedDirectory.h"
+#include "tests/support/system/SharedDirectory.h"
 
 #include <QFile>
 
