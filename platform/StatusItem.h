@@ -54,6 +54,8 @@ struct ClickEvent
     ClickType type = ClickType::leftMouseUp;
     std::optional<QPoint> position;
     bool isInPixels = false;
+    /// The pointer is on the item's menu and not on the item.
+    bool isInMenu = false;
 };
 
 /// The program's place in the desktop's status bar: an icon, a text beside it, and one action for

@@ -6,6 +6,7 @@
 
 #include <QCoreApplication>
 #include <QCoroDBusPendingReply>
+#include <QCursor>
 #include <QDBusConnectionInterface>
 #include <QDBusMessage>
 #include <QDBusPendingReply>
@@ -84,7 +85,10 @@ StatusNotifierItem::StatusNotifierItem(ClickHandler clicked, const QString &busA
       m_menuObject(std::make_unique<DBusObject>()),
       m_menu(new DBusMenu(m_menuObject.get()))
 {
-    m_menu->setWanted([this] { m_clicked({ClickType::rightMouseUp, {}}); });
+    m_menu->setWanted([this] {
+        m_menuPlace = QCursor::pos();
+        m_clicked({ClickType::rightMouseUp, {}});
+    });
     exportItem();
     m_bus.registerObject(menuPath, m_menuObject.get(), QDBusConnection::ExportAdaptors);
     auto *watcher =
@@ -186,7 +190,9 @@ void StatusNotifierItem::openMenu(const QList<MenuItem> &items)
     QList<MenuItem> entries = items;
     if (!m_host.activates)
         entries.prepend({QStringLiteral("Show Tidewick"), {}, [this] {
-                             m_clicked({ClickType::leftMouseUp, {}});
+                             m_clicked({.type = ClickType::leftMouseUp,
+                                        .position = m_menuPlace,
+                                        .isInMenu = true});
                          }});
     m_menu->setItems(entries);
 }

@@ -61,6 +61,7 @@ private:
     DBusMenu *m_menu;
 
     TrayHost m_host;
+    QPoint m_menuPlace; // the pointer's when the menu was about to open, so on the item
     StatusItemState m_state;
     bool m_hasWatcher = true; // until it is known
     bool m_hasHost = false;

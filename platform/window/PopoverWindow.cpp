@@ -116,7 +116,7 @@ void PopoverWindow::prepare(const std::optional<ClickEvent> &event)
                             Qt::WindowSystemMenuHint | Qt::WindowCloseButtonHint);
     if (event)
         m_anchor = itemAnchor({.screens = screenAreas(),
-                               .pointer = pointerPlace(m_buttons),
+                               .pointer = event->isInMenu ? std::nullopt : pointerPlace(m_buttons),
                                .isClick = m_buttons.isClicking(),
                                .told = event->position,
                                .last = m_anchor,

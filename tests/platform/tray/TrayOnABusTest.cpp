@@ -129,6 +129,7 @@ TEST_F(TrayOnABus, menuOpensThePanelWhereNoClickDoes)
             {1, QStringLiteral("clicked"), QVariant::fromValue(QDBusVariant(QString())), 0U});
     EXPECT_TRUE(waitUntil([this] { return !clicks.isEmpty(); }));
     EXPECT_EQ(clicks.value(0).type, ClickType::leftMouseUp);
+    EXPECT_TRUE(clicks.value(0).isInMenu);
 }
 
 TEST_F(TrayOnABus, menuHasNoOtherEntriesElsewhere)
