@@ -36,8 +36,6 @@ static int program = -1; /* what the file holds; -1: nothing that could be read 
 static int wasAsked[2];
 static int doesHang[2];
 static volatile sig_atomic_t isDead;
-/* No test takes so long. Then its readers go on, and the test fails instead of waiting for ever. */
-enum { secondsDead = 60 };
 static pid_t server;
 
 static void refuse(const char *what)
@@ -74,7 +72,6 @@ static struct fuse_attr attributes(uint64_t node)
 static void die(int signal)
 {
     isDead = signal;
-    alarm(secondsDead);
 }
 
 static void answerRead(const struct fuse_in_header *request)
@@ -122,6 +119,10 @@ static void serve(void)
 {
     static char request[1U << 17U];
     signal(SIGUSR1, die);
+    sigset_t signals;
+    sigemptyset(&signals);
+    sigaddset(&signals, SIGUSR1);
+    sigprocmask(SIG_UNBLOCK, &signals, NULL);
     for (;;) {
         const ssize_t size = read(device, request, sizeof request);
         if (size < 0 && errno != EINTR && errno != ENOENT)
@@ -276,6 +277,11 @@ int main(int argc, char *argv[])
 {
     if (argc != 5 || pipe2(wasAsked, O_CLOEXEC) != 0 || pipe2(doesHang, O_CLOEXEC) != 0)
         return 1;
+    /* It may come at any time. */
+    sigset_t signals;
+    sigemptyset(&signals);
+    sigaddset(&signals, SIGUSR1);
+    sigprocmask(SIG_BLOCK, &signals, NULL);
     const int isMemory = strcmp(argv[1], "memory") == 0;
     const int isCover = strcmp(argv[1], "cover") == 0;
     const uid_t user = (uid_t)atoi(argv[2]);
@@ -305,11 +311,7 @@ int main(int argc, char *argv[])
         fflush(stdout);
     }
     /* The server stops to answer with the first signal of the test. */
-    sigset_t signals;
     int signal = 0;
-    sigemptyset(&signals);
-    sigaddset(&signals, SIGUSR1);
-    sigprocmask(SIG_BLOCK, &signals, NULL);
     while (sigwait(&signals, &signal) == 0)
         kill(server, SIGUSR1);
 }
