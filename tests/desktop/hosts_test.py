@@ -20,6 +20,7 @@ PID_FILE = os.path.join(os.environ["TIDEWICK_DESKTOP"], PROGRAM_OF_PANEL + ".pid
 WIDTH, HEIGHT = 1280 * SCALE, 800 * SCALE
 GAP = 6 * SCALE
 CLICK_OPENS = PANEL != "ayatana"  # else it opens the menu, which has an entry more
+HAS_TOOL_TIP = PANEL != "ayatana"
 # Where the entries are in the menu: 0 is its upper end, 1 its lower one.
 ENTRIES = ({"Settings": 0.5, "Quit": 0.87} if CLICK_OPENS
            else {"Show": 0.12, "Settings": 0.54, "Quit": 0.9})
@@ -34,6 +35,10 @@ def xdotool(*arguments):
 def windows(name):
     """The windows of this name that are on the screen."""
     return xdotool("search", "--onlyvisible", "--name", f"^{name}$")
+
+
+def visible_windows():
+    return set(xdotool("search", "--onlyvisible", "--class", ""))
 
 
 def geometry(window):
@@ -100,6 +105,16 @@ class HostTest(unittest.TestCase):
         desktop.end(server)
         desktop.wait_until(lambda: ink_in_bar() == alone, 12, "the icon alone again")
 
+    @unittest.skipUnless(HAS_TOOL_TIP, "this bar shows no tooltip")
+    def test_tool_tip_is_seen(self):
+        before = visible_windows()
+        xdotool("mousemove", *self.icon)
+        xdotool("mousemove_relative", 1, 1)  # some bars wait for a move on the icon
+        tip = desktop.wait_until(lambda: visible_windows() - before, 5, "the tooltip").pop()
+        desktop.screenshot(f"host-{PANEL}-{EDGE}-{SCALE}-tooltip")
+        left, top, width, height = geometry(tip)
+        self.assertTrue(width < 300 * SCALE and height < 80 * SCALE, (left, top, width, height))
+
     def test_click_opens_the_panel_beside_the_icon_and_another_closes_it(self):
         left, top, width, height = geometry(self.open_panel())
         desktop.screenshot(f"host-{PANEL}-{EDGE}-{SCALE}-open")
@@ -145,11 +160,10 @@ class HostTest(unittest.TestCase):
 
     def choose(self, entry):
         """Opens the menu and clicks an entry of it."""
-        before = set(xdotool("search", "--onlyvisible", "--class", ""))
+        before = visible_windows()
         click(*self.icon, button=3 if CLICK_OPENS else 1)
         menu = desktop.wait_until(
-            lambda: [window for window in
-                     set(xdotool("search", "--onlyvisible", "--class", "")) - before
+            lambda: [window for window in visible_windows() - before
                      if geometry(window)[2] > 80 * SCALE], 5, "the menu")[0]
         left, top, width, height = geometry(menu)
         time.sleep(0.3)  # a menu takes no click in its first moment
