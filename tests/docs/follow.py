@@ -50,7 +50,7 @@ IN_A_TEST = {
 }
 # Commands that take many minutes; they run only with --all.
 LONG = ["make bench", "make screenshots", "scripts/try-servers", "scripts/newer-qt",
-        "scripts/check-fresh", "scripts/check-package --twice",
+        "scripts/desktops", "scripts/check-fresh", "scripts/check-package --twice",
         "scripts/check-package --all"]
 SELF = [".ci/run", "scripts/check-docs --all"]
 PLACEHOLDERS = ["scripts/test -R Name", "scripts/virtual-desktop COMMAND"]
