@@ -11,7 +11,7 @@ Column {
         id: colors
     }
 
-    component Figure: PlainText {
+    component Usage: Figure {
         visible: text !== ""
         font.pixelSize: 12
     }
@@ -26,16 +26,21 @@ Column {
 
     Row {
         width: parent.width
+        topPadding: 2
         spacing: 4
 
         PlainText {
+            id: lead
+
+            objectName: "lead"
             text: summary.facts.isLive ? "Live on port" : "Port"
             color: summary.facts.isLive ? colors.faded(colors.green, 0.9) : colors.white(0.5)
             font.pixelSize: 13
         }
 
-        PlainText {
+        Figure {
             objectName: "port"
+            anchors.baseline: lead.baseline
             text: summary.facts.port
             color: summary.facts.isLive ? colors.green : colors.white(0.7)
             font.pixelSize: 13
@@ -43,7 +48,8 @@ Column {
         }
 
         PlainText {
-            anchors.verticalCenter: parent.verticalCenter
+            objectName: "bullet"
+            anchors.verticalCenter: lead.verticalCenter
             visible: framework.visible
             text: "•"
             color: colors.white(0.25)
@@ -54,6 +60,7 @@ Column {
             id: framework
 
             objectName: "framework"
+            anchors.baseline: lead.baseline
             width: Math.min(implicitWidth, summary.width - x)
             visible: text !== ""
             text: summary.facts.framework
@@ -67,19 +74,19 @@ Column {
         topPadding: 2
         spacing: 10
 
-        Figure {
+        Usage {
             objectName: "memory"
             text: summary.facts.memoryFigure
             color: colors.forLevel(summary.facts.memoryLevel)
         }
 
-        Figure {
+        Usage {
             objectName: "cpu"
             text: summary.facts.cpuFigure
             color: colors.forLevel(summary.facts.cpuLevel)
         }
 
-        Figure {
+        Usage {
             objectName: "uptime"
             text: summary.facts.uptime
             color: colors.white(0.4)

@@ -156,7 +156,7 @@ FocusScope {
                     color: colors.green
                 }
 
-                PlainText {
+                Figure {
                     objectName: "live"
                     text: content.panel.liveCount + " live"
                     color: colors.green
@@ -165,7 +165,7 @@ FocusScope {
                 }
             }
 
-            PlainText {
+            Figure {
                 objectName: "running"
                 text: content.panel.runningCount + " running"
                 color: colors.white(0.45)
@@ -174,6 +174,8 @@ FocusScope {
         }
 
         PlainButton {
+            id: quit
+
             objectName: "quit"
             anchors {
                 right: parent.right
@@ -191,10 +193,16 @@ FocusScope {
                 radius: 6
                 material: VisualEffect.HudWindow
                 blending: VisualEffect.WithinWindow
+
+                Rectangle {
+                    anchors.fill: parent
+                    radius: parent.radius
+                    color: colors.white(quit.hovered ? 0.06 : 0)
+                }
             }
             contentItem: PlainText {
                 text: "Quit"
-                color: colors.white(0.7)
+                color: colors.white(quit.hovered ? 0.9 : 0.7)
                 font.pixelSize: 12
                 font.weight: Font.Medium
             }

@@ -29,7 +29,7 @@ PlainButton {
     }
 
     contentItem: RefreshArrow {
-        color: colors.white(0.7)
+        color: colors.white(button.hovered ? 0.9 : 0.7)
         isTurning: button.isLoading
     }
 }

@@ -1,0 +1,8 @@
+import QtQuick
+import Tidewick
+
+// How the question whether to kill comes and goes, and what makes room for it.
+NumberAnimation {
+    duration: 200
+    easing.type: Easing.InOutQuad
+}
