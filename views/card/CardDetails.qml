@@ -8,6 +8,9 @@ Column {
     required property CardFacts facts
     property bool isTabStop: true
 
+    // How far below its top the row of values has its baseline, whatever the fonts.
+    readonly property real line: Math.ceil(Math.max(proportional.ascent, fixed.ascent))
+
     signal reveal
 
     topPadding: 4 + spacing
@@ -17,15 +20,32 @@ Column {
         id: colors
     }
 
+    FontMetrics {
+        id: proportional
+
+        font.pixelSize: 12
+    }
+
+    FontMetrics {
+        id: fixed
+
+        font.family: "monospace"
+        font.pixelSize: 12
+    }
+
     // A caption and its value on one line; hidden if there is no value.
-    component Labelled: Row {
+    component Labelled: Item {
+        id: labelled
+
+        required property real line
         property alias caption: caption.text
         property alias value: value.text
         property alias color: value.color
         property alias family: value.font.family
         property alias weight: value.font.weight
 
-        spacing: 6
+        implicitWidth: value.x + value.width
+        implicitHeight: Math.max(caption.y + caption.height, value.y + value.height)
         visible: value.text !== ""
 
         Colors {
@@ -35,7 +55,8 @@ Column {
         PlainText {
             id: caption
 
-            anchors.verticalCenter: parent.verticalCenter
+            objectName: text + " caption"
+            y: labelled.line - baselineOffset
             color: shades.white(0.35)
             font.pixelSize: 11
             font.weight: Font.Medium
@@ -45,18 +66,21 @@ Column {
             id: value
 
             objectName: caption.text
+            x: caption.width + 6
+            y: labelled.line - baselineOffset
             width: Math.min(implicitWidth, 170)
             color: shades.white(0.6)
             font.pixelSize: 12
         }
     }
 
-    component Figure: Labelled {
+    component Process: Labelled {
         family: "monospace"
         weight: Font.Medium
     }
 
     Rectangle {
+        objectName: "separator"
         width: parent.width
         height: 1
         color: colors.white(0.08)
@@ -65,18 +89,21 @@ Column {
     Row {
         spacing: 14
 
-        Figure {
+        Process {
+            line: details.line
             caption: "PID"
             value: details.facts.pidFigure
         }
 
-        Figure {
+        Process {
+            line: details.line
             caption: "MEM"
             value: details.facts.memory
             color: colors.forLevel(details.facts.memoryLevel)
         }
 
         Labelled {
+            line: details.line
             caption: "Script"
             value: details.facts.script
         }
@@ -94,6 +121,8 @@ Column {
         }
 
         PlainButton {
+            id: revealing
+
             readonly property bool isElided: width < implicitWidth
 
             objectName: "reveal"
@@ -106,8 +135,13 @@ Column {
             contentItem: PlainText {
                 objectName: "directory"
                 text: details.facts.directoryName
-                color: colors.faded(colors.blue, 0.9)
+                color: colors.faded(colors.blue, revealing.hovered ? 1 : 0.9)
                 font.pixelSize: 13
+                font.underline: revealing.hovered
+            }
+
+            HoverHandler {
+                cursorShape: Qt.PointingHandCursor
             }
         }
     }
