@@ -30,15 +30,10 @@ Item {
             stop.forceActiveFocus(reasonOf(cancel.activeFocus ? cancel : confirm));
     }
 
-    component Transition: NumberAnimation {
-        duration: 200
-        easing.type: Easing.InOutQuad
-    }
-
     Behavior on implicitWidth {
         enabled: control.isShown
 
-        Transition {}
+        QuestionAnimation {}
     }
 
     Colors {
@@ -86,12 +81,12 @@ Item {
         Behavior on opacity {
             enabled: control.isShown
 
-            Transition {}
+            QuestionAnimation {}
         }
         Behavior on scale {
             enabled: control.isShown
 
-            Transition {}
+            QuestionAnimation {}
         }
 
         Row {
@@ -117,7 +112,7 @@ Item {
                 contentItem: Symbol {
                     name: "xmark.circle.fill"
                     size: 20
-                    color: colors.faded(colors.red, 0.7)
+                    color: colors.faded(colors.red, cancel.hovered ? 0.9 : 0.7)
                 }
             }
 
@@ -141,7 +136,7 @@ Item {
 
                 background: Rectangle {
                     radius: 10
-                    color: colors.faded(colors.red, 0.9)
+                    color: colors.faded(confirm.hovered ? Qt.lighter(colors.red, 1.1) : colors.red, 0.9)
                 }
                 contentItem: KillLabel {
                     isBusy: control.isBusy

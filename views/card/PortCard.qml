@@ -10,6 +10,8 @@ Item {
     required property Panel panel
     required property bool isExpanded
     required property PressSequence presses
+    required property Pulse pulse
+    property bool isInView: true
     // Tab reaches one of the cards, and the arrow keys reach the others from there.
     property bool isTabStop: true
     readonly property CardFacts facts: CardFacts {
@@ -17,6 +19,8 @@ Item {
     }
     readonly property bool isBeingKilled: panel !== null && panel.killingPid === facts.pid
     property bool showKillConfirmation: false
+    // Whether the details are just entering.
+    readonly property bool isOpening: isExpanded && unrolling.running
     readonly property bool isShown: Window.visibility !== Window.Hidden
 
     signal toggleExpand
@@ -79,6 +83,13 @@ Item {
 
         response: 0.3
         dampingFraction: 0.7
+    }
+
+    Spring {
+        id: toggleSpring
+
+        response: 0.3
+        dampingFraction: 0.825
     }
 
     Spring {
@@ -146,7 +157,8 @@ Item {
 
                 objectName: "badge"
                 isLive: card.facts.isLive
-                isStill: card.panel?.reducesMotion ?? false
+                pulse: card.pulse
+                isInView: card.isInView
             }
 
             CardSummary {
@@ -164,40 +176,67 @@ Item {
             Row {
                 id: controls
 
+                // As high whether or not a part of it is there.
+                height: open.implicitHeight
                 anchors.right: parent.right
                 spacing: 4
 
-                PlainButton {
-                    id: open
+                // Gives way to the question, and comes back, in the question's own time.
+                Item {
+                    id: openPlace
 
-                    objectName: "open"
-                    visible: card.facts.isLive && !card.showKillConfirmation
-                    isTabStop: card.isTabStop
-                    leftPadding: 14
-                    rightPadding: 14
-                    topPadding: 8
-                    bottomPadding: 8
-                    help: "View in browser"
-                    onClicked: card.panel.openPort(card.facts.port)
+                    readonly property bool isWanted: card.facts.isLive && !card.showKillConfirmation
 
-                    background: Rectangle {
-                        radius: 8
-                        color: open.hovered ? Qt.lighter(colors.blue, 1.1) : colors.blue
+                    objectName: "openPlace"
+                    width: isWanted ? open.implicitWidth : 0
+                    height: parent.height
+                    opacity: isWanted ? 1 : 0
+                    visible: opacity > 0
+
+                    Behavior on width {
+                        enabled: card.isShown
+
+                        QuestionAnimation {}
                     }
-                    contentItem: Row {
-                        spacing: 5
+                    Behavior on opacity {
+                        enabled: card.isShown
 
-                        Symbol {
-                            anchors.verticalCenter: parent.verticalCenter
-                            name: "arrow.up.forward"
-                            size: 11
-                            weight: Font.DemiBold
+                        QuestionAnimation {}
+                    }
+
+                    PlainButton {
+                        id: open
+
+                        objectName: "open"
+                        anchors.right: parent.right
+                        enabled: openPlace.isWanted
+                        isTabStop: card.isTabStop
+                        leftPadding: 14
+                        rightPadding: 14
+                        topPadding: 8
+                        bottomPadding: 8
+                        help: "View in browser"
+                        onClicked: card.panel.openPort(card.facts.port)
+
+                        background: Rectangle {
+                            radius: 8
+                            color: open.hovered ? Qt.lighter(colors.blue, 1.1) : colors.blue
                         }
+                        contentItem: Row {
+                            spacing: 5
 
-                        PlainText {
-                            text: "Open"
-                            font.pixelSize: 13
-                            font.weight: Font.DemiBold
+                            Symbol {
+                                anchors.verticalCenter: parent.verticalCenter
+                                name: "arrow.up.forward"
+                                size: 11
+                                weight: Font.DemiBold
+                            }
+
+                            PlainText {
+                                text: "Open"
+                                font.pixelSize: 13
+                                font.weight: Font.DemiBold
+                            }
                         }
                     }
                 }
@@ -212,7 +251,31 @@ Item {
                     padding: 6
                     onClicked: card.toggleExpand()
 
+                    // What was up is down, so it begins half a turn away.
+                    Connections {
+                        target: card
+
+                        function onIsExpandedChanged() {
+                            if (card.isShown)
+                                turning.restart();
+                        }
+                    }
+
+                    NumberAnimation {
+                        id: turning
+
+                        objectName: "turning"
+                        target: chevron
+                        property: "angle"
+                        from: 180 - chevron.angle
+                        to: 0
+                        duration: toggleSpring.duration
+                        easing: toggleSpring.easing
+                    }
+
                     contentItem: Symbol {
+                        id: chevron
+
                         name: card.isExpanded ? "chevron.up" : "chevron.down"
                         size: 12
                         weight: Font.Medium
@@ -246,6 +309,9 @@ Item {
                 enabled: card.isShown
 
                 NumberAnimation {
+                    id: unrolling
+
+                    objectName: "unrolling"
                     duration: expandSpring.duration
                     easing: expandSpring.easing
                 }
@@ -254,7 +320,9 @@ Item {
                 enabled: card.isShown
 
                 NumberAnimation {
-                    duration: 200
+                    objectName: "fading"
+                    duration: expandSpring.duration
+                    easing: expandSpring.easing
                 }
             }
 

@@ -24,6 +24,15 @@ ListView {
         expandedPort = expandedPort === port ? "" : port;
     }
 
+    // Scrolls with a card that opens, so that all of it is in view.
+    function follow(card: PortCard) {
+        if (!card.isOpening)
+            return;
+        const lowest = card.y - topMargin;
+        const highest = card.y + card.height + bottomMargin - height;
+        contentY = Math.min(lowest, Math.max(highest, contentY));
+    }
+
     function moveTo(row: int) {
         if (row < 0 || row >= count)
             return;
@@ -86,6 +95,14 @@ ListView {
         window: list.Window.window
     }
 
+    Pulse {
+        id: clock
+
+        objectName: "clock"
+        window: list.Window.window
+        isWanted: list.panel.liveCount > 0 && !list.panel.reducesMotion
+    }
+
     // Not during the change itself, because a card may be about to disappear.
     Timer {
         id: following
@@ -108,10 +125,15 @@ ListView {
         width: list.width - 24
         panel: list.panel
         presses: pressSequence
+        pulse: clock
+        // Its badge's ring, which is larger than the badge.
+        isInView: y + 64 > list.contentY && y + 10 < list.contentY + list.height
         // A card with the focus stays reachable with Tab until the focus has moved on.
         isTabStop: ListView.isCurrentItem || list.focusedCard === card
         isExpanded: list.expandedPort === facts.port
         onToggleExpand: list.toggleExpand(facts.port)
+        onHeightChanged: list.follow(card)
+        onYChanged: list.follow(card)
         onKill: list.panel.kill(facts.pid)
 
         // Newer Qt sets the x of a delegate to 0, so the margin is a translation.
