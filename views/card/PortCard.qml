@@ -265,17 +265,15 @@ Item {
                         id: turning
 
                         objectName: "turning"
-                        target: chevron
+                        target: expand.contentItem
                         property: "angle"
-                        from: 180 - chevron.angle
+                        from: 180 - (expand.contentItem as Symbol).angle
                         to: 0
                         duration: toggleSpring.duration
                         easing: toggleSpring.easing
                     }
 
                     contentItem: Symbol {
-                        id: chevron
-
                         name: card.isExpanded ? "chevron.up" : "chevron.down"
                         size: 12
                         weight: Font.Medium

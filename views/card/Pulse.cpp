@@ -11,7 +11,7 @@ namespace tidewick
 
 Pulse::Pulse(QObject *parent) : QObject(parent)
 {
-    m_ticks.setInterval(std::chrono::milliseconds(40));
+    m_ticks.setInterval(std::chrono::milliseconds(50));
     connect(&m_ticks, &QTimer::timeout, this, &Pulse::tick);
 }
 

@@ -1,5 +1,4 @@
 import QtQuick
-import Tidewick
 
 // How the question whether to kill comes and goes, and what makes room for it.
 NumberAnimation {

@@ -8,8 +8,9 @@ namespace tidewick
 {
 
 /// A circle in the middle of an item that has room for it at its largest. Unlike a rounded
-/// rectangle of Qt Quick, it is smooth at every size without OpenGL.
-class Ring : public Picture
+/// rectangle of Qt Quick, it is smooth at every size without OpenGL. Rings that move in step are
+/// drawn once.
+class Ring : public tidewick::Picture
 {
     Q_OBJECT
     QML_ELEMENT
@@ -25,6 +26,7 @@ Q_SIGNALS:
     void changed();
 
 protected:
+    QImage image(QSize pixels, double pixelsPerPoint) const override;
     void draw(QPainter &painter, const QRectF &place, double pixelsPerPoint) const override;
 
 private:

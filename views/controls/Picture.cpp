@@ -22,6 +22,16 @@ void Picture::redraw()
     update();
 }
 
+QImage Picture::image(QSize pixels, double pixelsPerPoint) const
+{
+    QImage image(pixels, QImage::Format_ARGB32_Premultiplied);
+    image.fill(Qt::transparent);
+    QPainter painter(&image);
+    painter.setRenderHint(QPainter::Antialiasing);
+    draw(painter, image.rect(), pixelsPerPoint);
+    return image;
+}
+
 QSGNode *Picture::updatePaintNode(QSGNode *old, UpdatePaintNodeData * /*data*/)
 {
     const double pixelsPerPoint = window()->effectiveDevicePixelRatio();
@@ -39,14 +49,8 @@ QSGNode *Picture::updatePaintNode(QSGNode *old, UpdatePaintNodeData * /*data*/)
         m_isStale = true;
     }
     if (m_isStale) {
-        QImage image(pixels, QImage::Format_ARGB32_Premultiplied);
-        image.fill(Qt::transparent);
-        QPainter painter(&image);
-        painter.setRenderHint(QPainter::Antialiasing);
-        draw(painter, image.rect(), pixelsPerPoint);
-        painter.end();
-        node->setTexture(window()->createTextureFromImage(image));
-        node->setSourceRect(image.rect());
+        node->setTexture(window()->createTextureFromImage(image(pixels, pixelsPerPoint)));
+        node->setSourceRect(QRectF({}, pixels));
         m_isStale = false;
     }
     // Both edges are rounded to the same side, also halfway between two pixels.

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QImage>
 #include <QQuickItem>
 #include <QtQmlIntegration>
 
@@ -7,7 +8,8 @@ namespace tidewick
 {
 
 /// An item that is drawn in device pixels, sharp at any scale: a pixel of its picture is a pixel of
-/// the screen, wherever the item stands.
+/// the screen, wherever the item stands. What inherits it writes its name with the namespace: that
+/// is how Qt 6.4 finds it for QML.
 class Picture : public QQuickItem
 {
     Q_OBJECT
@@ -19,6 +21,8 @@ public:
 protected:
     /// Draws into `place`, whole device pixels of an otherwise empty picture.
     virtual void draw(QPainter &painter, const QRectF &place, double pixelsPerPoint) const = 0;
+    /// The picture of that size; the default draws it.
+    virtual QImage image(QSize pixels, double pixelsPerPoint) const;
     /// To be called when it is to be drawn again.
     void redraw();
 

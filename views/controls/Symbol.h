@@ -15,7 +15,7 @@ bool drawSymbol(QPainter &painter, const QString &name, const QRectF &place, con
                 int weight = QFont::Normal);
 
 /// One of our own symbols, drawn in `color`. A name that does not exist draws nothing.
-class Symbol : public Picture
+class Symbol : public tidewick::Picture
 {
     Q_OBJECT
     QML_ELEMENT

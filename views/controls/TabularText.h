@@ -15,7 +15,7 @@ namespace tidewick
 
 /// One line of plain text whose digits are all equally wide, in any font, so that nothing moves
 /// when a number changes. Qt has font features for that from 6.6 on, for the fonts that have them.
-class TabularText : public Picture
+class TabularText : public tidewick::Picture
 {
     Q_OBJECT
     QML_ELEMENT
