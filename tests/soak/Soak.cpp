@@ -1,7 +1,8 @@
-// soak_program REFRESHES [SUPPLIED-TOOLS] - refreshes one store so often, beside real servers that
-// come, go and are killed, and holds every list against the servers that are there. Prints what
-// the process held at the beginning and at the end, when nothing was under way; exits 1 where
-// something grew, a list was wrong, or a tick of the store's timer brought no list.
+// soak_program REFRESHES [SUPPLIED-TOOLS [PAUSE]] - refreshes one store so often, PAUSE
+// milliseconds (0) apart, beside real servers that come, go and are killed, and holds every list
+// against the servers that are there. Prints what the process held at the beginning and at the end,
+// when nothing was under way; exits 1 where something grew, a list was wrong, or a tick of the
+// store's timer brought no list.
 //
 // Runs in a network of its own: any other development server counts as a wrong row.
 
@@ -43,7 +44,8 @@ struct Outcome
     int failedScans = 0;
     int failedKills = 0;
     int kills = 0;
-    int slowest = 0; ///< milliseconds
+    int slowest = 0;  ///< milliseconds
+    qint64 total = 0; ///< milliseconds of all scans
     Holdings atFirst;
     Holdings atLast;
 };
@@ -114,8 +116,8 @@ private:
 class Soak
 {
 public:
-    Soak(AppState &state, Workers &workers, int refreshes)
-        : m_state(state), m_workers(workers), m_refreshes(refreshes)
+    Soak(AppState &state, Workers &workers, int refreshes, int pause)
+        : m_state(state), m_workers(workers), m_refreshes(refreshes), m_pause(pause)
     {
     }
 
@@ -132,6 +134,8 @@ public:
             }
             auto refresh = refreshOnce();
             co_await refresh;
+            if (m_pause > 0)
+                waitUntil([] { return false; }, m_pause);
         }
         m_outcome.atLast = quietHoldings();
     }
@@ -160,7 +164,9 @@ private:
         timer.start();
         auto load = m_state.loadRunningPorts();
         co_await load;
-        m_outcome.slowest = std::max(m_outcome.slowest, static_cast<int>(timer.elapsed()));
+        const auto elapsed = static_cast<int>(timer.elapsed());
+        m_outcome.slowest = std::max(m_outcome.slowest, elapsed);
+        m_outcome.total += elapsed;
         m_outcome.failedScans += m_state.lastError() ? 1 : 0;
         m_outcome.wrongLists += m_servers.match(m_state.runningPorts()) ? 0 : 1;
     }
@@ -181,6 +187,7 @@ private:
     AppState &m_state;
     Workers &m_workers;
     int m_refreshes;
+    int m_pause; ///< milliseconds
     Servers m_servers;
     Outcome m_outcome;
 };
@@ -233,10 +240,12 @@ bool report(const Outcome &outcome, int refreshes, int ticks, int missedTicks)
     std::printf("%-24s %10d %10d\n", "child processes", first.children, last.children);
     std::printf("%-24s %10.0f %10.0f\n", "heap, KiB", first.heap, last.heap);
     std::printf("%-24s %10.0f %10.0f\n", "resident memory, KiB", first.resident, last.resident);
-    std::printf("refreshes %d, the slowest %d ms; wrong lists %d, failed scans %d\n"
-                "kills %d, failed %d; ticks %d, missed %d\n",
-                refreshes, outcome.slowest, outcome.wrongLists, outcome.failedScans, outcome.kills,
-                outcome.failedKills, ticks, missedTicks);
+    std::printf(
+        "refreshes %d of %.0f ms on average, the slowest %d ms\nwrong lists %d, failed scans %d\n"
+        "kills %d, failed %d; ticks %d, missed %d\n",
+        refreshes, double(outcome.total) / (warmUp + refreshes), outcome.slowest,
+        outcome.wrongLists, outcome.failedScans, outcome.kills, outcome.failedKills, ticks,
+        missedTicks);
     return last.descriptors <= first.descriptors && last.threads <= first.threads &&
            last.children == 0 && last.heap <= first.heap + heapRoom &&
            last.resident <= first.resident + residentRoom && outcome.wrongLists == 0 &&
@@ -256,7 +265,8 @@ int main(int argc, char *argv[])
         {std::make_shared<ProcessToolRunner>(), tools, std::make_shared<CurlHttpClient>()},
         workers);
     const Schedule schedule(state);
-    Soak soak(state, workers, refreshes);
+    const int pause = argc > 3 ? QByteArray(argv[3]).toInt() : 0;
+    Soak soak(state, workers, refreshes, pause);
     auto run = soak.run();
     QCoro::waitFor(run);
     const int missedTicks = schedule.missedTicks(warmUp + refreshes);
