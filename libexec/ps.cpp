@@ -7,6 +7,7 @@
 
 #include <array>
 #include <climits>
+#include <csignal>
 #include <cstdlib>
 
 #include <sys/time.h>
@@ -27,9 +28,14 @@ constexpr std::array<Query, 3> queries{
     {{"command=", addCommand}, {"rss=,%cpu=", addMemoryAndCpu}, {"etime=", addElapsedTime}}};
 
 /// SIGALRM ends this program in half a second. A reader of locked memory waits for ever, and
-/// nothing but its own end ends that.
+/// nothing but its own end ends that. Whoever started this may have blocked or ignored the signal.
 void endSoon()
 {
+    sigset_t alarm;
+    sigemptyset(&alarm);
+    sigaddset(&alarm, SIGALRM);
+    sigprocmask(SIG_UNBLOCK, &alarm, nullptr);
+    signal(SIGALRM, SIG_DFL);
     itimerval timer{};
     timer.it_value.tv_usec = 500'000;
     setitimer(ITIMER_REAL, &timer, nullptr);
