@@ -5,6 +5,7 @@
 #include <QTimer>
 
 #include <csignal>
+#include <sys/eventfd.h>
 #include <sys/stat.h>
 #include <sys/syscall.h>
 #include <sys/wait.h>
@@ -66,12 +67,17 @@ private:
     QSocketNotifier m_notifier;
 };
 
-/// The pidfd of a child that asks about `path`, or -1.
+/// The pidfd of a child that asks about `path`, or -1. Nobody would wait for a child without a
+/// pidfd, so there must be room for one before the child starts.
 int startAsker(const QByteArray &path)
 {
+    const int room = eventfd(0, EFD_CLOEXEC);
+    if (room < 0)
+        return -1;
     const pid_t child = fork();
     if (child == 0)
         askFileSystem(path.constData());
+    close(room);
     return child < 0 ? -1 : static_cast<int>(syscall(SYS_pidfd_open, child, 0));
 }
 

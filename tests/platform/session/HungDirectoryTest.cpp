@@ -11,6 +11,8 @@
 #include <QFile>
 #include <QTemporaryDir>
 
+#include <sys/resource.h>
+#include <sys/wait.h>
 #include <unistd.h>
 
 using namespace tidewick;
@@ -128,6 +130,22 @@ TEST_F(HungDirectory, keepsNobodyFromEnding)
     timer.start();
     EXPECT_EXIT(askAndEnd(), testing::ExitedWithCode(0), "");
     EXPECT_LT(timer.elapsed(), 10'000);
+}
+
+TEST_F(HungDirectory, leavesNoChildBehindWhereDescriptorsAreMissing)
+{
+    DirectoryCheck check;
+    QList<bool> answers;
+    rlimit limit{};
+    getrlimit(RLIMIT_NOFILE, &limit);
+    const int lowestFree = dup(STDERR_FILENO);
+    close(lowestFree);
+    const rlimit none{rlim_t(lowestFree), limit.rlim_max};
+    setrlimit(RLIMIT_NOFILE, &none);
+    check.start(directory.path(), [&](bool isDirectory) { answers.append(isDirectory); });
+    setrlimit(RLIMIT_NOFILE, &limit);
+    EXPECT_TRUE(waitUntil([&] { return answers == QList<bool>({false}); }));
+    EXPECT_FALSE(waitUntil([] { return waitpid(-1, nullptr, WNOHANG) > 0; }, 500));
 }
 
 // A process with threads gets no user namespace, so this comes before everything else.
