@@ -24,12 +24,9 @@ std::string commOf(int directory, std::string_view prefix)
 }
 
 /// No file's name is longer, but what a process calls itself may be.
-std::string shownName(std::string name)
+std::string shownName(const std::string &name)
 {
-    if (name.empty())
-        name = "?";
-    name.resize(std::min<size_t>(name.size(), NAME_MAX));
-    return name;
+    return name.empty() ? "?" : name.substr(0, NAME_MAX);
 }
 
 } // namespace
