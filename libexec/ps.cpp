@@ -34,7 +34,7 @@ void endSoon()
     sigset_t alarm;
     sigemptyset(&alarm);
     sigaddset(&alarm, SIGALRM);
-    sigprocmask(SIG_UNBLOCK, &alarm, nullptr);
+    pthread_sigmask(SIG_UNBLOCK, &alarm, nullptr);
     signal(SIGALRM, SIG_DFL);
     itimerval timer{};
     timer.it_value.tv_usec = 500'000;
