@@ -63,7 +63,7 @@ Desktop realDesktop(Shell &shell)
         },
         [&shell] {
             auto popover = std::make_unique<PopoverWindow>([&shell] { return shell.hasItem(); });
-            new BackdropBlur(*popover);
+            new BackdropBlur(*popover, Panel::cornerRadius);
             return popover;
         },
         [] { return std::make_unique<DesktopWorkspace>(); },

@@ -10,15 +10,21 @@ FocusScope {
     implicitWidth: 480
     implicitHeight: 540
     focus: true
+    Window.onVisibilityChanged: isFrameless = (Window.window.flags & Qt.FramelessWindowHint) !== 0
     Keys.onDownPressed: cards.moveTo(cards.currentIndex)
 
     Colors {
         id: colors
     }
 
+    // Only what composes the screen can show corners, and a frame has its own.
+    readonly property bool isRounded: panel.backdrop !== Panel.Opaque && isFrameless
+    property bool isFrameless: false
+
     VisualEffectView {
         objectName: "backdrop"
         anchors.fill: parent
+        radius: content.isRounded ? content.panel.cornerRadius : 0
         material: VisualEffect.FullScreenUI
         blending: VisualEffect.BehindWindow
         state: VisualEffect.Active
@@ -29,6 +35,7 @@ FocusScope {
     Item {
         id: header
 
+        objectName: "header"
         anchors {
             left: parent.left
             right: parent.right
@@ -80,6 +87,7 @@ FocusScope {
     Rectangle {
         id: headerLine
 
+        objectName: "headerLine"
         anchors.top: header.bottom
         width: parent.width
         height: 1
@@ -121,6 +129,7 @@ FocusScope {
     Rectangle {
         id: footerLine
 
+        objectName: "footerLine"
         anchors.bottom: footer.top
         width: parent.width
         height: 1
@@ -130,6 +139,7 @@ FocusScope {
     Item {
         id: footer
 
+        objectName: "footer"
         anchors {
             left: parent.left
             right: parent.right
@@ -149,6 +159,7 @@ FocusScope {
                 visible: content.panel.liveCount > 0
 
                 Rectangle {
+                    objectName: "dot"
                     anchors.verticalCenter: parent.verticalCenter
                     width: 7
                     height: 7
@@ -207,5 +218,13 @@ FocusScope {
                 font.weight: Font.Medium
             }
         }
+    }
+
+    Rectangle {
+        objectName: "edge"
+        anchors.fill: parent
+        radius: content.isRounded ? content.panel.cornerRadius : 0
+        color: "transparent"
+        border.color: colors.white(0.1)
     }
 }

@@ -26,9 +26,12 @@ class Panel : public QObject
     Q_PROPERTY(QString killingPid READ killingPid NOTIFY killingPidChanged)
     Q_PROPERTY(tidewick::Panel::Backdrop backdrop READ backdrop NOTIFY backdropChanged)
     /// Whether the user has switched animations off.
+    Q_PROPERTY(double cornerRadius READ edgeRadius CONSTANT)
     Q_PROPERTY(bool reducesMotion READ reducesMotion NOTIFY reducesMotionChanged)
 
 public:
+    /// Of the panel's edge where something composes the screen, in points.
+    static constexpr double cornerRadius = 11;
     /// What is visible through the translucent parts of the panel.
     enum Backdrop { Opaque, Translucent, Blurred };
     Q_ENUM(Backdrop)
@@ -43,6 +46,7 @@ public:
     QString killingPid() const { return m_killingPid; }
     Backdrop backdrop() const { return m_backdrop; }
     void setBackdrop(Backdrop backdrop);
+    static double edgeRadius() { return cornerRadius; }
     bool reducesMotion() const { return m_reducesMotion; }
     void setReducesMotion(bool reducesMotion);
 

@@ -47,4 +47,6 @@ TEST(BlurRegion, isOneRectangleInDevicePixels)
     EXPECT_EQ(blurRegion(QRectF(0, 0, 480, 540), 1), (std::vector<quint32>{0, 0, 480, 540}));
     EXPECT_EQ(blurRegion(QRectF(0, 0, 480, 540), 1.5), (std::vector<quint32>{0, 0, 720, 810}));
     EXPECT_EQ(blurRegion(QRectF(1, 2, 480, 540), 2), (std::vector<quint32>{2, 4, 960, 1080}));
+    const std::vector<quint32> round{0, 2, 9, 6, 1, 0, 7, 1, 1, 9, 7, 1, 0, 1, 9, 1, 0, 8, 9, 1};
+    EXPECT_EQ(blurRegion(QRectF(0, 0, 9, 10), 1, 2), round);
 }
