@@ -68,6 +68,11 @@ public:
     /// Fails each registration as a login item from now on, with `error`; none when it is empty.
     Q_INVOKABLE void failRegistration(const QString &error) { m_registrationError = error; }
     Q_INVOKABLE void reduceMotion(bool isReduced) { m_panel.setReducesMotion(isReduced); }
+    /// What lies behind the panel's window: the screen, or nothing that can be seen.
+    Q_INVOKABLE void setTranslucent(bool isTranslucent)
+    {
+        m_panel.setBackdrop(isTranslucent ? Panel::Translucent : Panel::Opaque);
+    }
     Q_INVOKABLE void clearLog() { m_log.clear(); }
     /// What the keyboard sends to `item`'s window for a key that stays down.
     Q_INVOKABLE static void repeatKey(QQuickItem *item, int key)

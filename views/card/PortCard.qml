@@ -61,6 +61,7 @@ Item {
         enabled: card.isShown
 
         NumberAnimation {
+            objectName: "dimming"
             duration: killSpring.duration
             easing: killSpring.easing
         }
@@ -103,6 +104,7 @@ Item {
     Timer {
         id: withdrawal
 
+        objectName: "withdrawal"
         interval: 3000
         onTriggered: card.withdraw()
     }
@@ -132,6 +134,7 @@ Item {
             enabled: card.isShown
 
             ColorAnimation {
+                objectName: "shading"
                 duration: 150
                 easing.type: Easing.OutQuad
             }

@@ -61,11 +61,15 @@ TestCase {
         wait(0);
     }
 
-    function show(listeners) {
-        machine.listen(listeners);
-        view = viewComponent.createObject(test, {
+    function viewOf() {
+        return viewComponent.createObject(test, {
             panel: machine.panel
         });
+    }
+
+    function show(listeners) {
+        machine.listen(listeners);
+        view = viewOf();
         tryCompare(machine.panel, "runningCount", listeners.length);
         tryCompare(machine.panel, "isLoading", false);
         if (listeners.length > 0)

@@ -1,0 +1,368 @@
+import QtQuick
+import QtTest
+import Tidewick
+
+// Every number, colour, size, weight and text of the panel, read from its live items. A row has a
+// name, what the items say, and what they are to say.
+LooksCase {
+    id: test
+
+    name: "Measures"
+
+    readonly property color green: "#30D158"
+    readonly property color blue: "#0A84FF"
+    readonly property color red: "#FF453A"
+    readonly property color orange: "#FF9F0A"
+
+    function at(color, opacity) {
+        return Qt.rgba(color.r, color.g, color.b, opacity);
+    }
+
+    function white(opacity) {
+        return Qt.rgba(1, 1, 1, opacity);
+    }
+
+    function isSame(a, b) {
+        if (Array.isArray(b))
+            return a.length === b.length && b.every((part, index) => isSame(a[index], part));
+        if (typeof b === "number")
+            return Math.abs(a - b) < 0.01;
+        return String(a) === String(b);
+    }
+
+    function check(rows) {
+        const wrong = rows.filter(row => !isSame(row[1], row[2]));
+        compare(wrong.map(row => row[0] + " is " + row[1] + ", not " + row[2]), []);
+    }
+
+    // Size, weight and colour of a text; colour, size and weight of a symbol.
+    function font(item) {
+        return [item.font.pixelSize, item.font.weight, item.color];
+    }
+
+    function ink(item) {
+        return [item.size, item.weight, item.color];
+    }
+
+    // Left, top, width and height in `frame`.
+    function box(item, frame) {
+        const place = item.mapToItem(frame, 0, 0);
+        return [place.x, place.y, item.width, item.height];
+    }
+
+    // How far what `button` shows is from its edges: left, top, right and bottom.
+    function paddings(button) {
+        return [button.leftPadding, button.topPadding, button.rightPadding, button.bottomPadding];
+    }
+
+    function gap(left, right) {
+        return right.mapToItem(view, 0, 0).x - left.mapToItem(view, left.width, 0).x;
+    }
+
+    function find(row, name) {
+        return findChild(card(row), name);
+    }
+
+    function test_panel() {
+        show([shop, api]);
+        const child = name => findChild(view, name);
+        const backdrop = child("backdrop");
+        check([
+            ["panel", [view.implicitWidth, view.implicitHeight], [480, 540]],
+            ["backdrop's box", box(backdrop, view), [0, 0, 480, 540]],
+            ["backdrop's material, blending and state", [backdrop.material, backdrop.blending, backdrop.state], [15, 0, 1]],
+            ["backdrop's emphasis", backdrop.emphasized, true],
+            ["backdrop's fill", backdrop.color, Qt.color("#1E1E20")],
+            ["edge", [child("edge").border.color, child("edge").border.width, child("edge").radius], [white(0.1), 1, 0]],
+            ["header's box", box(child("header"), view), [18, 0, 444, 44]],
+            ["title", font(text(view, "Tidewick")), [14, Font.DemiBold, white(1)]],
+            ["dash", font(text(view, "—")), [12, Font.Normal, white(0.3)]],
+            ["dash's padding", [text(view, "—").leftPadding, text(view, "—").rightPadding], [4, 4]],
+            ["slogan", font(text(view, "Let me kill your LocalHost")), [12, Font.Normal, white(0.5)]],
+            ["refresh", ink(symbol(view, "arrow.clockwise")), [13, Font.Medium, white(0.7)]],
+            ["refresh's right edge", box(symbol(view, "arrow.clockwise"), view)[0], 480 - 18 - 13],
+            ["line below the header", box(child("headerLine"), view), [0, 44, 480, 1]],
+            ["its colour", child("headerLine").color, white(0.1)],
+            ["line above the footer", box(child("footerLine"), view), [0, 503, 480, 1]],
+            ["its colour", child("footerLine").color, white(0.1)],
+            ["footer's box", box(child("footer"), view), [18, 504, 444, 36]],
+            ["dot", [child("dot").width, child("dot").height, child("dot").radius, child("dot").color], [7, 7, 3.5, green]],
+            ["from dot to live", gap(child("dot"), child("live")), 5],
+            ["live", font(child("live")), [12, Font.Medium, green]],
+            ["live's text", child("live").text, "1 live"],
+            ["running", font(child("running")), [12, Font.Normal, white(0.45)]],
+            ["running's text", child("running").text, "2 running"],
+            ["quit", font(text(view, "Quit")), [12, Font.Medium, white(0.7)]],
+            ["quit's padding", paddings(child("quit")), [10, 4, 10, 4]],
+            ["quit's ground", [child("quit").background.material, child("quit").background.blending, child("quit").background.state, child("quit").background.radius], [13, 1, 0, 6]],
+            ["quit's emphasis", child("quit").background.emphasized, false],
+            ["list's margins and spacing", [child("cards").topMargin, child("cards").bottomMargin, child("cards").spacing, card(0).mapToItem(view, 0, 0).x], [12, 12, 10, 12]]
+        ]);
+    }
+
+    function test_cornersWhereTheDesktopComposes() {
+        show([]);
+        machine.setTranslucent(true);
+        view.isFrameless = true;
+        check([["radius", findChild(view, "backdrop").radius, 11], ["edge", findChild(view, "edge").radius, 11], ["fill", findChild(view, "backdrop").color, Qt.rgba(0x1E / 255, 0x1E / 255, 0x20 / 255, 0.97)]]);
+        view.isFrameless = false;
+        check([["radius in a frame", findChild(view, "backdrop").radius, 0]]);
+    }
+
+    function test_emptyAndScanning() {
+        machine.setSlow(true);
+        view = viewOf();
+        tryVerify(() => findChild(view, "loading").visible);
+        const spinner = symbol(view, "spinner");
+        const scanning = text(view, "Scanning for local services...");
+        check([
+            ["spinner's size", spinner.size, 32 * 1.3],
+            ["scanning", font(scanning), [14, Font.Normal, white(0.5)]],
+            ["from spinner to text", box(scanning, view)[1] - box(spinner.parent, view)[1] - 32, 20]
+        ]);
+        machine.setSlow(false);
+        tryVerify(() => findChild(view, "empty").visible);
+        const title = text(view, "No active services");
+        const hint = text(view, "Your local servers will appear here");
+        const moon = symbol(view, "moon.zzz.fill");
+        check([
+            ["moon", [moon.size, moon.color], [52, white(0.15)]],
+            ["title", font(title), [17, Font.Medium, white(0.6)]],
+            ["hint", font(hint), [13, Font.Normal, white(0.35)]],
+            ["from moon to title", box(title, view)[1] - box(moon, view)[1] - 52, 16],
+            ["from title to hint", hint.y - title.y - title.height, 6]
+        ]);
+    }
+
+    function test_summaries() {
+        show([shop, api]);
+        const grey = symbol(card(1), "circle.fill");
+        const open = find(0, "open");
+        check([
+            ["badge", box(find(0, "badge"), card(0)), [16, 16, 42, 42]],
+            ["live disc", [find(0, "disc").color, find(0, "disc").radius], [at(green, 0.15), 21]],
+            ["silent disc", find(1, "disc").color, white(0.06)],
+            ["ring at rest", [find(0, "ring").diameter, find(0, "ring").lineWidth, find(0, "ring").opacity, find(0, "ring").color], [42 * 1.2, 1.5 * 1.2, 0.6, at(green, 0.4)]],
+            ["no ring on a silent badge", find(1, "ring").visible, false],
+            ["waves", [symbol(card(0), "dot.radiowaves.up.forward").size, symbol(card(0), "dot.radiowaves.up.forward").color], [16, green]],
+            ["grey circle", [grey.size, grey.color], [8, white(0.25)]],
+            ["name", font(find(0, "title")), [17, Font.DemiBold, white(1)]],
+            ["from badge to name", gap(find(0, "badge"), find(0, "title")), 14],
+            ["from name to address", box(find(0, "lead"), view)[1] - box(find(0, "title"), view)[1] - find(0, "title").height, 2],
+            ["from address to figures", box(find(0, "memory"), view)[1] - box(find(0, "lead"), view)[1] - find(0, "lead").height, 2],
+            ["live address", [find(0, "lead").text].concat(font(find(0, "lead"))), ["Live on port", 13, Font.Normal, at(green, 0.9)]],
+            ["live port", font(find(0, "port")), [13, Font.DemiBold, green]],
+            ["silent address", [find(1, "lead").text].concat(font(find(1, "lead"))), ["Port", 13, Font.Normal, white(0.5)]],
+            ["silent port", font(find(1, "port")), [13, Font.DemiBold, white(0.7)]],
+            ["bullet", [find(0, "bullet").text].concat(font(find(0, "bullet"))), ["•", 10, Font.Normal, white(0.25)]],
+            ["framework", font(find(0, "framework")), [13, Font.Medium, white(0.6)]],
+            ["in the address", [gap(find(0, "lead"), find(0, "port")), gap(find(0, "bullet"), find(0, "framework"))], [4, 4]],
+            ["between figures", [gap(find(0, "memory"), find(0, "cpu")), gap(find(0, "cpu"), find(0, "uptime"))], [10, 10]],
+            ["raised memory", font(find(0, "memory")), [12, Font.Normal, at(orange, 0.8)]],
+            ["raised CPU", font(find(0, "cpu")), [12, Font.Normal, at(orange, 0.8)]],
+            ["uptime", font(find(0, "uptime")), [12, Font.Normal, white(0.4)]],
+            ["normal memory", find(1, "memory").color, white(0.5)],
+            ["normal CPU", find(1, "cpu").color, white(0.5)],
+            ["open's ground", [open.background.color, open.background.radius], [blue, 8]],
+            ["open's padding", paddings(open), [14, 8, 14, 8]],
+            ["open's arrow", ink(symbol(open, "arrow.up.forward")), [11, Font.DemiBold, white(1)]],
+            ["open's text", font(text(open, "Open")), [13, Font.DemiBold, white(1)]],
+            ["from arrow to text", gap(symbol(open, "arrow.up.forward"), text(open, "Open")), 5],
+            ["chevron", ink(symbol(card(0), "chevron.down")), [12, Font.Medium, white(0.5)]],
+            ["chevron's frame", [find(0, "expand").width, find(0, "expand").height], [24, 24]],
+            ["cross", ink(symbol(card(0), "xmark")), [10, Font.Medium, white(0.5)]],
+            ["cross's frame", [find(0, "stop").width, find(0, "stop").height], [16, 16]],
+            ["between controls", [gap(open, find(0, "expand")), gap(find(0, "expand"), find(0, "stop"))], [4, 4]],
+            ["help texts", [open.help, find(0, "stop").help], ["View in browser", "Stop service"]],
+            ["surface", [find(0, "surface").radius, find(0, "surface").color, find(0, "surface").border.color, find(0, "surface").border.width], [14, white(0), white(0.1), 1]],
+            ["controls of both cards", box(find(0, "stop"), card(0)), box(find(1, "stop"), card(1))],
+            ["chevrons of both cards", box(find(0, "expand"), card(0)), box(find(1, "expand"), card(1))]
+        ]);
+    }
+
+    function test_levels_data() {
+        const row = (megabytes, cpu, memoryColor, cpuColor) => ({
+                tag: megabytes + " MB, " + cpu + " %",
+                figures: Math.round(megabytes * 1024) + " " + cpu,
+                memory: memoryColor,
+                cpu: cpuColor
+            });
+        return [row(511, "29.9", white(0.5), white(0.5)), row(512, "30.0", at(orange, 0.8), at(orange, 0.8)), row(2047, "79.9", at(orange, 0.8), at(orange, 0.8)), row(2048, "80.0", at(red, 0.8), at(red, 0.8))];
+    }
+
+    function test_levels(data) {
+        show([Object.assign({}, shop, { figures: data.figures })]);
+        check([["memory", find(0, "memory").color, data.memory], ["MEM", find(0, "MEM").color, data.memory], ["CPU", find(0, "cpu").color, data.cpu]]);
+    }
+
+    function test_details() {
+        show([shop]);
+        findChild(view, "cards").toggleExpand("3000");
+        tryVerify(() => find(0, "details").opacity === 1 && symbol(card(0), "chevron.up").angle === 0);
+        const separator = find(0, "separator");
+        const values = ["PID", "MEM", "Script"].map(name => find(0, name));
+        const captions = values.map(value => find(0, value.objectName + " caption"));
+        const directory = find(0, "directory");
+        const folder = symbol(card(0), "folder.fill");
+        check(captions.map(caption => [caption.text, font(caption), [11, Font.Medium, white(0.35)]]).concat([
+            ["separator", [separator.height, separator.color], [1, white(0.08)]],
+            ["above the separator", separator.y, 14],
+            ["PID", [values[0].text, values[0].font.family].concat(font(values[0])), ["812", "monospace", 12, Font.Medium, white(0.6)]],
+            ["MEM", [values[1].text, values[1].font.family].concat(font(values[1])), ["600 MB", "monospace", 12, Font.Medium, at(orange, 0.8)]],
+            ["Script", [values[2].text].concat(font(values[2])), ["server.js", 12, Font.Normal, white(0.6)]],
+            ["from captions to values", captions.map((caption, index) => gap(caption, values[index])), [6, 6, 6]],
+            ["folder", [folder.size, folder.color], [12, white(0.35)]],
+            ["directory", [directory.text].concat(font(directory)), ["shop", 13, Font.Normal, at(blue, 0.9)]],
+            ["from folder to directory", gap(folder, directory), 10],
+            ["help text", find(0, "reveal").help, "Show in Finder"]
+        ]));
+        const baselines = values.concat(captions).map(text => text.mapToItem(view, 0, text.baselineOffset).y);
+        check(baselines.map((line, index) => ["baseline " + index, line, baselines[0]]));
+    }
+
+    function test_question() {
+        show([shop]);
+        const stop = box(find(0, "stop"), view);
+        const chevron = box(find(0, "expand"), view);
+        card(0).ask();
+        tryCompare(find(0, "confirmation"), "scale", 1);
+        const capsule = find(0, "confirmation");
+        const confirm = find(0, "confirm");
+        tryCompare(find(0, "openPlace"), "width", 0);
+        check([
+            ["capsule", [capsule.radius, capsule.color], [12, Qt.rgba(0, 0, 0, 0.3)]],
+            ["around the buttons", [find(0, "cancel").mapToItem(capsule, 0, 0).x, capsule.width - confirm.mapToItem(capsule, confirm.width, 0).x], [2, 2]],
+            ["between the buttons", gap(find(0, "cancel"), confirm), 4],
+            ["cancel", [find(0, "cancel").contentItem.size, find(0, "cancel").contentItem.color], [20, at(red, 0.7)]],
+            ["confirm's ground", [confirm.background.color, confirm.background.radius], [at(red, 0.9), 10]],
+            ["confirm's padding", paddings(confirm), [8, 4, 8, 4]],
+            ["confirm's text", font(text(confirm, "Kill port")), [11, Font.Medium, white(1)]],
+            ["the chevron's height", box(find(0, "expand"), view)[1], chevron[1]],
+            ["the capsule's middle", capsule.mapToItem(view, 0, capsule.height / 2).y, stop[1] + 8]
+        ]);
+    }
+
+    function test_busyCard() {
+        show([shop]);
+        // The card of a killed process leaves the list, and is seen only if a scan brings it back.
+        const busy = busyCard.createObject(view, {
+            record: card(0).record,
+            panel: machine.panel,
+            pulse: findChild(view, "clock")
+        });
+        const confirm = findChild(busy, "confirm");
+        busy.ask();
+        tryCompare(findChild(busy, "confirmation"), "scale", 1);
+        check([["ready", [confirm.enabled, busy.opacity, busy.scale], [true, 1, 1]]]);
+        machine.setKill(1, 1500);
+        machine.panel.kill("812");
+        check([["busy", [busy.isBeingKilled, confirm.enabled], [true, false]], ["spinner", [confirm.contentItem.width, confirm.contentItem.height, symbol(confirm, "spinner").size], [60, 20, 16]]]);
+        mouseClick(findChild(view, "refresh"));
+        machine.panel.refresh();
+        compare(machine.panel.isLoading, false, "no refresh during a kill");
+        tryVerify(() => isSame([busy.opacity, busy.scale], [0.5, 0.98]), 900);
+        tryCompare(machine.panel, "killingPid", "");
+        tryVerify(() => isSame([busy.opacity, busy.scale], [1, 1]), 900);
+        busy.destroy();
+    }
+
+    Component {
+        id: busyCard
+
+        PortCard {
+            width: 456
+            isExpanded: false
+            presses: PressSequence {}
+        }
+    }
+
+    function test_hover() {
+        show([shop]);
+        const surface = find(0, "surface");
+        mouseMove(card(0), 200, 10);
+        tryVerify(() => isSame(surface.color, white(0.06)), 1000);
+        mouseMove(view, 240, 20);
+        tryVerify(() => isSame(surface.color, white(0)), 1000);
+    }
+
+    // The colour of what answers to the pointer.
+    function test_controlsAnswerAHover() {
+        show([shop]);
+        findChild(view, "cards").toggleExpand("3000");
+        card(0).ask();
+        settle();
+        const answers = {
+            quit: () => text(view, "Quit").color,
+            refresh: () => symbol(view, "arrow.clockwise").color,
+            cancel: () => find(0, "cancel").contentItem.color,
+            confirm: () => find(0, "confirm").background.color,
+            reveal: () => find(0, "directory").color,
+            expand: () => symbol(card(0), "chevron.up").color
+        };
+        for (const name in answers) {
+            const before = String(answers[name]());
+            const button = findChild(view, name);
+            mouseMove(button, button.width / 2, button.height / 2);
+            tryVerify(() => String(answers[name]()) !== before, 1000, name);
+        }
+    }
+
+    function test_movements() {
+        show([shop]);
+        const open = find(0, "openPlace");
+        check([
+            ["time of the question", find(0, "withdrawal").interval, 3000],
+            ["swing of the rings", findChild(view, "clock").duration, 1800]
+        ]);
+        verify(findChild(view, "clock").interval >= 33 && findChild(view, "clock").interval <= 50);
+        let start = Date.now();
+        findChild(view, "cards").toggleExpand("3000");
+        const details = find(0, "details");
+        const chevron = symbol(card(0), "chevron.up");
+        tryVerify(() => chevron.angle > 0 && chevron.angle < 180, 300, "the chevron turns");
+        tryVerify(() => chevron.angle === 0, 900, "the chevron has turned");
+        tryVerify(() => details.opacity === 1 && details.height === details.children[0].height);
+        verify(Date.now() - start > 250 && Date.now() - start < 1200, "the card opened in " + (Date.now() - start) + " ms");
+        start = Date.now();
+        card(0).ask();
+        tryVerify(() => open.width === 0 && open.opacity === 0);
+        verify(Date.now() - start > 150 && Date.now() - start < 500, "Open left in " + (Date.now() - start) + " ms");
+    }
+
+    function test_openingScrollsTheWholeCardIntoView() {
+        const ports = [1, 2, 3, 4, 5, 6, 7];
+        show(ports.map(port => Object.assign({}, shop, { port: 3000 + port, pid: String(port) })).slice(0, 7));
+        const list = findChild(view, "cards");
+        list.contentY = list.originY - list.topMargin;
+        const row = 4;
+        list.toggleExpand("3005");
+        tryVerify(() => find(row, "details").opacity === 1 && find(row, "details").height === find(row, "details").children[0].height);
+        const bottom = card(row).mapToItem(list, 0, card(row).height).y;
+        verify(bottom <= list.height && bottom > 100, "bottom at " + bottom);
+        const top = card(row).mapToItem(list, 0, 0).y;
+        list.toggleExpand("3005");
+        tryCompare(find(row, "details"), "height", 0);
+        compare(card(row).mapToItem(list, 0, 0).y, top, "collapsing does not jump");
+    }
+
+    function test_digitsAreEquallyWide() {
+        show([shop, api]);
+        const port = find(0, "port");
+        const widths = ["1111", "8888", "7415"].map(text => {
+            const copy = digits.createObject(test, { text: text });
+            const width = copy.implicitWidth;
+            copy.destroy();
+            return width;
+        });
+        check([["7415", widths[2], widths[0]], ["8888", widths[1], widths[0]]]);
+        verify(port instanceof TabularText);
+    }
+
+    Component {
+        id: digits
+
+        TabularText {
+            font.pixelSize: 13
+        }
+    }
+}
