@@ -15,7 +15,8 @@ EDGE = os.environ.get("TIDEWICK_PANEL_EDGE", "top")
 SCALE = int(os.environ.get("TIDEWICK_SCALE", "1"))
 PROGRAM_OF_PANEL = {"xfce": "xfce4-panel", "lxqt": "lxqt-panel", "mate": "mate-panel",
                     "tint2": "tint2", "trayer": "trayer", "polybar": "polybar",
-                    "i3": "i3bar", "ayatana": "xfce4-panel", "cinnamon": "cinnamon"}[PANEL]
+                    "i3": "i3bar", "ayatana": "xfce4-panel", "cinnamon": "cinnamon",
+                    "plasma-x11": "plasmashell"}[PANEL]
 PID_FILE = os.path.join(os.environ["TIDEWICK_DESKTOP"], PROGRAM_OF_PANEL + ".pid")
 WIDTH, HEIGHT = 1280 * SCALE, 800 * SCALE
 GAP = 6 * SCALE
@@ -78,6 +79,10 @@ class HostTest(unittest.TestCase):
     def wait_for_panel(self):
         return desktop.wait_until(lambda: windows("Tidewick"), 5, "the panel")[0]
 
+    def wait_for_keyboard(self):
+        desktop.wait_until(lambda: xdotool("getwindowfocus") == windows("Tidewick"), 3,
+                           "the keyboard")
+
     def wait_for_its_end(self):
         desktop.wait_until(lambda: not windows("Tidewick"), 5, "the end of the panel")
 
@@ -139,8 +144,7 @@ class HostTest(unittest.TestCase):
     def test_escape_closes_because_the_panel_has_the_keyboard(self):
         for _ in range(2):
             self.open_panel()
-            desktop.wait_until(lambda: xdotool("getwindowfocus") == windows("Tidewick"), 3,
-                               "the keyboard")
+            self.wait_for_keyboard()
             xdotool("key", "Escape")
             self.wait_for_its_end()
 
@@ -154,8 +158,7 @@ class HostTest(unittest.TestCase):
 
     def test_signal_ends_it_cleanly_while_the_panel_is_open(self):
         self.open_panel()
-        desktop.wait_until(lambda: xdotool("getwindowfocus") == windows("Tidewick"), 3,
-                           "the keyboard")
+        self.wait_for_keyboard()
         self.assertEqual(desktop.terminate(self.program)[0], 0)
 
     def choose(self, entry):
@@ -172,6 +175,7 @@ class HostTest(unittest.TestCase):
 
     def test_menu_shows_settings_and_no_panel(self):
         self.open_panel()
+        self.wait_for_keyboard()
         self.choose("Settings")
         desktop.wait_until(lambda: windows("Tidewick Settings"), 5, "the settings")
         self.assert_stays_closed()
