@@ -32,7 +32,7 @@ struct PiecesRow
 {
     const char *name;
     int length;
-    int pieces;
+    qsizetype pieces;
 };
 
 class StartupPieces : public testing::TestWithParam<PiecesRow>
