@@ -44,13 +44,14 @@ QSGNode *Picture::updatePaintNode(QSGNode *old, UpdatePaintNodeData * /*data*/)
     auto *node = static_cast<QSGImageNode *>(old);
     if (node == nullptr) {
         node = window()->createImageNode();
-        node->setFiltering(QSGTexture::Nearest);
         node->setOwnsTexture(true);
         m_isStale = true;
     }
     if (m_isStale) {
         node->setTexture(window()->createTextureFromImage(image(pixels, pixelsPerPoint)));
         node->setSourceRect(QRectF({}, pixels));
+        // At scale 1 a picture is only filtered in an item that is scaled itself.
+        node->setFiltering(pixelsPerPoint == 1 ? QSGTexture::Linear : QSGTexture::Nearest);
         m_isStale = false;
     }
     // Both edges are rounded to the same side, also halfway between two pixels.
