@@ -4,6 +4,7 @@
 #include "views/panel/Panel.h"
 #include "views/settings/Settings.h"
 
+#include <QFontDatabase>
 #include <QJSValue>
 #include <QKeyEvent>
 #include <QMouseEvent>
@@ -14,7 +15,9 @@
 #include <QTcpServer>
 #include <QtQuickTest>
 
+#include <algorithm>
 #include <cmath>
+#include <cstdlib>
 
 Q_IMPORT_QML_PLUGIN(TidewickPlugin)
 
@@ -119,6 +122,55 @@ public:
     Q_INVOKABLE static void save(QQuickItem *item, const QString &file)
     {
         pictureOf(item).save(file);
+    }
+    /// Why the pictures that were kept mean nothing here; empty if they do.
+    Q_INVOKABLE static QString reasonNotToCompare()
+    {
+        if (!QString::fromLatin1(qVersion()).startsWith(QLatin1String("6.4.")))
+            return QStringLiteral("the pictures were made with Qt 6.4, and this is ") +
+                   QLatin1String(qVersion());
+        if (!QFontDatabase::hasFamily(QStringLiteral("Inter")))
+            return QStringLiteral("the font Inter is missing");
+        const QString scale = qEnvironmentVariable("QT_SCALE_FACTOR", QStringLiteral("1"));
+        if (scale != QLatin1String("1") && scale != QLatin1String("2"))
+            return QStringLiteral("no pictures are kept at scale ") + scale;
+        return {};
+    }
+    /// How the picture of `item` differs from the kept one; empty if it does not. Antialiasing may
+    /// differ a little. Pictures that differ are saved beside the expected ones and the difference.
+    Q_INVOKABLE static QString differenceFromKept(QQuickItem *item, const QString &name)
+    {
+        const QImage picture = pictureOf(item).convertToFormat(QImage::Format_RGB32);
+        const QString file =
+            name + (picture.width() > item->width() ? QStringLiteral("@2x") : QString());
+        const QString keptFile =
+            qEnvironmentVariable("TIDEWICK_PICTURES") + QStringLiteral("/%1.png").arg(file);
+        if (qEnvironmentVariableIsSet("TIDEWICK_KEEP_PICTURES"))
+            return picture.save(keptFile) ? QString() : QStringLiteral("not saved: ") + keptFile;
+        const QImage kept = QImage(keptFile).convertToFormat(QImage::Format_RGB32);
+        if (kept.size() != picture.size())
+            return QStringLiteral("no picture of that size: ") + keptFile;
+        constexpr int tolerance = 12; // of 255
+        QImage difference(picture.size(), QImage::Format_RGB32);
+        int different = 0;
+        for (int y = 0; y < picture.height(); ++y) {
+            for (int x = 0; x < picture.width(); ++x) {
+                const QRgb a = picture.pixel(x, y);
+                const QRgb b = kept.pixel(x, y);
+                const int distance =
+                    std::max({std::abs(qRed(a) - qRed(b)), std::abs(qGreen(a) - qGreen(b)),
+                              std::abs(qBlue(a) - qBlue(b))});
+                different += distance > tolerance ? 1 : 0;
+                difference.setPixel(x, y, qRgb(distance, distance, distance));
+            }
+        }
+        if (different == 0)
+            return {};
+        const QString results = qEnvironmentVariable("TIDEWICK_PICTURE_RESULTS");
+        picture.save(QStringLiteral("%1/%2.png").arg(results, file));
+        kept.save(QStringLiteral("%1/%2-expected.png").arg(results, file));
+        difference.save(QStringLiteral("%1/%2-difference.png").arg(results, file));
+        return QStringLiteral("%1 pixels differ, see %2/%3.png").arg(different).arg(results, file);
     }
     /// A click on the middle of `item`, `timestamp` milliseconds after the pointer's first event.
     Q_INVOKABLE static void click(QQuickItem *item, int timestamp)

@@ -61,7 +61,9 @@ TestCase {
         wait(0);
     }
 
+    // A panel with the pointer on nothing.
     function viewOf() {
+        mouseMove(test, 240, 20);
         return viewComponent.createObject(test, {
             panel: machine.panel
         });
@@ -73,7 +75,7 @@ TestCase {
         tryCompare(machine.panel, "runningCount", listeners.length);
         tryCompare(machine.panel, "isLoading", false);
         if (listeners.length > 0)
-            tryVerify(() => card(listeners.length - 1) !== null);
+            tryVerify(() => card(Math.min(listeners.length, 4) - 1) !== null);
     }
 
     function card(row) {

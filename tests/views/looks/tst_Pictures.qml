@@ -1,0 +1,109 @@
+import QtQuick
+import QtTest
+import Tidewick
+
+// The panel in its eight states, compared with pictures that were looked at. TIDEWICK_KEEP_PICTURES
+// in the environment makes the pictures anew.
+LooksCase {
+    id: test
+
+    name: "Pictures"
+
+    // What turns is left out.
+    function hideTurning() {
+        for (const name of ["spinner", "arrow.clockwise"])
+            items(view, item => item instanceof Symbol && item.name === name).forEach(item => item.opacity = 0);
+    }
+
+    function look(name) {
+        settle();
+        if (machine.reasonNotToCompare() !== "")
+            skip(machine.reasonNotToCompare());
+        compare(machine.differenceFromKept(view, name), "");
+    }
+
+    function many() {
+        return Array.from({
+            length: 40
+        }, (one, index) => Object.assign({}, index % 2 ? api : shop, {
+                port: 4001 + index,
+                pid: String(1001 + index),
+                directory: "/srv/service-" + (index + 1)
+            }));
+    }
+
+    function test_loading() {
+        machine.setSlow(true);
+        view = viewOf();
+        tryVerify(() => findChild(view, "loading").visible);
+        hideTurning();
+        look("loading");
+    }
+
+    function test_empty() {
+        show([]);
+        look("empty");
+    }
+
+    function test_list() {
+        show([shop, api]);
+        look("list");
+    }
+
+    function test_hover() {
+        show([shop, api]);
+        mouseMove(card(0), 200, 10);
+        tryVerify(() => String(findChild(card(0), "surface").color) === String(Qt.rgba(1, 1, 1, 0.06)));
+        look("hover");
+    }
+
+    function test_confirming() {
+        show([shop, api]);
+        card(0).ask();
+        tryCompare(findChild(card(0), "confirmation"), "scale", 1);
+        look("confirming");
+    }
+
+    function test_expanded() {
+        show([shop, api]);
+        findChild(view, "cards").toggleExpand("3000");
+        tryVerify(() => findChild(card(0), "details").opacity === 1);
+        look("expanded");
+    }
+
+    function test_killing() {
+        show([shop]);
+        const busy = busyCard.createObject(view, {
+            record: card(0).record,
+            panel: machine.panel,
+            pulse: findChild(view, "clock")
+        });
+        busy.ask();
+        tryCompare(findChild(busy, "confirmation"), "scale", 1);
+        machine.setKill(0, 2500);
+        machine.panel.kill("812");
+        tryCompare(busy, "opacity", 0.5);
+        hideTurning();
+        look("killing");
+        busy.destroy();
+    }
+
+    Component {
+        id: busyCard
+
+        PortCard {
+            x: 12
+            y: 57
+            width: 456
+            isExpanded: false
+            presses: PressSequence {}
+        }
+    }
+
+    function test_scrolled() {
+        show(many());
+        const list = findChild(view, "cards");
+        list.positionViewAtIndex(19, ListView.Beginning);
+        look("scrolled");
+    }
+}
