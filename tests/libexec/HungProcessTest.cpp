@@ -81,7 +81,7 @@ protected:
         // No signal ends one that waits for the dead file system, so that ends after a while.
         const pid_t watchdog = fork();
         if (watchdog == 0) {
-            sleep(30);
+            usleep(30'000'000);
             _exit(::kill(m_process->pid(), SIGKILL));
         }
         Output output = runProgram("/usr/bin/timeout", list, before);

@@ -254,12 +254,17 @@ LooksCase {
         busy.ask();
         tryCompare(findChild(busy, "confirmation"), "scale", 1);
         check([["ready", [confirm.enabled, busy.opacity, busy.scale], [true, 1, 1]]]);
+        tryCompare(machine.panel, "isLoading", false);
         machine.setKill(1, 1500);
         machine.panel.kill("812");
         check([["busy", [busy.isBeingKilled, confirm.enabled], [true, false]], ["spinner", [confirm.contentItem.width, confirm.contentItem.height, symbol(confirm, "spinner").size], [60, 20, 16]]]);
+        tryCompare(machine.panel, "runningCount", 0);
+        machine.setSlow(true);
         mouseClick(findChild(view, "refresh"));
         machine.panel.refresh();
+        wait(150); // a scan would have begun
         compare(machine.panel.isLoading, false, "no refresh during a kill");
+        machine.setSlow(false);
         tryVerify(() => isSame([busy.opacity, busy.scale], [0.5, 0.98]), 900);
         tryCompare(machine.panel, "killingPid", "");
         tryVerify(() => isSame([busy.opacity, busy.scale], [1, 1]), 900);
