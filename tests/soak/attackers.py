@@ -9,6 +9,7 @@ run them. Prints one line once everything is under way.
 - a listener made in the victim's cgroup and taken out of it, if there is a cgroup to make one in
 """
 
+import atexit
 import ctypes
 import os
 import shutil
@@ -55,9 +56,7 @@ class LockedMemory:
                                     user=0))
         self.since = time.monotonic()
         if len(self.processes) > 1:
-            old = self.processes.pop(0)
-            old.kill()
-            old.wait()
+            end(self.processes.pop(0))
 
     def keep(self):
         if time.monotonic() - self.since > LOCKED_SECONDS:
@@ -85,8 +84,7 @@ class Shadows:
         ports = ports_of(self.victim)
         for port in set(self.processes) - ports:
             for process in self.processes.pop(port):
-                process.kill()
-                process.wait()
+                end(process)
         for port in ports - set(self.processes):
             self.processes[port] = [
                 start(self.node, f"port {port}|listen ::1"),
@@ -97,20 +95,25 @@ class Shadows:
 
 def listen_in_cgroup(victim, node):
     """Makes a listener in a new cgroup where the victim's process is, and takes its maker out."""
-    for root in CGROUPS:
-        group = os.path.join(root, "tidewick-soak")
-        try:
-            os.makedirs(group, exist_ok=True)
-            idle = start(node, "shut", user=victim)
-            maker = start("/bin/sh", "", "-c",
-                          f"echo $$ > {group}/cgroup.procs; exec setpriv --reuid {ATTACKER} "
-                          f"--clear-groups env 'ODD=listen 127.0.0.1' {node}", user=0)
-            write(f"{group}/cgroup.procs", idle.pid)
-            write(f"{root}/cgroup.procs", maker.pid)
-            return [idle, maker]
-        except OSError:
-            continue
-    return []
+    root = next((root for root in CGROUPS if os.path.exists(f"{root}/cgroup.procs")), None)
+    if root is None:
+        return []
+    group = os.path.join(root, "tidewick-soak")
+    os.makedirs(group, exist_ok=True)
+    atexit.register(os.rmdir, group)
+    idle = start(node, "shut", user=victim)
+    write(f"{group}/cgroup.procs", idle.pid)
+    maker = start("/bin/sh", "", "-c",
+                  f"echo $$ > {group}/cgroup.procs; exec setpriv --reuid {ATTACKER} "
+                  f"--clear-groups env 'ODD=listen 127.0.0.1' {node}", user=0)
+    write(f"{root}/cgroup.procs", maker.pid)
+    atexit.register(end, idle)  # before the cgroup goes
+    return [idle, maker]
+
+
+def end(process):
+    process.kill()
+    process.wait()
 
 
 def write(path, value):
