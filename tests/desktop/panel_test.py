@@ -130,7 +130,8 @@ class PanelTest(PanelCase):
         panel = self.launch(1)
         self.press(self.card(panel, shop), "Stop service")
         accessible.find(panel, "push button", "Kill port")
-        self.assertIsNone(panel.find("push button", "View in browser"))
+        accessible.wait_until(lambda: not panel.find("push button", "View in browser"), 1,
+                              "Open's leave")
         desktop.screenshot("panel-confirming")
         accessible.wait_until(lambda: not panel.find("push button", "Kill port"), 6,
                               "the withdrawal")
