@@ -11,7 +11,6 @@
 #include "libexec/sockets/SocketDump.h"
 
 #include <climits>
-#include <clocale>
 #include <cstdio>
 #include <cstdlib>
 
@@ -39,9 +38,6 @@ int listSockets()
 
 int printWorkingDirectory(int pid)
 {
-    // The application reads UTF-8, whatever the locale.
-    // NOLINTNEXTLINE(concurrency-mt-unsafe): this program has one thread
-    setlocale(LC_CTYPE, "C.UTF-8");
     const std::string fields = workingDirectoryFields(pid);
     return !fields.empty() && writeAll(STDOUT_FILENO, fields) ? EXIT_SUCCESS : EXIT_FAILURE;
 }

@@ -1,5 +1,6 @@
 #include "libexec/names/EscapedText.h"
 
+#include <clocale>
 #include <cwchar>
 #include <cwctype>
 
@@ -14,6 +15,21 @@ void addByteCode(std::string &escaped, unsigned char byte)
     escaped += "\\x";
     escaped += hex[byte >> 4];
     escaped += hex[byte & 15];
+}
+
+/// How many bytes the printable UTF-8 character takes that the text begins with, or 0.
+size_t printableLength(std::string_view text)
+{
+    // The application reads UTF-8, whatever the locale. To load which characters are printable
+    // takes a fifth of this program's time, so only a path that is not ASCII does.
+    // NOLINTNEXTLINE(concurrency-mt-unsafe): this program has one thread
+    static const char *const locale = setlocale(LC_CTYPE, "C.UTF-8");
+    mbstate_t state{};
+    wchar_t character = 0;
+    // NOLINTNEXTLINE(concurrency-mt-unsafe): the state is its own
+    const size_t length = mbrtowc(&character, text.data(), text.size(), &state);
+    const bool isPrintable = locale && length <= text.size() && iswprint(wint_t(character)) != 0;
+    return isPrintable ? length : 0;
 }
 
 } // namespace
@@ -37,11 +53,7 @@ std::string escapePath(std::string_view path)
     while (!path.empty()) {
         const auto byte = static_cast<unsigned char>(path[0]);
         if (byte >= 0x80) {
-            mbstate_t state{};
-            wchar_t character = 0;
-            // NOLINTNEXTLINE(concurrency-mt-unsafe): the state is its own
-            const size_t length = mbrtowc(&character, path.data(), path.size(), &state);
-            if (length <= path.size() && iswprint(wint_t(character)) != 0) {
+            if (const size_t length = printableLength(path); length > 0) {
                 escaped += path.substr(0, length);
                 path.remove_prefix(length);
                 continue;
