@@ -308,6 +308,21 @@ TEST_F(AppDelegateTest, showsTheNumberOfListenersOnceTheyAreKnown)
                                   "tooltip 'Tidewick' '3 running, 2 live'"));
 }
 
+TEST_F(AppDelegateTest, showsTheIconAloneOnceTheLastListenerIsGone)
+{
+    lsofOutput = threeListeners;
+    delegate->applicationDidFinishLaunching();
+    ASSERT_TRUE(waitUntil([this] { return record.title.text == QLatin1String("3"); }));
+    ASSERT_TRUE(waitUntil([this] { return !record.panel->isLoading(); }));
+    lsofOutput = "header\n";
+    record.lines.clear();
+    record.panel->refresh();
+    ASSERT_TRUE(waitUntil([this] { return record.lines.size() >= 3; }));
+    EXPECT_EQ(record.lines,
+              lines("image 18x18; title ''; tooltip 'Tidewick' 'No active services'"));
+    EXPECT_EQ(record.title.text, QString());
+}
+
 TEST_F(AppDelegateTest, titleIsPlainDecimalInItsFont)
 {
     delegate->applicationDidFinishLaunching();

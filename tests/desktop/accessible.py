@@ -76,15 +76,15 @@ class Element:
         assert self._it.do_action(0), self.name()
 
 
-def windows():
-    """The program's windows that are on the screen, all of which are called like it."""
+def windows(title="Tidewick"):
+    """The program's windows of this title that are on the screen."""
     root = Atspi.get_desktop(0)
     for index in range(root.get_child_count()):
         program = root.get_child_at_index(index)
         if program and program.get_name().lower() == "tidewick":
             program.set_cache_mask(Atspi.Cache.NONE)
             return [one for one in Element(program).children()
-                    if one.name() == "Tidewick" and one.is_("showing")]
+                    if one.name() == title and one.is_("showing")]
     return []
 
 

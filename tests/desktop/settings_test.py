@@ -6,6 +6,7 @@ import subprocess
 import tempfile
 import unittest
 
+import accessible
 import desktop
 
 ENTRY = "autostart/org.tidewick.Tidewick.desktop"
@@ -30,9 +31,10 @@ class SettingsTest(unittest.TestCase):
     def setUp(self):
         self.config = os.environ["XDG_CONFIG_HOME"]
 
-    def launch(self, *wrapper):
+    def launch(self, *wrapper, **environment):
         """Starts the program, by way of `wrapper` where one is given."""
-        self.program = desktop.Program([*wrapper, desktop.PROGRAM], stdout=subprocess.PIPE)
+        self.program = desktop.Program([*wrapper, desktop.PROGRAM], stdout=subprocess.PIPE,
+                                       env={**os.environ, **environment})
         self.addCleanup(desktop.end, self.program)
         self.item = desktop.StatusItem()
 
@@ -46,6 +48,13 @@ class SettingsTest(unittest.TestCase):
                                 "^Tidewick Settings$"],
                                capture_output=True, text=True, check=False)
         return found.stdout.split()
+
+    def toggle(self):
+        """The settings window's toggle on the accessibility bus."""
+        def shown():
+            windows = accessible.windows("Tidewick Settings")
+            return windows[0].find("check box", "Launch at Login") if windows else None
+        return accessible.wait_until(shown, 5, "the toggle")
 
     def press(self, key):
         """Presses `key` with the keyboard on the settings window, and so on its toggle."""
@@ -80,6 +89,17 @@ class SettingsTest(unittest.TestCase):
                          "Failed to enable launch at login: Read-only file system\n")
         desktop.screenshot("settings-failed")
         self.assertIsNone(autostarted_command(self.config))
+
+    def test_reopened_window_shows_what_the_user_chose(self):
+        self.launch(**accessible.ENVIRONMENT)
+        self.show_settings()
+        self.press("space")
+        desktop.wait_until(lambda: autostarted_command(self.config), 3, "the login item")
+        os.remove(os.path.join(self.config, ENTRY))
+        self.press("alt+F4")
+        desktop.wait_until(lambda: not self.windows(), 3, "the window's end")
+        self.show_settings()
+        self.assertTrue(self.toggle().is_("checked"))
 
     def test_window_is_one_and_has_its_size_in_the_middle(self):
         self.launch()
