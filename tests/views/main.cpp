@@ -71,10 +71,10 @@ public:
     /// Fails each registration as a login item from now on, with `error`; none when it is empty.
     Q_INVOKABLE void failRegistration(const QString &error) { m_registrationError = error; }
     Q_INVOKABLE void reduceMotion(bool isReduced) { m_panel.setReducesMotion(isReduced); }
-    /// What lies behind the panel's window: the screen, or nothing that can be seen.
-    Q_INVOKABLE void setTranslucent(bool isTranslucent)
+    /// What lies behind the panel's window, a Panel::Backdrop.
+    Q_INVOKABLE void setBackdrop(int backdrop)
     {
-        m_panel.setBackdrop(isTranslucent ? Panel::Translucent : Panel::Opaque);
+        m_panel.setBackdrop(static_cast<Panel::Backdrop>(backdrop));
     }
     Q_INVOKABLE void clearLog() { m_log.clear(); }
     /// What the keyboard sends to `item`'s window for a key that stays down.
@@ -102,6 +102,18 @@ public:
     Q_INVOKABLE static QColor cornerOf(QQuickItem *item)
     {
         return pictureOf(item).pixelColor(0, 0);
+    }
+    /// What is drawn at (`x`, `y`) in `item`, in points.
+    Q_INVOKABLE static QColor pixelOf(QQuickItem *item, double x, double y)
+    {
+        const QImage picture = pictureOf(item);
+        const double pixelsPerPoint = picture.width() / item->width();
+        return picture.pixelColor((QPointF(x, y) * pixelsPerPoint).toPoint());
+    }
+    /// The shape of the pointer over `item`'s window.
+    Q_INVOKABLE static int pointerShape(QQuickItem *item)
+    {
+        return item->window()->cursor().shape();
     }
     /// The colour in the picture of `item` that differs most from that of its corner.
     Q_INVOKABLE static QColor strongestPixelOf(QQuickItem *item)

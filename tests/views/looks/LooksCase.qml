@@ -4,7 +4,7 @@ import Tidewick
 import TidewickTest
 
 // A panel over a made-up machine, which looks the same in every run.
-TestCase {
+ItemCase {
     id: test
 
     width: 480
@@ -80,19 +80,6 @@ TestCase {
 
     function card(row) {
         return findChild(view, "cards").itemAtIndex(row);
-    }
-
-    // The items in `item` that pass `test`, in the order of their declaration.
-    function items(item, test) {
-        return (test(item) ? [item] : []).concat(...Array.from(item.children, child => items(child, test)));
-    }
-
-    function symbol(item, name) {
-        return items(item, one => one instanceof Symbol && one.name === name)[0];
-    }
-
-    function text(item, words) {
-        return items(item, one => one instanceof Text && one.text === words)[0];
     }
 
     // Until two pictures are alike.

@@ -14,47 +14,6 @@ LooksCase {
     readonly property color red: "#FF453A"
     readonly property color orange: "#FF9F0A"
 
-    function at(color, opacity) {
-        return Qt.rgba(color.r, color.g, color.b, opacity);
-    }
-
-    function white(opacity) {
-        return Qt.rgba(1, 1, 1, opacity);
-    }
-
-    function isSame(a, b) {
-        if (Array.isArray(b))
-            return a.length === b.length && b.every((part, index) => isSame(a[index], part));
-        if (typeof b === "number")
-            return Math.abs(a - b) < 0.01;
-        return String(a) === String(b);
-    }
-
-    function check(rows) {
-        const wrong = rows.filter(row => !isSame(row[1], row[2]));
-        compare(wrong.map(row => row[0] + " is " + row[1] + ", not " + row[2]), []);
-    }
-
-    // Size, weight and colour of a text; colour, size and weight of a symbol.
-    function font(item) {
-        return [item.font.pixelSize, item.font.weight, item.color];
-    }
-
-    function ink(item) {
-        return [item.size, item.weight, item.color];
-    }
-
-    // Left, top, width and height in `frame`.
-    function box(item, frame) {
-        const place = item.mapToItem(frame, 0, 0);
-        return [place.x, place.y, item.width, item.height];
-    }
-
-    // How far what `button` shows is from its edges: left, top, right and bottom.
-    function paddings(button) {
-        return [button.leftPadding, button.topPadding, button.rightPadding, button.bottomPadding];
-    }
-
     function gap(left, right) {
         return right.mapToItem(view, 0, 0).x - left.mapToItem(view, left.width, 0).x;
     }
@@ -102,11 +61,51 @@ LooksCase {
 
     function test_cornersWhereTheDesktopComposes() {
         show([]);
-        machine.setTranslucent(true);
+        machine.setBackdrop(Panel.Translucent);
         view.isFrameless = true;
         check([["radius", findChild(view, "backdrop").radius, 11], ["edge", findChild(view, "edge").radius, 11], ["fill", findChild(view, "backdrop").color, Qt.rgba(0x1E / 255, 0x1E / 255, 0x20 / 255, 0.97)]]);
         view.isFrameless = false;
         check([["radius in a frame", findChild(view, "backdrop").radius, 0]]);
+    }
+
+    Component {
+        id: ground
+
+        Rectangle {
+            anchors.fill: parent
+            color: "#404040"
+        }
+    }
+
+    // What is really drawn behind the panel.
+    function test_fill_data() {
+        const row = (tag, backdrop, opacity) => ({
+                tag: tag,
+                backdrop: backdrop,
+                fill: Qt.tint("#404040", Qt.rgba(0x1E / 255, 0x1E / 255, 0x20 / 255, opacity))
+            });
+        return [row("opaque", Panel.Opaque, 1), row("translucent", Panel.Translucent, 0.97), row("blurred", Panel.Blurred, 0.78)];
+    }
+
+    function test_fill(data) {
+        createTemporaryObject(ground, test);
+        show([]);
+        machine.setBackdrop(data.backdrop);
+        const places = [[4, 4], [475, 4], [240, 100], [4, 535], [475, 535]];
+        check(places.map(place => ["fill at " + place, distance(machine.pixelOf(view, ...place), data.fill) < 0.01, true]));
+    }
+
+    // A changed setting changes what is drawn, in place.
+    function test_fillFollowsItsSettings() {
+        createTemporaryObject(ground, test);
+        show([]);
+        const backdrop = findChild(view, "backdrop");
+        machine.setBackdrop(Panel.Blurred);
+        for (const [property, value] of [["emphasized", false], ["blending", VisualEffect.WithinWindow], ["material", VisualEffect.HudWindow], ["state", VisualEffect.Inactive]]) {
+            const before = String(machine.pixelOf(view, 240, 100));
+            backdrop[property] = value;
+            verify(String(machine.pixelOf(view, 240, 100)) !== before, property);
+        }
     }
 
     function test_emptyAndScanning() {
@@ -309,6 +308,7 @@ LooksCase {
             const button = findChild(view, name);
             mouseMove(button, button.width / 2, button.height / 2);
             tryVerify(() => String(answers[name]()) !== before, 1000, name);
+            compare(machine.pointerShape(view), name === "reveal" ? Qt.PointingHandCursor : Qt.ArrowCursor, name);
         }
     }
 

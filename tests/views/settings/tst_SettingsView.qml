@@ -32,24 +32,6 @@ TestCase {
         return createTemporaryObject(settings, test, { launchAtLogin: launchAtLogin });
     }
 
-    function test_isThreeHundredTwentyByOneHundredFifty() {
-        const view = make(false);
-        compare(view.implicitWidth, 320);
-        compare(view.implicitHeight, 150);
-    }
-
-    function test_texts() {
-        const view = make(false);
-        const headline = findChild(view, "headline");
-        const version = findChild(view, "version");
-        compare(headline.text, "General");
-        compare(findChild(view, "toggle").text, "Launch at Login");
-        compare(version.text, "Tidewick v1.0");
-        compare(headline.mapToItem(view, 0, 0), Qt.point(20, 20));
-        fuzzyCompare(version.mapToItem(view, version.width / 2, 0).x, 160, 1);
-        fuzzyCompare(version.mapToItem(view, 0, version.height).y, 130, 1);
-    }
-
     function test_showsTheInitialValueAndAsksForNothing_data() {
         return [{ tag: "on", value: true }, { tag: "off", value: false }];
     }

@@ -1,0 +1,79 @@
+import QtQuick
+import QtTest
+import Tidewick
+import TidewickTest
+
+// Every number, colour, size, weight and text of the settings, read from their live items.
+ItemCase {
+    id: test
+
+    name: "SettingsMeasures"
+    width: 320
+    height: 150
+    visible: true
+    when: windowShown
+
+    Machine {
+        id: machine
+    }
+
+    SystemPalette {
+        id: system
+    }
+
+    Component {
+        id: settings
+
+        SettingsView {
+            settings: machine.settings
+        }
+    }
+
+    function make(launchAtLogin) {
+        return createTemporaryObject(settings, test, {
+            launchAtLogin: launchAtLogin
+        });
+    }
+
+    function test_layout() {
+        const view = make(false);
+        const headline = findChild(view, "headline");
+        const toggle = findChild(view, "toggle");
+        const version = findChild(view, "version");
+        const [left, top, width, height] = box(version, view);
+        check([
+            ["frame", [view.implicitWidth, view.implicitHeight, view.width, view.height], [320, 150, 320, 150]],
+            ["ground", view.color, system.window],
+            ["headline", [headline.text].concat(font(headline)), ["General", 13, Font.Bold, system.windowText]],
+            ["headline's place", box(headline, view).slice(0, 2), [20, 20]],
+            ["toggle", [toggle.text].concat(font(toggle.contentItem)), ["Launch at Login", 13, Font.Normal, system.windowText]],
+            ["toggle's left edge", box(toggle, view)[0], 20],
+            ["from headline to toggle", box(toggle, view)[1] - 20 - headline.height, 20],
+            ["between all items", headline.parent.spacing, 20],
+            ["version", [version.text].concat(font(version)), ["Tidewick v1.0", 10, Font.Normal, system.windowText]],
+            ["version's faintness", version.opacity, 0.55],
+            ["version's middle", Math.abs(left + width / 2 - 160) <= 0.5, true],
+            ["version's lower edge", top + height, 130]
+        ]);
+    }
+
+    function test_box_data() {
+        return [
+            { tag: "off", isOn: false, fill: system.base, mark: false },
+            { tag: "on", isOn: true, fill: system.highlight, mark: true }
+        ];
+    }
+
+    function test_box(data) {
+        const toggle = findChild(make(data.isOn), "toggle");
+        const mark = symbol(toggle, "checkmark");
+        const frame = toggle.indicator;
+        check([
+            ["box", [frame.width, frame.height, frame.radius, frame.border.width], [14, 14, 3, 1]],
+            ["box's fill and border", [frame.color, frame.border.color], [data.fill, system.mid]],
+            ["box's place", box(frame, toggle).slice(0, 2), [0, (toggle.height - 14) / 2]],
+            ["label's left edge", box(text(toggle, "Launch at Login"), toggle)[0], 22],
+            ["mark", [mark.visible].concat(ink(mark)), [data.mark, 10, Font.DemiBold, system.highlightedText]]
+        ]);
+    }
+}
