@@ -8,7 +8,7 @@ namespace tidewick
 namespace
 {
 
-constexpr int barGap = 6;        // points between the bar and the popover
+constexpr int gap = 6;           // points between the popover and the bar or a side of the screen
 constexpr int edgeStrip = 64;    // points from a screen's edge in which a bar may be
 constexpr int itemReach = 16;    // points from any point on an item to beyond its end
 constexpr int nearDistance = 64; // points between two readings of one place
@@ -111,18 +111,18 @@ bool isHorizontal(Edge edge)
     return edge == Edge::top || edge == Edge::bottom;
 }
 
-/// The part of `free` that is clear of a bar at `edge`.
+/// The part of `free` that is clear of a bar at `edge`, and of the sides beside it.
 QRect roomAt(Edge edge, QRect free)
 {
     switch (edge) {
     case Edge::top:
-        return free.adjusted(0, barGap, 0, 0);
+        return free.adjusted(gap, gap, -gap, 0);
     case Edge::bottom:
-        return free.adjusted(0, 0, 0, -barGap);
+        return free.adjusted(gap, 0, -gap, -gap);
     case Edge::left:
-        return free.adjusted(barGap, 0, 0, 0);
+        return free.adjusted(gap, gap, 0, -gap);
     case Edge::right:
-        return free.adjusted(0, 0, -barGap, 0);
+        return free.adjusted(0, gap, -gap, -gap);
     }
     return free;
 }
@@ -176,24 +176,22 @@ int clearOf(int point, int wanted, int length, int first, int last)
 {
     if (point < wanted || point >= wanted + length)
         return wanted;
-    const int before = point - itemReach - barGap - length;
-    const int after = point + itemReach + barGap;
+    const int before = point - itemReach - gap - length;
+    const int after = point + itemReach + gap;
     if (before >= first)
         return before;
     return after + length - 1 <= last ? after : wanted;
 }
 
 /// Moved along the bar at `edge` until the pointer at `anchor` is not on the popover.
-QPoint clearOfPointer(QPoint position, QSize size, QPoint anchor, Edge edge, const QRect &available)
+QPoint clearOfPointer(QPoint position, QSize size, QPoint anchor, Edge edge, const QRect &room)
 {
     if (!QRect(position, size).contains(anchor))
         return position;
     if (isHorizontal(edge))
-        position.setX(
-            clearOf(anchor.x(), position.x(), size.width(), available.left(), available.right()));
+        position.setX(clearOf(anchor.x(), position.x(), size.width(), room.left(), room.right()));
     else
-        position.setY(
-            clearOf(anchor.y(), position.y(), size.height(), available.top(), available.bottom()));
+        position.setY(clearOf(anchor.y(), position.y(), size.height(), room.top(), room.bottom()));
     return position;
 }
 
@@ -242,7 +240,7 @@ QPoint popoverPosition(QSize size, std::optional<QPoint> anchor, const QList<Scr
     const bool isAtBar = bar && !itsEdge;
     const QRect room = roomAt(edge, isAtBar ? free : freeBeyond(*anchor, edge, free));
     const QPoint position = positionInRoom(size, *anchor, edge, *screen, room);
-    return clearOfPointer(position, size, *anchor, edge, free);
+    return clearOfPointer(position, size, *anchor, edge, room);
 }
 
 } // namespace tidewick

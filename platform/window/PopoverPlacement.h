@@ -40,7 +40,8 @@ struct ItemTraces
 std::optional<QPoint> itemAnchor(const ItemTraces &traces);
 
 /// The upper left corner of a popover of `size`. It is 6 points from the bar that holds the anchor,
-/// at whichever edge, and within the free area of that screen. If the anchor is in the middle of
+/// at whichever edge, at least as far from the sides beside it, and within the free area of that
+/// screen. If the anchor is in the middle of
 /// the screen, as in a popup of the bar, the popover is at the bar and beside the anchor, so that
 /// the pointer is not on it. Without an anchor it is at the end of the primary screen's bar.
 QPoint popoverPosition(QSize size, std::optional<QPoint> anchor, const QList<ScreenArea> &screens);

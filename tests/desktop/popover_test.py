@@ -61,7 +61,7 @@ class PopoverTest(unittest.TestCase):
                         "--addmode screen 1024x768"):
             subprocess.run(["xrandr", *command.split()], check=True)
         self.use_mode("1024x768")
-        desktop.wait_until(lambda: self.corner(panel) == (1024, LOWER_END), 5,
+        desktop.wait_until(lambda: self.corner(panel) == (1024 - 6, LOWER_END), 5,
                            "the panel in the smaller screen's corner")
 
     def use_mode(self, mode):
