@@ -287,6 +287,11 @@ class Picture:
             ["import", "-silent", "-window", "root", "-depth", "8", "rgb:-"],
             capture_output=True, check=True).stdout
 
+    def color(self, x, y):
+        """Red, green and blue at a place."""
+        at = 3 * (y * self.width + x)
+        return tuple(self.pixels[at:at + 3])
+
     def ink(self):
         """Where the program's own colour stands, as (x, y)."""
         at = self.pixels.find(INK)
