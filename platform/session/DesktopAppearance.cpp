@@ -48,6 +48,8 @@ std::optional<bool> motionReduced(const QString &group, const QString &key, cons
 
 DesktopAppearance::DesktopAppearance(QDBusConnection bus) : m_bus(std::move(bus))
 {
+    // Qt finds a slot's types by their names, and knows this one only from its first use.
+    qRegisterMetaType<QDBusVariant>();
     m_bus.connect(portalService, portalPath, portalSettings, QStringLiteral("SettingChanged"), this,
                   SLOT(changeSetting(QString, QString, QDBusVariant)));
     read(gnomeGroup, gnomeKey);
