@@ -1,5 +1,6 @@
 #include "app/AppDelegate.h"
 
+#include "app/ApplicationPalette.h"
 #include "views/controls/Symbol.h"
 
 #include <QCoreApplication>
@@ -79,6 +80,7 @@ void AppDelegate::hostPanel()
                              : surroundings.isComposited ? Panel::Translucent
                                                          : Panel::Opaque);
         m_panel->setReducesMotion(surroundings.reducesMotion);
+        followColorScheme(surroundings.colorScheme);
     });
     m_popover->setContentView(viewUrl("panel/ContentView.qml"),
                               {{QStringLiteral("panel"), QVariant::fromValue(m_panel.get())}});

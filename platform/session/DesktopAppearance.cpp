@@ -25,6 +25,9 @@ const QString gnomeKey = QStringLiteral("enable-animations");
 const QString plasmaGroup = QStringLiteral("org.kde.kdeglobals.KDE");
 const QString plasmaKey = QStringLiteral("AnimationDurationFactor");
 
+const QString schemeGroup = QStringLiteral("org.freedesktop.appearance");
+const QString schemeKey = QStringLiteral("color-scheme");
+
 /// The value inside the variants that the portal wraps around it.
 QVariant unwrapped(QVariant value)
 {
@@ -46,6 +49,21 @@ std::optional<bool> motionReduced(const QString &group, const QString &key, cons
     return std::nullopt;
 }
 
+std::optional<ColorScheme> colorScheme(const QString &group, const QString &key,
+                                       const QVariant &value)
+{
+    if (group != schemeGroup || key != schemeKey || value.metaType().id() != QMetaType::UInt)
+        return std::nullopt;
+    switch (value.toUInt()) {
+    case 1:
+        return ColorScheme::dark;
+    case 2:
+        return ColorScheme::light;
+    default:
+        return ColorScheme::any;
+    }
+}
+
 DesktopAppearance::DesktopAppearance(QDBusConnection bus) : m_bus(std::move(bus))
 {
     // Qt finds a slot's types by their names, and knows this one only from its first use.
@@ -54,6 +72,7 @@ DesktopAppearance::DesktopAppearance(QDBusConnection bus) : m_bus(std::move(bus)
                   SLOT(changeSetting(QString, QString, QDBusVariant)));
     read(gnomeGroup, gnomeKey);
     read(plasmaGroup, plasmaKey);
+    read(schemeGroup, schemeKey);
     connect(qGuiApp, &QGuiApplication::focusWindowChanged, this, &DesktopAppearance::lookAtScreen);
     lookAtScreen();
 }
@@ -79,11 +98,10 @@ QCoro::Task<> DesktopAppearance::read(QString group, QString key)
 void DesktopAppearance::changeSetting(const QString &group, const QString &key,
                                       const QDBusVariant &value)
 {
-    const auto isReduced = motionReduced(group, key, unwrapped(value.variant()));
-    if (!isReduced)
-        return;
+    const QVariant setting = unwrapped(value.variant());
     Surroundings changed = m_surroundings;
-    changed.reducesMotion = *isReduced;
+    changed.reducesMotion = motionReduced(group, key, setting).value_or(changed.reducesMotion);
+    changed.colorScheme = colorScheme(group, key, setting).value_or(changed.colorScheme);
     tell(changed);
 }
 

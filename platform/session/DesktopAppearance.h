@@ -17,8 +17,14 @@ namespace tidewick
 /// GNOME has "enable-animations", Plasma a factor that is 0 if animations are off.
 std::optional<bool> motionReduced(const QString &group, const QString &key, const QVariant &value);
 
+/// The colour scheme that a setting of the desktop portal asks for; nothing if it is another
+/// setting.
+std::optional<ColorScheme> colorScheme(const QString &group, const QString &key,
+                                       const QVariant &value);
+
 /// The surroundings as the X server and the desktop portal (org.freedesktop.portal.Settings) report
-/// them. Without a portal motion is not reduced. The X server is asked again whenever the focus
+/// them. Without a portal motion is not reduced, and any colour
+/// scheme will do. The X server is asked again whenever the focus
 /// moves to another window; the portal reports changes by itself.
 class DesktopAppearance : public QObject, public Appearance
 {

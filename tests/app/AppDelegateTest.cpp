@@ -6,6 +6,8 @@
 
 #include <gtest/gtest.h>
 
+#include <QGuiApplication>
+#include <QPalette>
 #include <QTimer>
 
 using namespace tidewick;
@@ -471,6 +473,19 @@ TEST_F(AppDelegateTest, panelFollowsTheSurroundings)
     record.surroundings({false, false, false});
     EXPECT_EQ(record.panel->backdrop(), Panel::Opaque);
     EXPECT_FALSE(record.panel->reducesMotion());
+}
+
+TEST_F(AppDelegateTest, windowsFollowTheColorScheme)
+{
+    delegate->applicationDidFinishLaunching();
+    const auto lightness = [] {
+        return QGuiApplication::palette().color(QPalette::Window).lightness();
+    };
+    EXPECT_GT(lightness(), 200);
+    record.surroundings({.colorScheme = ColorScheme::dark});
+    EXPECT_LT(lightness(), 80);
+    record.surroundings({.colorScheme = ColorScheme::any});
+    EXPECT_GT(lightness(), 200);
 }
 
 TEST_F(AppDelegateTest, panelOpensRevealsAndQuits)

@@ -1,3 +1,4 @@
+#include "app/ApplicationPalette.h"
 #include "scan/ToolTable.h"
 #include "tests/support/RecordingHttpClient.h"
 #include "tests/support/RecordingToolRunner.h"
@@ -76,6 +77,12 @@ public:
     {
         m_panel.setBackdrop(static_cast<Panel::Backdrop>(backdrop));
     }
+    /// Lets the desktop ask for dark or light windows.
+    Q_INVOKABLE static void useScheme(bool isDark)
+    {
+        followColorScheme(isDark ? ColorScheme::dark : ColorScheme::light);
+    }
+    Q_INVOKABLE static void useDesktopsScheme() { followColorScheme(ColorScheme::any); }
     Q_INVOKABLE void clearLog() { m_log.clear(); }
     /// What the keyboard sends to `item`'s window for a key that stays down.
     Q_INVOKABLE static void repeatKey(QQuickItem *item, int key)

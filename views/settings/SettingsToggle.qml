@@ -37,12 +37,14 @@ T.CheckBox {
     }
 
     indicator: Rectangle {
+        readonly property color ink: system.windowText
+
         anchors.verticalCenter: parent?.verticalCenter
         width: 14
         height: 14
         radius: 3
         color: box.checked ? system.highlight : system.base
-        border.color: box.visualFocus ? system.highlight : system.mid
+        border.color: box.visualFocus || box.checked ? system.highlight : Qt.tint(system.base, Qt.rgba(ink.r, ink.g, ink.b, 0.5))
         border.width: box.visualFocus ? 2 : 1
 
         Symbol {

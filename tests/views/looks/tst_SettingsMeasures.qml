@@ -57,10 +57,44 @@ ItemCase {
         ]);
     }
 
+    // The parts that must be told apart, and how far at least, as contrasts.
+    function test_isReadableInEveryScheme_data() {
+        return [{ tag: "dark", isDark: true }, { tag: "light", isDark: false }];
+    }
+
+    function test_isReadableInEveryScheme(data) {
+        const view = make(false);
+        machine.useScheme(data.isDark);
+        const toggle = findChild(view, "toggle");
+        const version = findChild(view, "version");
+        const faded = Qt.tint(view.color, at(version.color, version.opacity));
+        compare(luminance(view.color) < 0.2, data.isDark);
+        compare(machine.pixelOf(view, 5, 5), view.color);
+        for (const [name, one, other, least] of [["headline", findChild(view, "headline").color, view.color, 7], ["label", toggle.contentItem.color, view.color, 7], ["version", faded, view.color, 4.5], ["box", toggle.indicator.border.color, view.color, 3]])
+            verify(contrast(one, other) >= least, name + ": " + contrast(one, other));
+        view.launchAtLogin = true;
+        verify(contrast(toggle.indicator.color, view.color) >= 3, "box that is on");
+        verify(contrast(symbol(toggle, "checkmark").color, toggle.indicator.color) >= 3, "mark");
+    }
+
+    function luminance(color) {
+        const part = value => value <= 0.04045 ? value / 12.92 : Math.pow((value + 0.055) / 1.055, 2.4);
+        return 0.2126 * part(color.r) + 0.7152 * part(color.g) + 0.0722 * part(color.b);
+    }
+
+    function contrast(one, other) {
+        const [a, b] = [luminance(one), luminance(other)];
+        return (Math.max(a, b) + 0.05) / (Math.min(a, b) + 0.05);
+    }
+
+    function cleanup() {
+        machine.useDesktopsScheme();
+    }
+
     function test_box_data() {
         return [
-            { tag: "off", isOn: false, fill: system.base, mark: false },
-            { tag: "on", isOn: true, fill: system.highlight, mark: true }
+            { tag: "off", isOn: false, fill: system.base, border: Qt.tint(system.base, at(system.windowText, 0.5)), mark: false },
+            { tag: "on", isOn: true, fill: system.highlight, border: system.highlight, mark: true }
         ];
     }
 
@@ -70,7 +104,7 @@ ItemCase {
         const frame = toggle.indicator;
         check([
             ["box", [frame.width, frame.height, frame.radius, frame.border.width], [14, 14, 3, 1]],
-            ["box's fill and border", [frame.color, frame.border.color], [data.fill, system.mid]],
+            ["box's fill and border", [frame.color, frame.border.color], [data.fill, data.border]],
             ["box's place", box(frame, toggle).slice(0, 2), [0, (toggle.height - 14) / 2]],
             ["label's left edge", box(text(toggle, "Launch at Login"), toggle)[0], 22],
             ["mark", [mark.visible].concat(ink(mark)), [data.mark, 10, Font.DemiBold, system.highlightedText]]
