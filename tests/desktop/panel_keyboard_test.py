@@ -1,6 +1,7 @@
 """The whole panel from the keyboard, with the focus read on the accessibility bus."""
 
 import signal
+import subprocess
 import unittest
 
 import accessible
@@ -72,15 +73,26 @@ class PanelKeyboardTest(PanelCase):
     def test_keyboard_alone_kills(self):
         shop = self.serve("shop")
         panel = self.launch(1)
-        self.tab_to(panel, "Stop service")
-        desktop.press_key("Return")
-        accessible.find(panel, "push button", "Kill port")
-        self.assertIsNone(shop.poll())
-        if accessible.focused(panel).name() != "Kill port":
-            self.tab_to(panel, "Kill port")
-        desktop.outlast_click_sequence()
-        desktop.press_key("Return")
-        self.assertEqual(shop.wait(timeout=3), -signal.SIGKILL)
+
+        def ask_and_confirm():
+            self.tab_to(panel, "Stop service")
+            desktop.press_key("Return")
+            accessible.find(panel, "push button", "Kill port")
+            self.assertIsNone(shop.poll())
+            if accessible.focused(panel).name() != "Kill port":
+                self.tab_to(panel, "Kill port")
+            desktop.outlast_click_sequence()
+            desktop.press_key("Return")
+            return shop.wait(timeout=3)
+
+        try:
+            status = ask_and_confirm()
+        except (AssertionError, subprocess.TimeoutExpired):
+            # On a busy machine the question can be withdrawn, after 3 seconds, before the answer.
+            accessible.wait_until(lambda: not panel.find("push button", "Kill port"), 10,
+                                  "the withdrawal")
+            status = ask_and_confirm()
+        self.assertEqual(status, -signal.SIGKILL)
         self.wait_for_count(panel, 0)
 
     def test_escape_withdraws_then_closes(self):
