@@ -63,7 +63,7 @@ Item {
         }
     }
 
-    Rectangle {
+    RoundedRectangle {
         id: capsule
 
         objectName: "confirmation"
@@ -134,7 +134,7 @@ Item {
                         control.confirmed();
                 }
 
-                background: Rectangle {
+                background: RoundedRectangle {
                     radius: 10
                     color: colors.faded(confirm.hovered ? Qt.lighter(colors.red, 1.1) : colors.red, 0.9)
                 }

@@ -122,13 +122,13 @@ Item {
     }
 
     // Only the keyboard gives the card itself the focus.
-    Rectangle {
+    RoundedRectangle {
         objectName: "surface"
         anchors.fill: parent
         radius: 14
         color: colors.white(hover.hovered ? 0.06 : 0)
-        border.color: colors.white(card.activeFocus ? 1 : 0.1)
-        border.width: card.activeFocus ? 2 : 1
+        borderColor: colors.white(card.activeFocus ? 1 : 0.1)
+        borderWidth: card.activeFocus ? 2 : 1
 
         Behavior on color {
             enabled: card.isShown
@@ -221,7 +221,7 @@ Item {
                         help: "View in browser"
                         onClicked: card.panel.openPort(card.facts.port)
 
-                        background: Rectangle {
+                        background: RoundedRectangle {
                             radius: 8
                             color: open.hovered ? Qt.lighter(colors.blue, 1.1) : colors.blue
                         }

@@ -19,7 +19,7 @@ Item {
         id: colors
     }
 
-    Rectangle {
+    RoundedRectangle {
         objectName: "disc"
         anchors.fill: parent
         radius: width / 2

@@ -38,14 +38,13 @@ T.AbstractButton {
     Keys.onReturnPressed: event => pressByKey(event)
     Keys.onEnterPressed: event => pressByKey(event)
 
-    Rectangle {
+    RoundedRectangle {
         anchors.fill: parent
         anchors.margins: -2
         visible: button.visualFocus
-        color: "transparent"
         radius: 8
-        border.color: "white"
-        border.width: 2
+        borderColor: "white"
+        borderWidth: 2
         z: 1
     }
 

@@ -173,7 +173,7 @@ LooksCase {
             ["cross's frame", [find(0, "stop").width, find(0, "stop").height], [16, 16]],
             ["between controls", [gap(open, find(0, "expand")), gap(find(0, "expand"), find(0, "stop"))], [4, 4]],
             ["help texts", [open.help, find(0, "stop").help], ["View in browser", "Stop service"]],
-            ["surface", [find(0, "surface").radius, find(0, "surface").color, find(0, "surface").border.color, find(0, "surface").border.width], [14, white(0), white(0.1), 1]],
+            ["surface", [find(0, "surface").radius, find(0, "surface").color, find(0, "surface").borderColor, find(0, "surface").borderWidth], [14, white(0), white(0.1), 1]],
             ["controls of both cards", box(find(0, "stop"), card(0)), box(find(1, "stop"), card(1))],
             ["chevrons of both cards", box(find(0, "expand"), card(0)), box(find(1, "expand"), card(1))]
         ]);
@@ -265,6 +265,10 @@ LooksCase {
         compare(machine.panel.isLoading, false, "no refresh during a kill");
         machine.setSlow(false);
         tryVerify(() => isSame([busy.opacity, busy.scale], [0.5, 0.98]), 900);
+        const edge = Array.from({
+            length: 33
+        }, (one, step) => machine.pixelOf(confirm, 3, 6 + step / 2));
+        check(edge.map((color, step) => ["scaled ground at " + (6 + step / 2), color, edge[0]]));
         tryCompare(machine.panel, "killingPid", "");
         tryVerify(() => isSame([busy.opacity, busy.scale], [1, 1]), 900);
         busy.destroy();

@@ -508,12 +508,12 @@ TestCase {
         press(1, "stop");
         tryCompare(findChild(view, "cards"), "currentIndex", 1);
         verify(findChild(card(1), "cancel").activeFocus, "it keeps the focus");
-        compare(findChild(card(1), "surface").border.width, 1);
+        compare(findChild(card(1), "surface").borderWidth, 1);
         machine.listen([shop]);
         press(1, "confirm");
         tryCompare(findChild(view, "cards"), "count", 1);
         tryVerify(() => !card(0).activeFocus);
-        compare(findChild(card(0), "surface").border.width, 1);
+        compare(findChild(card(0), "surface").borderWidth, 1);
     }
 
     function test_focusOfTheKeyboardGoesOnToTheNextCard() {
@@ -526,7 +526,7 @@ TestCase {
         keyClick(Qt.Key_Space);
         tryCompare(findChild(view, "cards"), "count", 1);
         tryVerify(() => card(0).activeFocus);
-        compare(findChild(card(0), "surface").border.width, 2);
+        compare(findChild(card(0), "surface").borderWidth, 2);
     }
 
     function test_helpTextComesToARestingPointer() {
