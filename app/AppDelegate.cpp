@@ -84,6 +84,15 @@ void AppDelegate::hostPanel()
     });
     m_popover->setContentView(viewUrl("panel/ContentView.qml"),
                               {{QStringLiteral("panel"), QVariant::fromValue(m_panel.get())}});
+    m_popover->makeReady();
+    // The first cards come with the first listeners.
+    connect(m_appState.get(), &AppState::runningPortsChanged, m_panel.get(),
+            [this](const QList<PortInfo> &runningPorts) {
+                if (m_hadCards || runningPorts.isEmpty())
+                    return;
+                m_hadCards = true;
+                m_popover->makeReady();
+            });
 }
 
 void AppDelegate::togglePopover()

@@ -85,6 +85,7 @@ private:
     std::unique_ptr<Panel> m_panel;
     std::unique_ptr<Appearance> m_appearance;
     std::unique_ptr<Popover> m_popover; // destroyed before the panel that it shows
+    bool m_hadCards = false;
     std::unique_ptr<LoginItem> m_loginItem;
     std::unique_ptr<Settings> m_settings;
     std::unique_ptr<SettingsWindow> m_settingsWindow; // destroyed before the settings that it shows

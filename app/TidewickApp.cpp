@@ -19,6 +19,7 @@
 
 #include <QIcon>
 #include <QPointer>
+#include <QThreadPool>
 #include <QTimer>
 
 #include <cstdio>
@@ -74,6 +75,15 @@ Desktop realDesktop(Shell &shell)
         }};
 }
 
+/// The toolkit draws in threads of its own pool, one for each processor, and waits for them. Our
+/// small pictures are drawn no sooner with more than one.
+void keepToOneDrawingThread()
+{
+    QThreadPool *const pool = QThreadPool::globalInstance();
+    pool->setMaxThreadCount(1);
+    pool->setExpiryTimeout(1000);
+}
+
 /// True where the session started this process, and not the user.
 bool takeAutostarted()
 {
@@ -100,6 +110,7 @@ TidewickApp::TidewickApp(int &argc, char **argv)
       m_platformData(takePlatformData()),
       m_application(argc, argv)
 {
+    keepToOneDrawingThread();
     QApplication::setApplicationName(QStringLiteral("tidewick"));
     QApplication::setDesktopFileName(QStringLiteral("org.tidewick.Tidewick"));
     QApplication::setWindowIcon(QIcon(QStringLiteral(":/menubar_icon.png")));

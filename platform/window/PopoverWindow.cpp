@@ -33,6 +33,13 @@ constexpr int mappingMs = 1000;
 /// A window manager that insists on its own place has its way.
 constexpr int mostCorrections = 5;
 
+/// The start of the program, and what comes with the first list, is over by then. Loading the
+/// content earlier would keep the icon from the tray.
+constexpr int readyingMs = 300;
+
+constexpr Qt::WindowFlags besideFlags =
+    Qt::Tool | Qt::FramelessWindowHint | Qt::WindowStaysOnTopHint;
+
 /// A press at most this many points from the place of the item counts as a press on it.
 constexpr int itemReach = 48;
 
@@ -75,6 +82,10 @@ std::optional<QPoint> pointerPlace(const PointerButtons &buttons)
 PopoverWindow::PopoverWindow(std::function<bool()> hasItem) : m_hasItem(std::move(hasItem))
 {
     setTitle(QStringLiteral("Tidewick"));
+    setFlags(besideFlags);
+    m_readying.setSingleShot(true);
+    m_readying.setInterval(readyingMs);
+    connect(&m_readying, &QTimer::timeout, this, &PopoverWindow::drawUnseen);
     m_focusTimeout.setInterval(focusTimeoutMs);
     connect(&m_focusTimeout, &QTimer::timeout, this, &PopoverWindow::closeWithoutFocus);
     connect(&m_buttons, &PointerButtons::pressed, this, &PopoverWindow::closeOnPress);
@@ -95,6 +106,26 @@ void PopoverWindow::setBehavior(PopoverBehavior behavior)
     m_behavior = behavior;
 }
 
+void PopoverWindow::setContentView(const QUrl &view, const QVariantMap &properties)
+{
+    m_view = view;
+    m_properties = properties;
+}
+
+void PopoverWindow::load()
+{
+    if (!m_view.isEmpty())
+        showView(std::exchange(m_view, {}), std::exchange(m_properties, {}));
+}
+
+void PopoverWindow::drawUnseen()
+{
+    if (isVisible())
+        return;
+    load();
+    grabWindow(); // creates the cards, and fills the caches of glyphs and pictures
+}
+
 void PopoverWindow::show(const std::optional<ClickEvent> &event)
 {
     m_buttons.sync(); // an earlier press must not close it
@@ -102,6 +133,8 @@ void PopoverWindow::show(const std::optional<ClickEvent> &event)
         m_isPressOnItem = false;
         return;
     }
+    m_readying.stop();
+    load();
     if (!isVisible())
         prepare(event);
     ViewWindow::show();
@@ -111,7 +144,7 @@ void PopoverWindow::show(const std::optional<ClickEvent> &event)
 void PopoverWindow::prepare(const std::optional<ClickEvent> &event)
 {
     const bool isBeside = event || m_hasItem();
-    setFlags(isBeside ? Qt::Tool | Qt::FramelessWindowHint | Qt::WindowStaysOnTopHint
+    setFlags(isBeside ? besideFlags
                       : Qt::Window | Qt::CustomizeWindowHint | Qt::WindowTitleHint |
                             Qt::WindowSystemMenuHint | Qt::WindowCloseButtonHint);
     if (event)

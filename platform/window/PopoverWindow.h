@@ -28,10 +28,8 @@ public:
     Q_DISABLE_COPY_MOVE(PopoverWindow)
 
     void setContentSize(QSize points) override { fixSize(points); }
-    void setContentView(const QUrl &view, const QVariantMap &properties) override
-    {
-        showView(view, properties);
-    }
+    void setContentView(const QUrl &view, const QVariantMap &properties) override;
+    void makeReady() override { m_readying.start(); }
     void setBehavior(PopoverBehavior behavior) override;
     bool isShown() const override { return isVisible(); }
     /// Does nothing if the same click has just closed the popover.
@@ -44,6 +42,8 @@ protected:
     void moveEvent(QMoveEvent *event) override;
 
 private:
+    void load();
+    void drawUnseen();
     void prepare(const std::optional<ClickEvent> &event);
     void place();
     void watchScreen(const QScreen *screen);
@@ -55,6 +55,9 @@ private:
     bool hasJustClosed() const;
 
     std::function<bool()> m_hasItem;
+    QUrl m_view; // not loaded yet, or empty
+    QVariantMap m_properties;
+    QTimer m_readying; // runs until the popover is made ready
     std::optional<PopoverBehavior> m_behavior;
     PointerButtons m_buttons;
     std::optional<QPoint> m_anchor; // where the item was seen last

@@ -96,6 +96,7 @@ public:
         m_record.panel = properties.value(QStringLiteral("panel")).value<Panel *>();
         m_record.log(QStringLiteral("view ") + view.fileName());
     }
+    void makeReady() override { m_record.log(QStringLiteral("ready")); }
     bool isShown() const override { return m_record.isPopoverShown; }
     void show(const std::optional<ClickEvent> &event) override
     {
@@ -296,7 +297,7 @@ TEST_F(AppDelegateTest, showsTheIconAloneAtLaunch)
     EXPECT_EQ(logOf([this] { delegate->applicationDidFinishLaunching(); }),
               lines("image 18x18; title ''; action; menu of 0; popover 480x540; transient; "
                     "image 18x18; title ''; tooltip 'Tidewick' 'No active services'; "
-                    "view ContentView.qml"));
+                    "view ContentView.qml; ready"));
     EXPECT_FALSE(record.image.isNull());
 }
 
@@ -307,7 +308,26 @@ TEST_F(AppDelegateTest, showsTheNumberOfListenersOnceTheyAreKnown)
     record.lines.clear();
     ASSERT_TRUE(waitUntil([this] { return !record.lines.isEmpty(); }));
     EXPECT_EQ(record.lines, lines("image 18x18; title '3'; image leading; "
-                                  "tooltip 'Tidewick' '3 running, 2 live'"));
+                                  "tooltip 'Tidewick' '3 running, 2 live'; ready"));
+}
+
+TEST_F(AppDelegateTest, makesThePanelReadyAgainForItsFirstCardsOnly)
+{
+    delegate->applicationDidFinishLaunching();
+    const auto isReady = [this] {
+        return record.lines.contains(QStringLiteral("ready"));
+    };
+    const auto refresh = [this] {
+        record.lines.clear();
+        record.panel->refresh();
+        return waitUntil([this] { return !record.lines.isEmpty(); });
+    };
+    ASSERT_TRUE(waitUntil([this] { return !record.panel->isLoading(); }));
+    lsofOutput = threeListeners;
+    ASSERT_TRUE(refresh());
+    EXPECT_TRUE(isReady());
+    ASSERT_TRUE(refresh());
+    EXPECT_FALSE(isReady());
 }
 
 TEST_F(AppDelegateTest, showsTheIconAloneOnceTheLastListenerIsGone)
