@@ -2,6 +2,7 @@
 
 #include "scan/http/CurlHttpClient.h"
 #include "scan/http/HttpProbe.h"
+#include "tests/support/Databases.h"
 #include "tests/support/LoopbackServer.h"
 #include "tests/support/ProbeText.h"
 #include "tests/support/ServerProgram.h"
@@ -9,7 +10,6 @@
 
 #include <gtest/gtest.h>
 
-#include <QDir>
 #include <QElapsedTimer>
 #include <QFile>
 #include <QTemporaryDir>
@@ -68,8 +68,15 @@ protected:
             words(arguments).replaceInStrings(QStringLiteral("PORT"), QString::number(port));
         m_server = std::make_unique<ServerProgram>(findProgram(QString::fromLatin1(program)), list,
                                                    m_directory.path(), port);
-        EXPECT_TRUE(m_server->isUp()) << m_server->output().toStdString();
-        return m_server->isUp();
+        return isUp();
+    }
+
+    /// The same for one of Databases.h.
+    bool start(std::unique_ptr<ServerProgram> (*database)(const QString &, int))
+    {
+        port = freePort();
+        m_server = database(m_directory.path(), port);
+        return m_server != nullptr && isUp();
     }
 
     bool startNginx(const QByteArray &server)
@@ -113,12 +120,6 @@ protected:
                        "-addext subjectAltName=DNS:localhost,IP:127.0.0.1,IP:::1");
     }
 
-    bool initialisePostgres() const
-    {
-        return runAsOrdinaryUser(findProgram(QStringLiteral("initdb")),
-                                 words("--no-sync -A trust -U test -D data"), m_directory.path());
-    }
-
     CurlHttpClient trustingClient() const { return CurlHttpClient(path("ca.pem")); }
 
     ServerProgram &server() { return *m_server; }
@@ -129,6 +130,12 @@ private:
     static QStringList words(const char *text)
     {
         return QString::fromLatin1(text).split(QLatin1Char(' '));
+    }
+
+    bool isUp()
+    {
+        EXPECT_TRUE(m_server->isUp()) << m_server->output().toStdString();
+        return m_server->isUp();
     }
 
     bool openssl(const char *arguments) const
@@ -432,14 +439,10 @@ TEST_F(RealServers, oneThatAcceptsAndSaysNothing)
     EXPECT_LT(timer.elapsed(), attempts * 1500);
 }
 
-// The server is the program of redis-tools under another name; the package that carries the name
-// would start a daemon, too.
 TEST_F(RealServers, redisCostsLittleTime)
 {
     NEEDS("redis-check-rdb");
-    const QString program = path("redis-server");
-    ASSERT_TRUE(QFile::link(findProgram(QStringLiteral("redis-check-rdb")), program));
-    ASSERT_TRUE(start(qPrintable(program), "--port PORT --bind 127.0.0.1"));
+    ASSERT_TRUE(start(&startRedis));
     QElapsedTimer timer;
     timer.start();
     EXPECT_EQ(probe(), nothing);
@@ -452,12 +455,7 @@ TEST_F(RealServers, redisCostsLittleTime)
 TEST_F(RealServers, mariadbSeesSixRequestsAlone)
 {
     NEEDS("mariadbd");
-    ASSERT_TRUE(QDir().mkdir(path("data")));
-    giveToOrdinaryUser(path("data"));
-    const QString arguments = QStringLiteral("--no-defaults --skip-grant-tables --datadir=%1 "
-                                             "--port=PORT --socket=socket --bind-address=127.0.0.1")
-                                  .arg(path("data"));
-    ASSERT_TRUE(start("mariadbd", qPrintable(arguments)));
+    ASSERT_TRUE(start(&startMariadb));
     EXPECT_EQ(probe(), nothing);
     EXPECT_EQ(server().outputToItsEnd().count("Aborted connection"), 6 + 1);
 }
@@ -467,9 +465,7 @@ TEST_F(RealServers, postgresSeesFewConnections)
 {
     NEEDS("initdb");
     NEEDS("postgres");
-    ASSERT_TRUE(initialisePostgres());
-    ASSERT_TRUE(start("postgres", "-D data -p PORT -c unix_socket_directories= "
-                                  "-c listen_addresses=127.0.0.1"));
+    ASSERT_TRUE(start(&startPostgres));
     EXPECT_EQ(probe(), nothing);
     const auto lines = server().outputToItsEnd().count("invalid length of startup packet");
     EXPECT_GE(lines, 8);
