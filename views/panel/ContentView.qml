@@ -158,7 +158,7 @@ FocusScope {
                 spacing: 5
                 visible: content.panel.liveCount > 0
 
-                Rectangle {
+                RoundedRectangle {
                     objectName: "dot"
                     anchors.verticalCenter: parent.verticalCenter
                     width: 7
@@ -205,9 +205,9 @@ FocusScope {
                 material: VisualEffect.HudWindow
                 blending: VisualEffect.WithinWindow
 
-                Rectangle {
+                RoundedRectangle {
                     anchors.fill: parent
-                    radius: parent.radius
+                    radius: 6
                     color: colors.white(quit.hovered ? 0.06 : 0)
                 }
             }

@@ -2,7 +2,7 @@ import QtQuick
 import Tidewick
 
 // The translucent backdrop of what is stacked over it.
-Rectangle {
+Item {
     id: view
 
     required property int material
@@ -11,8 +11,25 @@ Rectangle {
     property bool emphasized: false
     // What lies behind the window.
     property int backdrop: Panel.Opaque
+    property real radius: 0
+    readonly property color color: fill.color
 
-    color: fill.color
+    // A window is large, and whole pixels in size; then the simpler rectangle looks the same.
+    Rectangle {
+        anchors.fill: parent
+        visible: !rounded.visible
+        radius: view.radius
+        color: view.color
+    }
+
+    RoundedRectangle {
+        id: rounded
+
+        anchors.fill: parent
+        visible: view.blending === VisualEffect.WithinWindow
+        radius: view.radius
+        color: view.color
+    }
 
     VisualEffectFill {
         id: fill

@@ -21,7 +21,6 @@ T.CheckBox {
     implicitWidth: contentItem.implicitWidth + leftPadding
     implicitHeight: contentItem.implicitHeight
     leftPadding: 22
-    font.pixelSize: 13
     focusPolicy: Qt.StrongFocus
     Accessible.role: Accessible.CheckBox
     Accessible.name: text
@@ -36,7 +35,7 @@ T.CheckBox {
         id: system
     }
 
-    indicator: Rectangle {
+    indicator: RoundedRectangle {
         readonly property color ink: system.windowText
 
         anchors.verticalCenter: parent?.verticalCenter
@@ -44,8 +43,8 @@ T.CheckBox {
         height: 14
         radius: 3
         color: box.checked ? system.highlight : system.base
-        border.color: box.visualFocus || box.checked ? system.highlight : Qt.tint(system.base, Qt.rgba(ink.r, ink.g, ink.b, 0.5))
-        border.width: box.visualFocus ? 2 : 1
+        borderColor: box.visualFocus || box.checked ? system.highlight : Qt.tint(system.base, Qt.rgba(ink.r, ink.g, ink.b, 0.5))
+        borderWidth: box.visualFocus ? 2 : 1
 
         Symbol {
             anchors.centerIn: parent
@@ -60,7 +59,7 @@ T.CheckBox {
     contentItem: PlainText {
         text: box.text
         color: system.windowText
-        font: box.font
+        font.pixelSize: 13
         Accessible.ignored: true
     }
 }

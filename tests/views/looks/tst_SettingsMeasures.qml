@@ -70,7 +70,7 @@ ItemCase {
         const faded = Qt.tint(view.color, at(version.color, version.opacity));
         compare(luminance(view.color) < 0.2, data.isDark);
         compare(machine.pixelOf(view, 5, 5), view.color);
-        for (const [name, one, other, least] of [["headline", findChild(view, "headline").color, view.color, 7], ["label", toggle.contentItem.color, view.color, 7], ["version", faded, view.color, 4.5], ["box", toggle.indicator.border.color, view.color, 3]])
+        for (const [name, one, other, least] of [["headline", findChild(view, "headline").color, view.color, 7], ["label", toggle.contentItem.color, view.color, 7], ["version", faded, view.color, 4.5], ["box", toggle.indicator.borderColor, view.color, 3]])
             verify(contrast(one, other) >= least, name + ": " + contrast(one, other));
         view.launchAtLogin = true;
         verify(contrast(toggle.indicator.color, view.color) >= 3, "box that is on");
@@ -103,8 +103,8 @@ ItemCase {
         const mark = symbol(toggle, "checkmark");
         const frame = toggle.indicator;
         check([
-            ["box", [frame.width, frame.height, frame.radius, frame.border.width], [14, 14, 3, 1]],
-            ["box's fill and border", [frame.color, frame.border.color], [data.fill, data.border]],
+            ["box", [frame.width, frame.height, frame.radius, frame.borderWidth], [14, 14, 3, 1]],
+            ["box's fill and border", [frame.color, frame.borderColor], [data.fill, data.border]],
             ["box's place", box(frame, toggle).slice(0, 2), [0, (toggle.height - 14) / 2]],
             ["label's left edge", box(text(toggle, "Launch at Login"), toggle)[0], 22],
             ["mark", [mark.visible].concat(ink(mark)), [data.mark, 10, Font.DemiBold, system.highlightedText]]
