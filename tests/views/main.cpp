@@ -83,6 +83,22 @@ public:
         followColorScheme(isDark ? ColorScheme::dark : ColorScheme::light);
     }
     Q_INVOKABLE static void useDesktopsScheme() { followColorScheme(ColorScheme::any); }
+    Q_INVOKABLE static bool hasFont(const QString &family)
+    {
+        return QFontDatabase::hasFamily(family);
+    }
+    /// The desktop's font.
+    Q_INVOKABLE static QString family() { return QGuiApplication::font().family(); }
+    /// Makes `family` the desktop's font for the views that are made from now on; an empty one ends
+    /// that.
+    Q_INVOKABLE static void useFont(const QString &family)
+    {
+        static const QFont desktops = QGuiApplication::font();
+        QFont font = desktops;
+        if (!family.isEmpty())
+            font.setFamily(family);
+        QGuiApplication::setFont(font);
+    }
     Q_INVOKABLE void clearLog() { m_log.clear(); }
     /// What the keyboard sends to `item`'s window for a key that stays down.
     Q_INVOKABLE static void repeatKey(QQuickItem *item, int key)

@@ -33,9 +33,7 @@ ItemCase {
             directory: "/srv/api"
         })
 
-    Component {
-        id: machineComponent
-
+    property Component machineComponent: Component {
         Machine {}
     }
 
@@ -55,6 +53,10 @@ ItemCase {
     }
 
     function cleanup() {
+        endCase();
+    }
+
+    function endCase() {
         machine.setSlow(false);
         view.destroy();
         machine.destroy();
@@ -76,6 +78,10 @@ ItemCase {
         tryCompare(machine.panel, "isLoading", false);
         if (listeners.length > 0)
             tryVerify(() => card(Math.min(listeners.length, 4) - 1) !== null);
+    }
+
+    function find(row, name) {
+        return findChild(card(row), name);
     }
 
     function card(row) {

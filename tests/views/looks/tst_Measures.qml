@@ -18,10 +18,6 @@ LooksCase {
         return right.mapToItem(view, 0, 0).x - left.mapToItem(view, left.width, 0).x;
     }
 
-    function find(row, name) {
-        return findChild(card(row), name);
-    }
-
     function test_panel() {
         show([shop, api]);
         const child = name => findChild(view, name);
