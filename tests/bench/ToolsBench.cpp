@@ -1,14 +1,17 @@
 // What the supplied tools cost against the stock ones and ss, in one run: tools_bench DIRECTORY
 // [PROCESSES...] measures those in DIRECTORY beside 160 listeners, with that many more processes.
+// The bare walk is the least that a lister must do: it reads the link of each descriptor.
 #include "tests/libexec/OddProcess.h"
 #include "tests/support/system/SharedDirectory.h"
 
 #include <QElapsedTimer>
 
 #include <algorithm>
+#include <array>
 #include <cstdio>
 #include <memory>
 
+#include <dirent.h>
 #include <fcntl.h>
 #include <spawn.h>
 #include <sys/resource.h>
@@ -21,9 +24,53 @@ namespace
 constexpr int runs = 11;
 using Command = std::vector<std::string>;
 
+/// Reads the link of each descriptor of each process that allows it, and keeps none of it.
+void walk()
+{
+    DIR *const processes = opendir("/proc");
+    std::array<char, 64> target{};
+    // NOLINTNEXTLINE(concurrency-mt-unsafe): the stream is this thread's own
+    while (const dirent *const process = readdir(processes)) {
+        if (process->d_name[0] < '1' || process->d_name[0] > '9')
+            continue;
+        const int all = dirfd(processes);
+        const std::string path = std::string(process->d_name) + "/fd";
+        const int descriptor = openat(all, path.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+        DIR *const descriptors = descriptor < 0 ? nullptr : fdopendir(descriptor);
+        if (descriptors == nullptr)
+            continue;
+        // NOLINTNEXTLINE(concurrency-mt-unsafe): the same
+        while (const dirent *const each = readdir(descriptors)) {
+            // What it reads is of no interest.
+            [[maybe_unused]] const ssize_t length =
+                readlinkat(descriptor, each->d_name, target.data(), target.size());
+        }
+        closedir(descriptors);
+    }
+    closedir(processes);
+}
+
+/// Runs walk() in a child process, as the other commands run.
+const Command bareWalk;
+
+double measureWalk()
+{
+    QElapsedTimer timer;
+    timer.start();
+    const pid_t pid = fork();
+    if (pid == 0) {
+        walk();
+        _exit(EXIT_SUCCESS);
+    }
+    waitpid(pid, nullptr, 0);
+    return double(timer.nsecsElapsed()) / 1e6;
+}
+
 /// How long one run takes, in milliseconds.
 double measure(Command command)
 {
+    if (command == bareWalk)
+        return measureWalk();
     std::vector<char *> arguments;
     for (std::string &word : command)
         arguments.push_back(word.data());
@@ -65,9 +112,10 @@ void compare(const std::string &load, const std::string &directory)
     Command stock{"/usr/bin/lsof"};
     supplied.insert(supplied.end(), sockets.begin(), sockets.end());
     stock.insert(stock.end(), sockets.begin(), sockets.end());
-    const auto lister = medians({supplied, stock, {"/usr/bin/ss", "-Hltnp"}});
-    std::printf("%-34s %-10s %9.2f %9.2f %9.2f %9.2f %9.2f\n", load.c_str(), "sockets", lister[0],
-                lister[1], lister[0] / lister[1], lister[2], lister[0] / lister[2]);
+    const auto lister = medians({supplied, stock, {"/usr/bin/ss", "-Hltnp"}, bareWalk});
+    std::printf("%-34s %-10s %9.2f %9.2f %9.2f %9.2f %9.2f %9.2f %9.2f\n", load.c_str(), "sockets",
+                lister[0], lister[1], lister[0] / lister[1], lister[2], lister[0] / lister[2],
+                lister[3], lister[0] / lister[3]);
     const std::string pid = std::to_string(getpid());
     for (const char *const format : {"command=", "rss=,%cpu=", "etime="}) {
         const auto query = medians(
@@ -93,9 +141,10 @@ int main(int argc, char *argv[])
         return EXIT_FAILURE;
     rlimit limit{};
     getrlimit(RLIMIT_NOFILE, &limit);
-    std::printf("user %u, ms, medians of %d runs in turns\n%-34s %-10s %9s %9s %9s %9s %9s\n",
-                getuid(), runs, "beside 160 listeners", "", "supplied", "stock", "ratio", "ss",
-                "ratio");
+    std::printf(
+        "user %u, ms, medians of %d runs in turns\n%-34s %-10s %9s %9s %9s %9s %9s %9s %9s\n",
+        getuid(), runs, "beside 160 listeners", "", "supplied", "stock", "ratio", "ss", "ratio",
+        "bare walk", "ratio");
     const SharedDirectory directory;
     const OddProcess servers({"servers 160", {"node"}, directory.copy(oddProgram(), "node")});
     compare("no more", argv[1]);
