@@ -8,6 +8,7 @@ import unittest
 
 import accessible
 import desktop
+import portal
 
 ENTRY = "autostart/org.tidewick.Tidewick.desktop"
 GENERATOR = "/usr/lib/systemd/user-generators/systemd-xdg-autostart-generator"
@@ -25,6 +26,14 @@ def autostarted_command(config):
         with open(unit, encoding="utf-8") as file:
             return [line.split("=", 1)[1].strip() for line in file
                     if line.startswith("ExecStart=")][0]
+
+
+def place(window):
+    """Its left and upper edge on the screen, its width and its height."""
+    text = subprocess.run(["xwininfo", "-id", window], capture_output=True, text=True,
+                          check=True).stdout
+    numbers = re.findall(r"(?:Absolute upper-left .|Width|Height): +(\d+)", text)
+    return tuple(int(number) for number in numbers)
 
 
 class SettingsTest(unittest.TestCase):
@@ -55,6 +64,11 @@ class SettingsTest(unittest.TestCase):
             windows = accessible.windows("Tidewick Settings")
             return windows[0].find("check box", "Launch at Login") if windows else None
         return accessible.wait_until(shown, 5, "the toggle")
+
+    def ground(self, window):
+        """The colour of the window's ground on the screen."""
+        x, y, *_ = place(window)
+        return desktop.Picture().color(x + 10, y + 140)
 
     def press(self, key):
         """Presses `key` with the keyboard on the settings window, and so on its toggle."""
@@ -101,15 +115,22 @@ class SettingsTest(unittest.TestCase):
         self.show_settings()
         self.assertTrue(self.toggle().is_("checked"))
 
+    def test_is_dark_or_light_as_the_desktop_asks(self):
+        desktops = portal.Portal(portal.DARK)
+        self.addCleanup(desktops.remove)
+        self.launch()
+        window = self.show_settings()
+        desktop.wait_until(lambda: max(self.ground(window)) < 80, 5, "the dark window")
+        desktop.screenshot("settings-dark")
+        desktops.change(portal.LIGHT)
+        desktop.wait_until(lambda: min(self.ground(window)) > 200, 5, "the light window")
+        desktop.screenshot("settings-light")
+
     def test_window_is_one_and_has_its_size_in_the_middle(self):
         self.launch()
         window = self.show_settings()
         self.assertEqual(self.show_settings(), window)
-        info = subprocess.run(["xwininfo", "-id", window], capture_output=True, text=True,
-                              check=True).stdout
-        self.assertIn('"Tidewick Settings"', info)
-        x, y, width, height = (int(number) for number in re.findall(
-            r"(?:Absolute upper-left .|Width|Height): +(\d+)", info))
+        x, y, width, height = place(window)
         self.assertEqual((width, height), (320, 150))
         self.assertAlmostEqual(x + 160, 640, delta=20)
         self.assertAlmostEqual(y + 75, 415, delta=30)  # a bar stands at the top
