@@ -123,7 +123,10 @@ void PopoverWindow::drawUnseen()
     if (isVisible())
         return;
     load();
-    grabWindow(); // creates the cards, and fills the caches of glyphs and pictures
+    // Creates the cards, and fills the caches of glyphs and pictures. OpenGL would take 35 MB for
+    // it.
+    if (sceneGraphBackend() == QLatin1String("software"))
+        grabWindow();
 }
 
 void PopoverWindow::show(const std::optional<ClickEvent> &event)
