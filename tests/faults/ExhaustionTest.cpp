@@ -115,12 +115,7 @@ protected:
         EXPECT_TRUE(m_server->isRunning());
     }
 
-    void allIsWellAfterwards()
-    {
-        ASSERT_TRUE(refresh());
-        EXPECT_TRUE(tellsTheTruthAbout(*m_server));
-        EXPECT_TRUE(killEnds(*m_server));
-    }
+    void allIsWellAfterwards() { allIsWellWith(*m_server); }
 
 private:
     std::unique_ptr<ServerProgram> m_server;
@@ -173,12 +168,7 @@ TEST_F(FaultTest, overlappingScansAndAKillWithoutDescriptorsFailTogether)
         EXPECT_EQ(kill(*server), false);
         endEveryScan();
     }
-    EXPECT_TRUE(server->isRunning());
-    ASSERT_TRUE(refresh());
-    EXPECT_TRUE(tellsTheTruthAbout(*server));
-    EXPECT_TRUE(killEnds(*server));
-    ASSERT_TRUE(refresh());
-    EXPECT_TRUE(rowsOf(*server).isEmpty());
+    allIsWellWith(*server);
 }
 
 TEST_F(FaultTest, scanAndKillWithoutProcessesFailWithTheSystemsText)
@@ -202,12 +192,7 @@ TEST_F(FaultTest, scanAndKillWithoutProcessesFailWithTheSystemsText)
         EXPECT_EQ(rowsOf(*server).size(), 1);
         EXPECT_EQ(kill(*server), false);
     }
-    EXPECT_TRUE(server->isRunning());
-    ASSERT_TRUE(refresh());
-    EXPECT_TRUE(tellsTheTruthAbout(*server));
-    EXPECT_TRUE(killEnds(*server));
-    ASSERT_TRUE(refresh());
-    EXPECT_TRUE(rowsOf(*server).isEmpty());
+    allIsWellWith(*server);
 }
 
 TEST_F(BusyMachine, withoutDescriptorsFailsAKillAndGoesOn)

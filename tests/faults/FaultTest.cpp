@@ -27,6 +27,16 @@ FaultTest::~FaultTest()
     QCoreApplication::processEvents(); // lets the awaiting coroutines end
 }
 
+void FaultTest::allIsWellWith(ServerProgram &server)
+{
+    EXPECT_TRUE(server.isRunning());
+    ASSERT_TRUE(refresh());
+    EXPECT_TRUE(tellsTheTruthAbout(server));
+    EXPECT_TRUE(killEnds(server));
+    ASSERT_TRUE(refresh());
+    EXPECT_TRUE(rowsOf(server).isEmpty());
+}
+
 SystemInterfaces FaultTest::realSystem() const
 {
     return {std::make_shared<ProcessToolRunner>(), realTools(), std::make_shared<CurlHttpClient>()};

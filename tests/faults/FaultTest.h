@@ -45,6 +45,10 @@ protected:
     /// Whether a scan without an error has listed `server` with all that there is to know of it.
     testing::AssertionResult tellsTheTruthAbout(const ServerProgram &server) const;
 
+    /// Expects that `server` still runs, that a scan tells the truth about it, that a kill ends it,
+    /// and that the next scan knows.
+    void allIsWellWith(ServerProgram &server);
+
     tidewick::SystemInterfaces realSystem() const;
     /// The supplied tools, where every user can run them, over the stock ones.
     tidewick::ToolTable realTools() const;

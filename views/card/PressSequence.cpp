@@ -20,18 +20,6 @@ bool isPressingKey(const QKeyEvent &event)
 
 } // namespace
 
-void PressSequence::setWindow(QQuickWindow *window)
-{
-    if (window == m_window)
-        return;
-    if (m_window)
-        m_window->removeEventFilter(this);
-    m_window = window;
-    if (m_window)
-        m_window->installEventFilter(this);
-    Q_EMIT windowChanged();
-}
-
 bool PressSequence::begins()
 {
     if (!m_isUnasked)

@@ -1,9 +1,8 @@
 #pragma once
 
+#include "views/card/WindowWatcher.h"
+
 #include <QElapsedTimer>
-#include <QObject>
-#include <QPointer>
-#include <QQuickWindow>
 #include <QtQmlIntegration>
 
 #include <optional>
@@ -14,17 +13,13 @@ namespace tidewick
 /// The click sequences in one window. Presses belong to one sequence if each comes within the
 /// desktop's double-click interval of the one before, wherever in the window; a key that stays down
 /// belongs to its first press. So nobody answers what came up under the pointer a moment ago.
-class PressSequence : public QObject
+class PressSequence : public WindowWatcher
 {
     Q_OBJECT
     QML_ELEMENT
-    Q_PROPERTY(QQuickWindow *window READ window WRITE setWindow NOTIFY windowChanged)
 
 public:
-    using QObject::QObject;
-
-    QQuickWindow *window() const { return m_window; }
-    void setWindow(QQuickWindow *window);
+    using WindowWatcher::WindowWatcher;
 
     /// To be asked once for each press that is to count: whether it is the first of its sequence.
     /// One that came from no pointer and no keyboard, but from the accessibility bus, is a press of
@@ -32,9 +27,6 @@ public:
     Q_INVOKABLE bool begins();
 
     bool eventFilter(QObject *watched, QEvent *event) override;
-
-Q_SIGNALS:
-    void windowChanged();
 
 private:
     struct Press
@@ -48,7 +40,6 @@ private:
     void add(std::optional<quint32> timestamp);
     bool follow(const Press &before, const Press &press) const;
 
-    QPointer<QQuickWindow> m_window;
     QElapsedTimer m_clock;
     std::optional<Press> m_latest;
     bool m_isFirst = true;

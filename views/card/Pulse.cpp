@@ -9,23 +9,11 @@
 namespace tidewick
 {
 
-Pulse::Pulse(QObject *parent) : QObject(parent)
+Pulse::Pulse(QObject *parent) : WindowWatcher(parent)
 {
     m_ticks.setInterval(std::chrono::milliseconds(50));
     connect(&m_ticks, &QTimer::timeout, this, &Pulse::tick);
-}
-
-void Pulse::setWindow(QQuickWindow *window)
-{
-    if (window == m_window)
-        return;
-    if (m_window)
-        m_window->removeEventFilter(this);
-    m_window = window;
-    if (m_window)
-        m_window->installEventFilter(this);
-    startOrStop();
-    Q_EMIT windowChanged();
+    connect(this, &Pulse::windowChanged, this, &Pulse::startOrStop);
 }
 
 void Pulse::setWanted(bool isWanted)
@@ -46,7 +34,7 @@ bool Pulse::eventFilter(QObject * /*watched*/, QEvent *event)
 
 void Pulse::startOrStop()
 {
-    const bool isDue = m_isWanted && m_window && m_window->isExposed();
+    const bool isDue = m_isWanted && window() && window()->isExposed();
     if (isDue == isRunning())
         return;
     if (isDue) {

@@ -1,8 +1,8 @@
 #pragma once
 
+#include "views/card/WindowWatcher.h"
+
 #include <QElapsedTimer>
-#include <QPointer>
-#include <QQuickWindow>
 #include <QTimer>
 #include <QtQmlIntegration>
 
@@ -11,11 +11,10 @@ namespace tidewick
 
 /// The clock of all badges, so that their rings move in step. It ticks as often as the eye needs
 /// for so slow a movement, and only while its window is on the screen.
-class Pulse : public QObject
+class Pulse : public WindowWatcher
 {
     Q_OBJECT
     QML_ELEMENT
-    Q_PROPERTY(QQuickWindow *window READ window WRITE setWindow NOTIFY windowChanged)
     Q_PROPERTY(bool isWanted READ isWanted WRITE setWanted NOTIFY isWantedChanged)
     Q_PROPERTY(bool isRunning READ isRunning NOTIFY isRunningChanged)
     /// How far out the rings are, from 0 to 1; 1 at rest.
@@ -27,8 +26,6 @@ class Pulse : public QObject
 public:
     explicit Pulse(QObject *parent = nullptr);
 
-    QQuickWindow *window() const { return m_window; }
-    void setWindow(QQuickWindow *window);
     bool isWanted() const { return m_isWanted; }
     void setWanted(bool isWanted);
     bool isRunning() const { return m_ticks.isActive(); }
@@ -39,7 +36,6 @@ public:
     bool eventFilter(QObject *watched, QEvent *event) override;
 
 Q_SIGNALS:
-    void windowChanged();
     void isWantedChanged();
     void isRunningChanged();
     void valueChanged();
@@ -49,7 +45,6 @@ private:
     void tick();
     void setValue(qreal value);
 
-    QPointer<QQuickWindow> m_window;
     bool m_isWanted = false;
     QTimer m_ticks;
     QElapsedTimer m_clock;

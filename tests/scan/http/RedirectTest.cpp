@@ -25,25 +25,40 @@ QByteArray withPort(QByteArray text, int port)
     return text.replace("PORT", number(port));
 }
 
+/// A server whose page "/" leads to a location; all that it is asked is logged.
+class StartPage
+{
+public:
+    /// `other` answers the requests for other pages.
+    StartPage(const QByteArray &location, const QByteArray &other)
+        : m_server([=, this](LoopbackConnection &connection) {
+              const QByteArray head = connection.readHead();
+              m_log.add(head);
+              const bool isStart = head.startsWith("GET / ");
+              connection.send(isStart ? redirectTo(withPort(location, m_server.port())) : other);
+          })
+    {
+    }
+
+    QString url() const { return m_server.url(); }
+    std::vector<QByteArray> heads() const { return m_log.heads(); }
+
+private:
+    RequestLog m_log;
+    const LoopbackServer m_server;
+};
+
 class FollowedRedirect : public testing::TestWithParam<LocationRow>
 {
 };
 
 TEST_P(FollowedRedirect, staysOnLoopback)
 {
-    RequestLog log;
-    int port = 0;
-    const LoopbackServer server([&](LoopbackConnection &connection) {
-        const QByteArray head = connection.readHead();
-        log.add(head);
-        const bool isFirst = head.startsWith("GET / ");
-        connection.send(isFirst ? redirectTo(withPort(GetParam().location, port)) : ok("there"));
-    });
-    port = server.port();
-    EXPECT_EQ(responseOf(send(server.url())).body, "there");
-    ASSERT_EQ(log.heads().size(), 2U);
-    EXPECT_FALSE(log.heads()[1].contains("Authorization"));
-    EXPECT_FALSE(log.heads()[1].contains("Referer"));
+    const StartPage page(GetParam().location, ok("there"));
+    EXPECT_EQ(responseOf(send(page.url())).body, "there");
+    ASSERT_EQ(page.heads().size(), 2U);
+    EXPECT_FALSE(page.heads()[1].contains("Authorization"));
+    EXPECT_FALSE(page.heads()[1].contains("Referer"));
 }
 
 INSTANTIATE_TEST_SUITE_P(
@@ -201,18 +216,10 @@ class RedirectLoop : public testing::TestWithParam<LocationRow>
 
 TEST_P(RedirectLoop, isLeftBeforeItAsksAgain)
 {
-    RequestLog log;
-    int port = 0;
-    const LoopbackServer server([&](LoopbackConnection &connection) {
-        const QByteArray head = connection.readHead();
-        log.add(head);
-        const bool isFirst = head.startsWith("GET / ");
-        connection.send(redirectTo(isFirst ? withPort(GetParam().location, port) : "/"));
-    });
-    port = server.port();
-    EXPECT_EQ(errorOf(send(server.url())), HttpError::tooManyRedirects);
+    const StartPage page(GetParam().location, redirectTo("/"));
+    EXPECT_EQ(errorOf(send(page.url())), HttpError::tooManyRedirects);
     const bool hasTwoUrls = GetParam().location == "/there";
-    EXPECT_EQ(log.heads().size(), hasTwoUrls ? 2U : 1U);
+    EXPECT_EQ(page.heads().size(), hasTwoUrls ? 2U : 1U);
 }
 
 INSTANTIATE_TEST_SUITE_P(
