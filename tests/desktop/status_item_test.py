@@ -143,7 +143,7 @@ class StatusItemTest(unittest.TestCase):
         x, y, *size = desktop.open_panel()[1]
         self.assertEqual(size, [480, 540])
         self.assertTrue(30 <= y <= 60, y)
-        self.assertEqual(x + 480, 1280)
+        self.assertEqual(x + 480, 1280 - 6)
         desktop.press_key("Escape")
         desktop.wait_for_no_panel()
 
