@@ -75,8 +75,8 @@ Desktop realDesktop(Shell &shell)
         }};
 }
 
-/// The toolkit draws in threads of its own pool, one for each processor, and waits for them. Our
-/// small pictures are drawn no sooner with more than one.
+/// Qt 6.4 draws in threads of the global pool, one for each processor, and waits for them. Our
+/// small pictures are drawn no sooner with more than one. Newer Qt has a pool of its own for that.
 void keepToOneDrawingThread()
 {
     QThreadPool *const pool = QThreadPool::globalInstance();

@@ -24,8 +24,8 @@ public:
     /// The QML file `view`, with these initial properties of its root. It is loaded when the
     /// popover is shown or made ready.
     virtual void setContentView(const QUrl &view, const QVariantMap &properties) = 0;
-    /// Soon, when the program has nothing else to do, loads the content and draws it once, unseen,
-    /// so that the first opening need not. Call it again when there is more to draw.
+    /// A moment after the last call, loads the content and draws it once, unseen, so that the first
+    /// opening need not. Call it again when there is more to draw.
     virtual void makeReady() = 0;
     virtual bool isShown() const = 0;
     /// Shows it beside the status item: at the place of the click `event`, or where the item was

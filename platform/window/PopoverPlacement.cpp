@@ -240,7 +240,9 @@ QPoint popoverPosition(QSize size, std::optional<QPoint> anchor, const QList<Scr
     const bool isAtBar = bar && !itsEdge;
     const QRect room = roomAt(edge, isAtBar ? free : freeBeyond(*anchor, edge, free));
     const QPoint position = positionInRoom(size, *anchor, edge, *screen, room);
-    return clearOfPointer(position, size, *anchor, edge, room);
+    // On a small screen, clear of the pointer matters more than the gap at the sides.
+    return clearOfPointer(clearOfPointer(position, size, *anchor, edge, room), size, *anchor, edge,
+                          free);
 }
 
 } // namespace tidewick

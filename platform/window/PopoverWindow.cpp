@@ -33,8 +33,7 @@ constexpr int mappingMs = 1000;
 /// A window manager that insists on its own place has its way.
 constexpr int mostCorrections = 5;
 
-/// The start of the program, and what comes with the first list, is over by then. Loading the
-/// content earlier would keep the icon from the tray.
+/// The icon is in the tray by then. Loading the content earlier would keep it from there.
 constexpr int readyingMs = 300;
 
 constexpr Qt::WindowFlags besideFlags =

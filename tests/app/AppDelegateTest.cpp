@@ -317,12 +317,14 @@ TEST_F(AppDelegateTest, makesThePanelReadyAgainForItsFirstCardsOnly)
     const auto isReady = [this] {
         return record.lines.contains(QStringLiteral("ready"));
     };
+    record.lines.clear();
     const auto refresh = [this] {
         record.lines.clear();
         record.panel->refresh();
         return waitUntil([this] { return !record.lines.isEmpty(); });
     };
-    ASSERT_TRUE(waitUntil([this] { return !record.panel->isLoading(); }));
+    ASSERT_TRUE(waitUntil([this] { return !record.lines.isEmpty(); }));
+    EXPECT_FALSE(isReady());
     lsofOutput = threeListeners;
     ASSERT_TRUE(refresh());
     EXPECT_TRUE(isReady());

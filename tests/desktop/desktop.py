@@ -35,7 +35,7 @@ def wait_until(condition, seconds, what):
         time.sleep(0.02)
 
 
-def wait_until_still(look, seconds, what):
+def wait_until_still(look, seconds, what, moment=0.3):
     """Returns what `look` sees once it has seen the same for a moment; fails as `wait_until`."""
     seen = []
 
@@ -43,7 +43,7 @@ def wait_until_still(look, seconds, what):
         seen.append((time.monotonic(), look()))
         while seen[0][1] != seen[-1][1]:
             seen.pop(0)
-        return seen[-1][1] and seen[-1][0] - seen[0][0] > 0.3
+        return seen[-1][1] and seen[-1][0] - seen[0][0] > moment
     wait_until(is_still, seconds, what)
     return seen[-1][1]
 

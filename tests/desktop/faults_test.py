@@ -58,6 +58,13 @@ class FaultsTest(unittest.TestCase):
     def wait_for_the_truth(self, item, count):
         desktop.wait_until(lambda: item.count() == count, INTERVAL + 1, f"{count} listeners")
 
+    def wait_until_at_rest(self):
+        """Until the panel has been made ready, 0.3 s after the first list."""
+        def processor_time():
+            with open(f"/proc/{self.program.pid}/stat", encoding="utf-8") as stat:
+                return stat.read().rpartition(")")[2].split()[11:13]
+        desktop.wait_until_still(processor_time, 10, "rest", 0.8)
+
     def test_suspended_program_catches_up_with_one_scan(self):
         self.launch()
         item = desktop.StatusItem()
@@ -76,6 +83,7 @@ class FaultsTest(unittest.TestCase):
         self.launch()
         item = desktop.StatusItem()
         self.wait_for_the_truth(item, 1)
+        self.wait_until_at_rest()
         with open(f"/proc/{self.program.pid}/maps", encoding="utf-8") as maps:
             if "libasan" in maps.read():
                 self.skipTest("the sanitizer takes a pointer for wrong where it may open no pipe")

@@ -38,7 +38,7 @@ class Portal:
         interface = Gio.DBusNodeInfo.new_for_xml(DESCRIPTION).interfaces[0]
         self._bus.register_object(PATH, interface, self._answer, None, None)
         Gio.bus_own_name_on_connection(self._bus, "org.freedesktop.portal.Desktop",
-                                       Gio.BusNameOwnerFlags.NONE,
+                                       Gio.BusNameOwnerFlags.REPLACE,
                                        lambda *_: self._owned.set(), None)
         self._loop.run()
         self._bus.close_sync()

@@ -13,7 +13,7 @@ namespace tidewick
 /// The click sequences in one window. Presses belong to one sequence if each comes within the
 /// desktop's double-click interval of the one before, wherever in the window; a key that stays down
 /// belongs to its first press. So nobody answers what came up under the pointer a moment ago.
-class PressSequence : public WindowWatcher
+class PressSequence : public tidewick::WindowWatcher
 {
     Q_OBJECT
     QML_ELEMENT

@@ -11,7 +11,7 @@ namespace tidewick
 
 /// The clock of all badges, so that their rings move in step. It ticks as often as the eye needs
 /// for so slow a movement, and only while its window is on the screen.
-class Pulse : public WindowWatcher
+class Pulse : public tidewick::WindowWatcher
 {
     Q_OBJECT
     QML_ELEMENT

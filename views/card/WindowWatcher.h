@@ -8,7 +8,8 @@
 namespace tidewick
 {
 
-/// What sees the events of one window before that does, in its event filter.
+/// The base of what filters the events of one window. What inherits it writes its name with the
+/// namespace: that is how Qt 6.4 finds it for QML.
 class WindowWatcher : public QObject
 {
     Q_OBJECT

@@ -34,6 +34,9 @@ T.CheckBox {
     SystemPalette {
         id: system
     }
+    Colors {
+        id: colors
+    }
 
     indicator: RoundedRectangle {
         readonly property color ink: system.windowText
@@ -43,7 +46,7 @@ T.CheckBox {
         height: 14
         radius: 3
         color: box.checked ? system.highlight : system.base
-        borderColor: box.visualFocus || box.checked ? system.highlight : Qt.tint(system.base, Qt.rgba(ink.r, ink.g, ink.b, 0.5))
+        borderColor: box.visualFocus ? ink : box.checked ? system.highlight : Qt.tint(system.base, colors.faded(ink, 0.5))
         borderWidth: box.visualFocus ? 2 : 1
 
         Symbol {

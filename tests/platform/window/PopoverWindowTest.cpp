@@ -57,7 +57,6 @@ TEST_F(PopoverWindowTest, loadsItsContentWhenItIsShown)
 TEST_F(PopoverWindowTest, isMadeReadyUnseenAndNotAtOnce)
 {
     window->makeReady();
-    QCoreApplication::processEvents();
     EXPECT_EQ(window->rootObject(), nullptr);
     EXPECT_TRUE(waitUntil([this] { return cards() >= 3; }));
     EXPECT_FALSE(window->isVisible());

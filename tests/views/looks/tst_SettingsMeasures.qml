@@ -91,10 +91,18 @@ ItemCase {
         machine.useDesktopsScheme();
     }
 
+    function focusByTab(control) {
+        control.forceActiveFocus();
+        control.focusReason = Qt.TabFocusReason;
+        tryVerify(() => control.visualFocus, 3000, "focus");
+    }
+
     function test_box_data() {
         return [
             { tag: "off", isOn: false, fill: system.base, border: Qt.tint(system.base, at(system.windowText, 0.5)), mark: false },
-            { tag: "on", isOn: true, fill: system.highlight, border: system.highlight, mark: true }
+            { tag: "on", isOn: true, fill: system.highlight, border: system.highlight, mark: true },
+            { tag: "off, focused", isOn: false, isFocused: true, fill: system.base, border: system.windowText, mark: false },
+            { tag: "on, focused", isOn: true, isFocused: true, fill: system.highlight, border: system.windowText, mark: true }
         ];
     }
 
@@ -102,8 +110,10 @@ ItemCase {
         const toggle = findChild(make(data.isOn), "toggle");
         const mark = symbol(toggle, "checkmark");
         const frame = toggle.indicator;
+        if (data.isFocused)
+            focusByTab(toggle);
         check([
-            ["box", [frame.width, frame.height, frame.radius, frame.borderWidth], [14, 14, 3, 1]],
+            ["box", [frame.width, frame.height, frame.radius, frame.borderWidth], [14, 14, 3, data.isFocused ? 2 : 1]],
             ["box's fill and border", [frame.color, frame.borderColor], [data.fill, data.border]],
             ["box's place", box(frame, toggle).slice(0, 2), [0, (toggle.height - 14) / 2]],
             ["label's left edge", box(text(toggle, "Launch at Login"), toggle)[0], 22],
