@@ -159,7 +159,8 @@ def try_command(command, is_all):
         check(leaves_a_clone_as_it_is(command), command)
         return "run in a clone"
     if command in IN_CI:
-        stages = re.findall(r"^stage \w+ (?:env )?(.*)$", read(".ci/run"), flags=re.MULTILINE)
+        stages = re.findall(r"^stage \w+ (?:all_tests \w+ )?(?:env )?(.*)$", read(".ci/run"),
+                            flags=re.MULTILINE)
         check(any(f"{stage} ".startswith(IN_CI[command] + " ") for stage in stages),
               f".ci/run does not run {command}")
         return "run by .ci/run"
