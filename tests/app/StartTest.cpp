@@ -1,4 +1,5 @@
 #include "tests/support/TestText.h"
+#include "tests/support/WaitUntil.h"
 #include "tests/support/system/SharedDirectory.h"
 #include "tests/support/system/Users.h"
 
@@ -90,7 +91,11 @@ class StartWithLittleMemory : public Start, public testing::WithParamInterface<r
 
 TEST_P(StartWithFewThreads, isRefusedWithOneLine)
 {
-    startWith(RLIMIT_NPROC, tasksOfUser() + GetParam());
+    // Programs of the same user that other tests start can take the last ones before it starts.
+    ASSERT_TRUE(waitUntil([this] {
+        startWith(RLIMIT_NPROC, tasksOfUser() + GetParam());
+        return program.waitForStarted();
+    }));
     EXPECT_TRUE(isRefusedWith("tidewick: the system gives too few threads"));
 }
 
