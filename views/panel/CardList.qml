@@ -82,6 +82,9 @@ ListView {
     boundsBehavior: Flickable.StopAtBounds
     highlightFollowsCurrentItem: false
     keyNavigationEnabled: false
+    // Qt 6.4 creates the cards of the buffer a little at a time, and keeps half a kilobyte of each
+    // that goes meanwhile.
+    cacheBuffer: 0
     model: panel.ports
     Accessible.role: Accessible.List
     Accessible.name: "Listeners"
