@@ -56,6 +56,7 @@ std::unique_ptr<ServerProgram> startPostgres(const QString &directory, int port)
     if (initdb.isEmpty() || program.isEmpty() || !runAsOrdinaryUser(initdb, making, directory))
         return nullptr;
     return start(program,
-                 "-D data -p PORT -c unix_socket_directories= -c listen_addresses=127.0.0.1",
+                 "-D data -p PORT -c unix_socket_directories= -c listen_addresses=127.0.0.1 "
+                 "-c log_connections=on",
                  directory, port);
 }

@@ -460,14 +460,16 @@ TEST_F(RealServers, mariadbSeesSixRequestsAlone)
     EXPECT_EQ(server().outputToItsEnd().count("Aborted connection"), 6 + 1);
 }
 
-// Two hellos, one for each address that leads to it, and on a busy machine two bare requests.
+// Its log has a line for each connection: the test's own one, six requests, two hellos, one for
+// each address that leads to it, and on a busy machine two bare requests. Not each version of it
+// also complains about a hello.
 TEST_F(RealServers, postgresSeesFewConnections)
 {
     NEEDS("initdb");
     NEEDS("postgres");
     ASSERT_TRUE(start(&startPostgres));
     EXPECT_EQ(probe(), nothing);
-    const auto lines = server().outputToItsEnd().count("invalid length of startup packet");
-    EXPECT_GE(lines, 8);
-    EXPECT_LE(lines, 10);
+    const auto connections = server().outputToItsEnd().count("connection received");
+    EXPECT_GE(connections, 1 + 6 + 2);
+    EXPECT_LE(connections, 1 + 6 + 2 + 2);
 }
