@@ -1,0 +1,162 @@
+"""The mistakes that scripts/mutants makes, on sample texts."""
+
+import importlib.machinery
+import importlib.util
+import pathlib
+import tempfile
+import unittest
+
+SCRIPT = str(pathlib.Path(__file__).resolve().parents[2] / "scripts/mutants")
+
+
+def load():
+    """The script as a module."""
+    loader = importlib.machinery.SourceFileLoader("mutants", SCRIPT)
+    module = importlib.util.module_from_spec(importlib.util.spec_from_loader("mutants", loader))
+    loader.exec_module(module)
+    return module
+
+
+mutants = load()
+
+
+def changed(text, path="scan/A.cpp"):
+    """Each mistake in the text: its operator, and the text with it, without double blanks."""
+    return [(mutation.operator, " ".join(mutants.mutated(text, mutation).split()))
+            for mutation in mutants.mutations(path, text)]
+
+
+def in_body(text):
+    """The mistakes in the body of a function, as they look there."""
+    frame = "void f() { %s }"
+    return [(operator, new[len("void f() { "):-len(" }")]) for operator, new in changed(frame % text)]
+
+
+class Cpp(unittest.TestCase):
+    """What is made of C++."""
+
+    def test_comparisons_are_turned(self):
+        for before, after in (("<", "<="), ("<=", "<"), (">", ">="), (">=", ">"), ("==", "!="),
+                              ("!=", "==")):
+            self.assertEqual(in_body(f"return a {before} b;"), [("comparison", f"return a {after} b;")])
+
+    def test_and_or_are_exchanged(self):
+        self.assertEqual(in_body("return a && b;"), [("and/or", "return a || b;")])
+        self.assertEqual(in_body("return a || b;"), [("and/or", "return a && b;")])
+
+    def test_brackets_of_templates_and_references_stay(self):
+        self.assertEqual(in_body("const QList<QList<int>> &&a = std::move(b);"), [])
+        self.assertEqual(in_body("return static_cast<int>(a) << b->c;"), [])
+
+    def test_constants_are_moved_by_one(self):
+        for before, after in (("0", "1"), ("9", "10"), ("0x1f", "0x20"), ("17U", "18U"),
+                              ("1'000", "1001"), ("0.25", "0.35")):
+            self.assertEqual(in_body(f"return {before};"), [("constant", f"return {after};")])
+
+    def test_the_mark_of_a_pure_function_stays(self):
+        self.assertEqual(changed("class A { virtual void f() const = 0; };"), [])
+
+    def test_strings_are_emptied(self):
+        self.assertEqual(in_body('return u"a\\"b";'), [("string", 'return u"";')])
+        self.assertEqual(in_body('return R"(a"b)";'), [("string", 'return "";')])
+        self.assertEqual(in_body('return "";'), [])
+
+    def test_conditions_are_negated(self):
+        self.assertEqual(in_body("if (a(b)) return;")[0], ("condition", "if (!(a(b))) return;"))
+        self.assertEqual(in_body("while (a) return;")[0], ("condition", "while (!(a)) return;"))
+        self.assertEqual(in_body("if (auto a = b(); a.c()) return;")[0],
+                         ("condition", "if (auto a = b(); !(a.c())) return;"))
+        self.assertEqual(in_body("if (const auto a = b()) return;")[0],
+                         ("condition", "if (const auto a = b(); !(a)) return;"))
+
+    def test_the_values_of_a_conditional_expression_are_exchanged(self):
+        self.assertEqual(in_body("return a ? b(c, d) : e;"),
+                         [("condition", "return a ? (e) : (b(c, d));")])
+
+    def test_statements_are_removed(self):
+        for before in ("a(b);", "a = b;", "a->b().c(d);", "++a;", "a(u'x', [b] { return c; });", "return;",
+                       "Q_EMIT a();", "co_await a;", "throw a;", "delete a;"):
+            self.assertEqual(in_body(before), [("statement", ";")], before)
+        self.assertIn(("statement", "if (a) ; b();"), in_body("if (a) c(); b();"))
+        self.assertIn(("statement", "{ } ; b();"), in_body("{ } c(); b();"))
+        self.assertIn(("statement", "switch (a) { case B: ; }"),
+                      in_body("switch (a) { case B: c(); }"))
+
+    def test_declarations_and_results_stay(self):
+        for before in ("int a = b;", "const A a(b);", "auto a = b();", "QList<A> a(b);", "A *a = b();",
+                       "return a(b);", "using A = B<C>;"):
+            self.assertEqual(in_body(before), [], before)
+        self.assertEqual(changed("class A { A(const B &); void f() const; B m_b = c(); };"), [])
+
+    def test_rows_are_dropped_and_swapped(self):
+        table = "const auto a = b({ {c, d}, {e, f}, {g, h}, });"
+        self.assertEqual(changed(table), [
+            ("row dropped", "const auto a = b({ {e, f}, {g, h}, });"),
+            ("rows swapped", "const auto a = b({ {e, f}, {c, d}, {g, h}, });"),
+            ("row dropped", "const auto a = b({ {c, d}, {g, h}, });"),
+            ("rows swapped", "const auto a = b({ {c, d}, {g, h}, {e, f}, });"),
+            ("row dropped", "const auto a = b({ {c, d}, {e, f}, });"),
+        ])
+
+    def test_words_of_a_list_are_dropped(self):
+        self.assertIn(("row dropped", 'A a{"b"};'), changed('A a{"b", "c"};'))
+
+    def test_comments_directives_checks_and_logging_stay(self):
+        self.assertEqual(changed('#include "a"\n#define A \\\n  "b"\n// a < b\n/* "c" */\n'), [])
+        self.assertEqual(in_body('static_assert(1 < 2, "a"); qCDebug(a) << "b" << 1;'), [])
+        self.assertEqual(changed("Q_LOGGING_CATEGORY(a, \"b\")\n[[nodiscard(\"c\")]] int d();"), [])
+
+    def test_lines_keep_their_numbers(self):
+        text = "void f()\n{\n    a(b,\n      c);\n    d();\n}\n"
+        for mutation in mutants.mutations("scan/A.cpp", text):
+            self.assertEqual(mutants.mutated(text, mutation).count("\n"), text.count("\n"))
+
+
+class Qml(unittest.TestCase):
+    """What is made of QML."""
+
+    def test_bindings_and_children_are_removed(self):
+        text = "Item {\nid: a\nwidth: b\nonClicked: {\nc();\n}\nBehavior on x {}\nText {}\n}"
+        self.assertEqual(changed(text, "views/A.qml"), [
+            ("statement", "Item { id: a onClicked: { c(); } Behavior on x {} Text {} }"),
+            ("statement", "Item { id: a width: b Behavior on x {} Text {} }"),
+            ("statement", "Item { id: a width: b onClicked: { ; } Behavior on x {} Text {} }"),
+            ("row dropped", "Item { id: a width: b onClicked: { c(); } Text {} }"),
+            ("row dropped", "Item { id: a width: b onClicked: { c(); } Behavior on x {} }"),
+        ])
+
+    def test_properties_keep_their_declaration(self):
+        text = "Item {\nrequired property int a\nproperty int b: c\nsignal d\n}"
+        self.assertEqual(changed(text, "views/A.qml"), [])
+
+    def test_expressions_are_changed(self):
+        text = "Item {\nproperty int a: b === c ? 1 : d\nfunction e(): Item {\nf('x');\n}\n}"
+        self.assertEqual(changed(text, "views/A.qml"), [
+            ("comparison", text.replace("===", "!==").replace("\n", " ")),
+            ("condition", text.replace("1 : d", "(d) : (1)").replace("\n", " ")),
+            ("constant", text.replace("1 :", "2 :").replace("\n", " ")),
+            ("statement", text.replace("f('x')", "").replace("\n", " ")),
+            ("string", text.replace("'x'", "''").replace("\n", " ")),
+        ])
+
+    def test_names_for_tests_and_imports_stay(self):
+        text = 'pragma ComponentBehavior: Bound\nimport QtQuick 2.15\nItem {\nobjectName: "a"\n}'
+        self.assertEqual(changed(text, "views/A.qml"), [])
+
+
+class Kept(unittest.TestCase):
+    """The list of mistakes that change nothing."""
+
+    def test_a_mistake_is_found_wherever_its_line_is(self):
+        with tempfile.TemporaryDirectory() as place:
+            path = pathlib.Path(place) / "kept.txt"
+            path.write_text("# A comment.\n\nscan/A.cpp\n-return a < b;\n+return a <= b;\nThey\ndiffer.\n")
+            reasons = mutants.kept(path)
+        text = "int f()\n{\n    return a < b;\n}\n"
+        mutation = mutants.mutations("scan/A.cpp", text)[0]
+        found = mutants.Mutant("scan/A.cpp", text, mutation).changed_lines()
+        self.assertEqual(reasons.get(found), "They differ.")
+
+
+if __name__ == "__main__":
+    unittest.main()
