@@ -84,12 +84,18 @@ FocusScope {
         }
     }
 
+    // The lines end where the edge begins: both are translucent.
     Rectangle {
         id: headerLine
 
         objectName: "headerLine"
-        anchors.top: header.bottom
-        width: parent.width
+        anchors {
+            left: parent.left
+            right: parent.right
+            top: header.bottom
+            leftMargin: edge.border.width
+            rightMargin: edge.border.width
+        }
         height: 1
         color: colors.white(0.1)
     }
@@ -130,8 +136,13 @@ FocusScope {
         id: footerLine
 
         objectName: "footerLine"
-        anchors.bottom: footer.top
-        width: parent.width
+        anchors {
+            left: parent.left
+            right: parent.right
+            bottom: footer.top
+            leftMargin: edge.border.width
+            rightMargin: edge.border.width
+        }
         height: 1
         color: colors.white(0.1)
     }
@@ -221,6 +232,8 @@ FocusScope {
     }
 
     Rectangle {
+        id: edge
+
         objectName: "edge"
         anchors.fill: parent
         radius: content.isRounded ? content.panel.cornerRadius : 0
