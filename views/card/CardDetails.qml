@@ -45,7 +45,7 @@ Column {
         property alias weight: value.font.weight
 
         implicitWidth: value.x + value.width
-        implicitHeight: Math.max(caption.y + caption.height, value.y + value.height)
+        implicitHeight: Math.ceil(Math.max(caption.y + caption.height, value.y + value.height))
         visible: value.text !== ""
 
         Colors {
