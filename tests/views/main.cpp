@@ -154,6 +154,12 @@ public:
                     strongest = picture.pixelColor(x, y);
         return strongest;
     }
+    /// The smallest rectangle, in pixels of the window, with all that differs from the corner of
+    /// `item` at least half as much as its strongest pixel.
+    Q_INVOKABLE static QRect inkOf(QQuickItem *item)
+    {
+        return inkIn(item->window()->grabWindow(), placeOf(item));
+    }
     Q_INVOKABLE static void save(QQuickItem *item, const QString &file)
     {
         pictureOf(item).save(file);
@@ -190,13 +196,9 @@ public:
         int different = 0;
         for (int y = 0; y < picture.height(); ++y) {
             for (int x = 0; x < picture.width(); ++x) {
-                const QRgb a = picture.pixel(x, y);
-                const QRgb b = kept.pixel(x, y);
-                const int distance =
-                    std::max({std::abs(qRed(a) - qRed(b)), std::abs(qGreen(a) - qGreen(b)),
-                              std::abs(qBlue(a) - qBlue(b))});
-                different += distance > tolerance ? 1 : 0;
-                difference.setPixel(x, y, qRgb(distance, distance, distance));
+                const int apart = distance(picture.pixel(x, y), kept.pixel(x, y));
+                different += apart > tolerance ? 1 : 0;
+                difference.setPixel(x, y, qRgb(apart, apart, apart));
             }
         }
         if (different == 0)
@@ -224,6 +226,37 @@ Q_SIGNALS:
     void logChanged();
 
 private:
+    static int distance(QRgb a, QRgb b)
+    {
+        return std::max({std::abs(qRed(a) - qRed(b)), std::abs(qGreen(a) - qGreen(b)),
+                         std::abs(qBlue(a) - qBlue(b))});
+    }
+
+    /// Where `item` is drawn, in pixels of its window.
+    static QRect placeOf(QQuickItem *item)
+    {
+        const double pixelsPerPoint = item->window()->effectiveDevicePixelRatio();
+        const QRectF place = item->mapRectToScene(QRectF({}, item->size()));
+        return QRectF(place.topLeft() * pixelsPerPoint, place.size() * pixelsPerPoint)
+            .toAlignedRect();
+    }
+
+    static QRect inkIn(const QImage &picture, const QRect &place)
+    {
+        const QRect frame = place.intersected(picture.rect());
+        const QRgb ground = picture.pixel(frame.topLeft());
+        int strongest = 0;
+        for (int y = frame.top(); y <= frame.bottom(); ++y)
+            for (int x = frame.left(); x <= frame.right(); ++x)
+                strongest = std::max(strongest, distance(picture.pixel(x, y), ground));
+        QRect ink;
+        for (int y = frame.top(); y <= frame.bottom(); ++y)
+            for (int x = frame.left(); x <= frame.right(); ++x)
+                if (strongest > 0 && distance(picture.pixel(x, y), ground) * 2 > strongest)
+                    ink |= QRect(x, y, 1, 1);
+        return ink;
+    }
+
     static QImage pictureOf(QQuickItem *item)
     {
         const QImage picture = item->window()->grabWindow();

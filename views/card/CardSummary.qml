@@ -24,12 +24,13 @@ Column {
         font.weight: Font.DemiBold
     }
 
+    // All of one kind: in a card that is scaled, texts stand on whole pixels and pictures do not.
     Row {
         width: parent.width
         topPadding: 2
         spacing: 4
 
-        PlainText {
+        Figure {
             id: lead
 
             objectName: "lead"
@@ -47,7 +48,7 @@ Column {
             font.weight: Font.DemiBold
         }
 
-        PlainText {
+        Figure {
             objectName: "bullet"
             anchors.verticalCenter: lead.verticalCenter
             visible: framework.visible
@@ -56,7 +57,7 @@ Column {
             font.pixelSize: 10
         }
 
-        ElidedText {
+        Figure {
             id: framework
 
             objectName: "framework"
@@ -67,6 +68,15 @@ Column {
             color: colors.white(0.6)
             font.pixelSize: 13
             font.weight: Font.Medium
+
+            HoverHandler {
+                id: hover
+            }
+
+            Tip {
+                active: hover.hovered && framework.truncated
+                text: framework.text
+            }
         }
     }
 

@@ -1,7 +1,7 @@
 import QtQuick
 import Tidewick
 
-// A number, alone or with its unit, that can be read on the accessibility bus.
+// A number, or a text beside one, that can be read on the accessibility bus.
 TabularText {
     Accessible.role: Accessible.StaticText
     Accessible.name: text

@@ -56,28 +56,60 @@ TabularText::~TabularText() = default;
 
 void TabularText::layOut()
 {
-    const Margins margins(m_font);
-    QList<QTextLayout::FormatRange> spacings;
-    for (int i = 0; i < m_text.size(); ++i) {
-        const qreal next = i + 1 < m_text.size() ? margins(m_text[i + 1]) : 0;
-        spacings.append(spacing(i, margins(m_text[i]) + next));
-    }
-    m_indent = m_text.isEmpty() ? 0 : margins(m_text[0]);
-    m_layout = std::make_unique<QTextLayout>(m_text, m_font);
-    m_layout->setFormats(spacings);
-    QTextOption option;
-    option.setUseDesignMetrics(true);
-    m_layout->setTextOption(option);
-    m_layout->beginLayout();
-    QTextLine line = m_layout->createLine();
-    if (line.isValid()) {
-        line.setNumColumns(static_cast<int>(m_text.size()));
+    m_layout = layoutOf(m_text);
+    m_indent = m_text.isEmpty() ? 0 : Margins(m_font)(m_text[0]);
+    const QTextLine line = m_layout->lineAt(0);
+    if (line.isValid())
         setBaselineOffset(line.ascent());
-    }
-    m_layout->endLayout();
     setImplicitSize(line.isValid() ? std::ceil(m_indent + line.naturalTextWidth()) : 0,
                     std::ceil(QFontMetricsF(m_font).height()));
+    elide();
     redraw();
+}
+
+void TabularText::elide()
+{
+    const bool isTruncated = width() < implicitWidth();
+    if (!isTruncated && !m_isTruncated)
+        return;
+    const QFontMetricsF metrics(m_font);
+    const qreal margins = implicitWidth() - metrics.horizontalAdvance(m_text);
+    m_layout = layoutOf(
+        isTruncated ? metrics.elidedText(m_text, Qt::ElideRight, std::max(0.0, width() - margins))
+                    : m_text);
+    redraw();
+    if (isTruncated == m_isTruncated)
+        return;
+    m_isTruncated = isTruncated;
+    Q_EMIT truncatedChanged();
+}
+
+std::unique_ptr<QTextLayout> TabularText::layoutOf(const QString &text) const
+{
+    const Margins margins(m_font);
+    QList<QTextLayout::FormatRange> spacings;
+    for (int i = 0; i < text.size(); ++i) {
+        const qreal next = i + 1 < text.size() ? margins(text[i + 1]) : 0;
+        spacings.append(spacing(i, margins(text[i]) + next));
+    }
+    auto layout = std::make_unique<QTextLayout>(text, m_font);
+    layout->setFormats(spacings);
+    QTextOption option;
+    option.setUseDesignMetrics(true);
+    layout->setTextOption(option);
+    layout->beginLayout();
+    QTextLine line = layout->createLine();
+    if (line.isValid())
+        line.setNumColumns(static_cast<int>(text.size()));
+    layout->endLayout();
+    return layout;
+}
+
+void TabularText::geometryChange(const QRectF &now, const QRectF &before)
+{
+    Picture::geometryChange(now, before);
+    if (now.width() != before.width())
+        elide();
 }
 
 void TabularText::draw(QPainter &painter, const QRectF & /*place*/, double pixelsPerPoint) const

@@ -36,9 +36,9 @@ LooksCase {
             ["slogan", font(text(view, "Let me kill your LocalHost")), [12, Font.Normal, white(0.5)]],
             ["refresh", ink(symbol(view, "arrow.clockwise")), [13, Font.Medium, white(0.7)]],
             ["refresh's right edge", box(symbol(view, "arrow.clockwise"), view)[0], 480 - 18 - 13],
-            ["line below the header", box(child("headerLine"), view), [0, 44, 480, 1]],
+            ["line below the header", box(child("headerLine"), view), [1, 44, 478, 1]],
             ["its colour", child("headerLine").color, white(0.1)],
-            ["line above the footer", box(child("footerLine"), view), [0, 503, 480, 1]],
+            ["line above the footer", box(child("footerLine"), view), [1, 503, 478, 1]],
             ["its colour", child("footerLine").color, white(0.1)],
             ["footer's box", box(child("footer"), view), [18, 504, 444, 36]],
             ["dot", [child("dot").width, child("dot").height, child("dot").radius, child("dot").color], [7, 7, 3.5, green]],
@@ -62,6 +62,22 @@ LooksCase {
         check([["radius", findChild(view, "backdrop").radius, 11], ["edge", findChild(view, "edge").radius, 11], ["fill", findChild(view, "backdrop").color, Qt.rgba(0x1E / 255, 0x1E / 255, 0x20 / 255, 0.97)]]);
         view.isFrameless = false;
         check([["radius in a frame", findChild(view, "backdrop").radius, 0]]);
+    }
+
+    // Both are translucent, and would be brighter where they overlap.
+    function test_linesMeetTheEdge_data() {
+        return [{ tag: "plain", backdrop: Panel.Opaque }, { tag: "rounded", backdrop: Panel.Translucent }];
+    }
+
+    function test_linesMeetTheEdge(data) {
+        show([]);
+        machine.setBackdrop(data.backdrop);
+        view.isFrameless = true;
+        const edge = machine.pixelOf(view, 0, 100);
+        const line = machine.pixelOf(view, 240, 44);
+        verify(distance(edge, machine.pixelOf(view, 4, 100)) > 0.05, "the edge is visible");
+        for (const y of [44, 503])
+            check([[0, edge], [479, edge], [2, line], [477, line]].map(([x, color]) => ["line " + y + " at " + x, machine.pixelOf(view, x, y), color]));
     }
 
     Component {
@@ -265,6 +281,10 @@ LooksCase {
             length: 33
         }, (one, step) => machine.pixelOf(confirm, 3, 6 + step / 2));
         check(edge.map((color, step) => ["scaled ground at " + (6 + step / 2), color, edge[0]]));
+        for (busy.y = 57; busy.y < 61; ++busy.y) {
+            const [port, framework] = ["port", "framework"].map(name => machine.inkOf(findChild(busy, name)));
+            compare(port.bottom, framework.bottom, "the scaled line at " + busy.y);
+        }
         tryCompare(machine.panel, "killingPid", "");
         tryVerify(() => isSame([busy.opacity, busy.scale], [1, 1]), 900);
         busy.destroy();
@@ -361,6 +381,24 @@ LooksCase {
         });
         check([["7415", widths[2], widths[0]], ["8888", widths[1], widths[0]]]);
         verify(port instanceof TabularText);
+    }
+
+    function test_longFigureIsElided() {
+        show([]);
+        const figure = createTemporaryObject(digits, test, { text: "Spring Boot 3333", y: 440 });
+        const whole = machine.inkOf(figure);
+        verify(!figure.truncated);
+        figure.width = figure.implicitWidth - 10;
+        verify(figure.truncated);
+        const part = machine.inkOf(figure);
+        const ratio = whole.width / figure.implicitWidth;
+        verify(part.width < figure.width * ratio + 2, part + " of " + whole);
+        figure.text = "Vite";
+        verify(!figure.truncated);
+        figure.text = "Spring Boot 3333";
+        figure.width = figure.implicitWidth;
+        verify(!figure.truncated);
+        compare(machine.inkOf(figure), whole);
     }
 
     Component {

@@ -623,7 +623,7 @@ TestCase {
         press(0, "expand");
         tryVerify(() => findChild(card(0), "reveal").visible);
         compare(findChild(card(0), "directory").text, name);
-        for (const text of ["title", "framework", "directory", "Script"])
+        for (const text of ["title", "directory", "Script"])
             compare(findChild(card(0), text).textFormat, Text.PlainText);
         const reveal = findChild(card(0), "reveal");
         tryCompare(reveal.parent.parent, "y", 0);
