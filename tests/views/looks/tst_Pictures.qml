@@ -71,12 +71,14 @@ LooksCase {
         look("expanded");
     }
 
+    // A card whose process a scan found once more, below another card.
     function test_killing() {
-        show([shop]);
+        show([Object.assign({}, api, { port: 2000 }), shop]);
         const busy = busyCard.createObject(view, {
-            record: card(0).record,
+            record: card(1).record,
             panel: machine.panel,
-            pulse: findChild(view, "clock")
+            pulse: findChild(view, "clock"),
+            y: card(1).mapToItem(view, 0, 0).y
         });
         busy.ask();
         tryCompare(findChild(busy, "confirmation"), "scale", 1);
@@ -93,7 +95,6 @@ LooksCase {
 
         PortCard {
             x: 12
-            y: 57
             width: 456
             isExpanded: false
             presses: PressSequence {}
