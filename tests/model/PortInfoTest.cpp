@@ -112,6 +112,7 @@ INSTANTIATE_TEST_SUITE_P(
         ProjectNameRow{"scriptWithoutExtension", "", "app", "app"},
         ProjectNameRow{"scriptLosesLastExtensionOnly", "", "a/app.test.ts", "app.test"},
         ProjectNameRow{"dotInScriptDirectoryStays", "", "/x/y.z/app", "app"},
+        ProjectNameRow{"scriptOfOneLetter", "", "/x/a.js", "a"},
         ProjectNameRow{"scriptCalledJustAnExtension", "", "/x/.js", ".js"},
         ProjectNameRow{"buildDirectoryRuleIsNotForScripts", "", "/x/server.js", "server"},
         ProjectNameRow{"neitherDirectoryNorScript", "", nullptr, "Node App"}),

@@ -312,6 +312,7 @@ TEST_F(AppStateTest, timerTicksEveryFiveSecondsForEver)
     ASSERT_NE(store->refreshTimer(), nullptr);
     EXPECT_TRUE(store->refreshTimer()->isActive());
     EXPECT_EQ(store->refreshTimer()->intervalAsDuration(), 5s);
+    EXPECT_EQ(store->refreshTimer()->timerType(), Qt::PreciseTimer);
     EXPECT_FALSE(store->refreshTimer()->isSingleShot());
     EXPECT_GT(store->refreshTimer()->remainingTimeAsDuration(), 4s);
 }

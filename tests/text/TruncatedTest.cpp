@@ -20,5 +20,6 @@ TEST(Truncated, endsWithAnEllipsisBehindTheLimit)
 TEST(Truncated, keepsNoHalfCharacter)
 {
     EXPECT_EQ(truncated(QStringLiteral("ab\U0001f600c"), 3), QStringLiteral("ab…"));
+    EXPECT_EQ(truncated(QStringLiteral("\U0001f600c"), 1), QStringLiteral("…"));
     EXPECT_EQ(truncated(QStringLiteral("ab\U0001f600c"), 4), QStringLiteral("ab\U0001f600…"));
 }
