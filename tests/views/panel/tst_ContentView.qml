@@ -14,6 +14,10 @@ TestCase {
 
     property Machine machine
     property ContentView view
+    // How often Escape reached what is around the panel.
+    property int escapes: 0
+
+    Keys.onEscapePressed: ++escapes
 
     readonly property var shop: ({
             port: 3000,
@@ -32,6 +36,21 @@ TestCase {
             elapsed: "",
             directory: ""
         })
+
+    readonly property var pressKeys: [
+        {
+            tag: "Space",
+            key: Qt.Key_Space
+        },
+        {
+            tag: "Return",
+            key: Qt.Key_Return
+        },
+        {
+            tag: "Enter",
+            key: Qt.Key_Enter
+        }
+    ]
 
     Component {
         id: machineComponent
@@ -147,6 +166,26 @@ TestCase {
         compare(machine.log, ["quit"]);
     }
 
+    function test_quitByEachKey_data() {
+        return pressKeys;
+    }
+
+    function test_quitByEachKey(row) {
+        show([]);
+        const quit = findChild(view, "quit");
+        compare(quit.contentItem.text, "Quit");
+        compare(quit.Accessible.name, "Quit");
+        quit.forceActiveFocus(Qt.TabFocusReason);
+        keyClick(row.key);
+        compare(machine.log, ["quit"]);
+    }
+
+    function test_headerAndFooterTell() {
+        show([shop, api]);
+        compare(shown(findChild(view, "header")), ["Tidewick", "—", "Let me kill your LocalHost", "arrow.clockwise"]);
+        compare(shown(findChild(view, "footer")), ["1 live", "2 running", "Quit"]);
+    }
+
     function test_cardOfAListenerThatAnswers() {
         show([shop]);
         const texts = {
@@ -250,6 +289,32 @@ TestCase {
         verify(card(0).isExpanded);
     }
 
+    function test_keyOnTheCardExpandsIt_data() {
+        return pressKeys;
+    }
+
+    function test_keyOnTheCardExpandsIt(row) {
+        show([shop]);
+        view.forceActiveFocus();
+        keyClick(Qt.Key_Down);
+        tryVerify(() => card(0).activeFocus);
+        keyClick(row.key);
+        verify(card(0).isExpanded);
+        compare(findChild(card(0), "expand").Accessible.name, "Hide details");
+        machine.repeatKey(card(0), row.key);
+        verify(card(0).isExpanded, "a key that stays down presses once");
+        keyClick(row.key);
+        verify(!card(0).isExpanded);
+        compare(findChild(card(0), "expand").Accessible.name, "Show details");
+    }
+
+    function test_downGoesFromThePanelToItsFirstCard() {
+        show([shop, api]);
+        view.forceActiveFocus();
+        keyClick(Qt.Key_Down);
+        tryVerify(() => card(0).activeFocus);
+    }
+
     function test_singlePressKillsNothingAndIsWithdrawnAfterThreeSeconds() {
         show([shop]);
         let asked = 0;
@@ -294,9 +359,13 @@ TestCase {
 
     function test_escapeWithdraws() {
         show([shop]);
+        escapes = 0;
         press(0, "stop");
         keyClick(Qt.Key_Escape);
         verify(!card(0).showKillConfirmation);
+        compare(escapes, 0, "the panel stays");
+        keyClick(Qt.Key_Escape);
+        compare(escapes, 1, "the panel may close");
     }
 
     function test_confirmedKillEndsTheProcess() {
