@@ -1,6 +1,8 @@
 #include "app/ApplicationPalette.h"
 
+#include <QEvent>
 #include <QGuiApplication>
+#include <QPointer>
 
 namespace tidewick
 {
@@ -45,6 +47,47 @@ QPalette paletteOf(const Shades &shades, const QPalette &desktops)
     return palette;
 }
 
+void apply(ColorScheme scheme)
+{
+    QGuiApplication::setPalette({}); // back to the desktop's
+    const QPalette desktops = QGuiApplication::palette();
+    const QPalette palette = paletteFor(scheme, desktops);
+    if (palette != desktops)
+        QGuiApplication::setPalette(palette);
+}
+
+/// Applies the scheme again after the platform theme has changed the palette, as Plasma's does when
+/// its colours change.
+class SchemeKeeper : public QObject
+{
+public:
+    explicit SchemeKeeper(QObject &application) : QObject(&application)
+    {
+        application.installEventFilter(this);
+    }
+
+    void keep(ColorScheme scheme)
+    {
+        m_scheme = scheme;
+        m_isApplying = true;
+        apply(scheme);
+        m_isApplying = false;
+    }
+
+    bool eventFilter(QObject * /*receiver*/, QEvent *event) override
+    {
+        const bool isChange = event->type() == QEvent::ThemeChange ||
+                              event->type() == QEvent::ApplicationPaletteChange;
+        if (isChange && !m_isApplying && m_scheme != ColorScheme::any)
+            keep(m_scheme);
+        return false;
+    }
+
+private:
+    ColorScheme m_scheme = ColorScheme::any;
+    bool m_isApplying = false;
+};
+
 } // namespace
 
 QPalette paletteFor(ColorScheme scheme, const QPalette &desktops)
@@ -56,11 +99,9 @@ QPalette paletteFor(ColorScheme scheme, const QPalette &desktops)
 
 void followColorScheme(ColorScheme scheme)
 {
-    QGuiApplication::setPalette({}); // back to the desktop's
-    const QPalette desktops = QGuiApplication::palette();
-    const QPalette palette = paletteFor(scheme, desktops);
-    if (palette != desktops)
-        QGuiApplication::setPalette(palette);
+    static const QPointer<SchemeKeeper> keeper = new SchemeKeeper(*qGuiApp);
+    if (keeper)
+        keeper->keep(scheme);
 }
 
 } // namespace tidewick

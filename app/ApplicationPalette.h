@@ -11,7 +11,8 @@ namespace tidewick
 /// the palette of some desktops only, and is light on the others.
 QPalette paletteFor(ColorScheme scheme, const QPalette &desktops);
 
-/// Gives the program's windows such a palette. The panel is dark in any scheme.
+/// Gives the program's windows such a palette, until the next call, whatever the desktop's palette
+/// becomes. The panel is dark in any scheme.
 void followColorScheme(ColorScheme scheme);
 
 } // namespace tidewick

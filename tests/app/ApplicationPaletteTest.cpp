@@ -67,3 +67,16 @@ TEST(ApplicationPalette, changesWithTheSchemeAndBack)
     followColorScheme(ColorScheme::light);
     EXPECT_EQ(QGuiApplication::palette(), before);
 }
+
+// As the platform theme of Plasma does it.
+TEST(ApplicationPalette, outlivesAChangeOfTheDesktopsPalette)
+{
+    followColorScheme(ColorScheme::dark);
+    QGuiApplication::setPalette(lightDesktop);
+    EXPECT_TRUE(isDark(QGuiApplication::palette()));
+    followColorScheme(ColorScheme::any);
+    QGuiApplication::setPalette(lightDesktop);
+    EXPECT_EQ(QGuiApplication::palette().color(QPalette::Window),
+              lightDesktop.color(QPalette::Window));
+    QGuiApplication::setPalette({});
+}
