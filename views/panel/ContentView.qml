@@ -93,8 +93,8 @@ FocusScope {
             left: parent.left
             right: parent.right
             top: header.bottom
-            leftMargin: edge.border.width
-            rightMargin: edge.border.width
+            leftMargin: 1
+            rightMargin: 1
         }
         height: 1
         color: colors.white(0.1)
@@ -140,8 +140,8 @@ FocusScope {
             left: parent.left
             right: parent.right
             bottom: footer.top
-            leftMargin: edge.border.width
-            rightMargin: edge.border.width
+            leftMargin: 1
+            rightMargin: 1
         }
         height: 1
         color: colors.white(0.1)
@@ -232,12 +232,15 @@ FocusScope {
     }
 
     Rectangle {
-        id: edge
-
         objectName: "edge"
         anchors.fill: parent
         radius: content.isRounded ? content.panel.cornerRadius : 0
         color: "transparent"
-        border.color: colors.white(0.1)
+        // Whole pixels: else the corners are thinner than the sides.
+        border {
+            color: colors.white(0.1)
+            width: Math.round(Screen.devicePixelRatio) / Screen.devicePixelRatio
+            pixelAligned: false
+        }
     }
 }

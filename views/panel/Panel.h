@@ -31,7 +31,7 @@ class Panel : public QObject
 
 public:
     /// Of the panel's edge where something composes the screen, in points.
-    static constexpr double cornerRadius = 11;
+    static constexpr double cornerRadius = 12;
     /// What is visible through the translucent parts of the panel.
     enum Backdrop { Opaque, Translucent, Blurred };
     Q_ENUM(Backdrop)

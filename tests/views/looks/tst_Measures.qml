@@ -28,7 +28,7 @@ LooksCase {
             ["backdrop's material, blending and state", [backdrop.material, backdrop.blending, backdrop.state], [15, 0, 1]],
             ["backdrop's emphasis", backdrop.emphasized, true],
             ["backdrop's fill", backdrop.color, Qt.color("#1E1E20")],
-            ["edge", [child("edge").border.color, child("edge").border.width, child("edge").radius], [white(0.1), 1, 0]],
+            ["edge", [child("edge").border.color, child("edge").border.width, child("edge").radius], [white(0.1), Math.round(Screen.devicePixelRatio) / Screen.devicePixelRatio, 0]],
             ["header's box", box(child("header"), view), [18, 0, 444, 44]],
             ["title", font(text(view, "Tidewick")), [14, Font.DemiBold, white(1)]],
             ["dash", font(text(view, "—")), [12, Font.Normal, white(0.3)]],
@@ -59,7 +59,7 @@ LooksCase {
         show([]);
         machine.setBackdrop(Panel.Translucent);
         view.isFrameless = true;
-        check([["radius", findChild(view, "backdrop").radius, 11], ["edge", findChild(view, "edge").radius, 11], ["fill", findChild(view, "backdrop").color, Qt.rgba(0x1E / 255, 0x1E / 255, 0x20 / 255, 0.97)]]);
+        check([["radius", findChild(view, "backdrop").radius, 12], ["edge", findChild(view, "edge").radius, 12], ["fill", findChild(view, "backdrop").color, Qt.rgba(0x1E / 255, 0x1E / 255, 0x20 / 255, 0.97)]]);
         view.isFrameless = false;
         check([["radius in a frame", findChild(view, "backdrop").radius, 0]]);
     }
