@@ -155,10 +155,47 @@ public:
         return strongest;
     }
     /// The smallest rectangle, in pixels of the window, with all that differs from the corner of
-    /// `item` at least half as much as its strongest pixel.
-    Q_INVOKABLE static QRect inkOf(QQuickItem *item)
+    /// `item` by that share of its strongest pixel.
+    Q_INVOKABLE static QRect inkOf(QQuickItem *item, double share = 0.5)
     {
-        return inkIn(item->window()->grabWindow(), placeOf(item));
+        return inkIn(item->window()->grabWindow(), placeOf(item), share);
+    }
+    /// How much is drawn in `item` and a quarter of its size around it.
+    Q_INVOKABLE static double weightOf(QQuickItem *item)
+    {
+        const QRect place = placeOf(item);
+        const int margin = place.width() / 4;
+        const QImage part =
+            item->window()->grabWindow().copy(place.adjusted(-margin, -margin, margin, margin));
+        double weight = 0;
+        for (int y = 0; y < part.height(); ++y)
+            for (int x = 0; x < part.width(); ++x)
+                weight += distance(part.pixel(x, y), part.pixel(0, 0));
+        return weight;
+    }
+    /// How far the picture of the ink of `item` is from its mirror images, left to right and top to
+    /// bottom: the largest difference of a pixel, as a share of the strongest one.
+    Q_INVOKABLE static QPointF asymmetryOf(QQuickItem *item, double share = 0.05)
+    {
+        const QImage picture = item->window()->grabWindow();
+        const QRect place = placeOf(item);
+        const QImage part = picture.copy(inkIn(picture, place, share));
+        const int strongest = strengthIn(picture, place);
+        return {double(largestDifference(part, part.mirrored(true, false))) / strongest,
+                double(largestDifference(part, part.mirrored(false, true))) / strongest};
+    }
+    /// The same for a square of `points` in each corner of the ink.
+    Q_INVOKABLE static QPointF cornerAsymmetryOf(QQuickItem *item, double points)
+    {
+        const QImage picture = item->window()->grabWindow();
+        const QRect ink = inkIn(picture, placeOf(item), 0.05);
+        const int side = qRound(points * item->window()->effectiveDevicePixelRatio());
+        const QImage left = picture.copy(QRect(ink.left(), ink.top(), side, side));
+        const QImage right = picture.copy(QRect(ink.right() + 1 - side, ink.top(), side, side));
+        const QImage below = picture.copy(QRect(ink.left(), ink.bottom() + 1 - side, side, side));
+        const int strongest = strengthIn(picture, QRect(ink.topLeft(), left.size()));
+        return {double(largestDifference(left, right.mirrored(true, false))) / strongest,
+                double(largestDifference(left, below.mirrored(false, true))) / strongest};
     }
     Q_INVOKABLE static void save(QQuickItem *item, const QString &file)
     {
@@ -241,18 +278,32 @@ private:
             .toAlignedRect();
     }
 
-    static QRect inkIn(const QImage &picture, const QRect &place)
+    static int largestDifference(const QImage &a, const QImage &b)
     {
-        const QRect frame = place.intersected(picture.rect());
-        const QRgb ground = picture.pixel(frame.topLeft());
-        int strongest = 0;
-        for (int y = frame.top(); y <= frame.bottom(); ++y)
-            for (int x = frame.left(); x <= frame.right(); ++x)
-                strongest = std::max(strongest, distance(picture.pixel(x, y), ground));
+        int largest = 0;
+        for (int y = 0; y < a.height(); ++y)
+            for (int x = 0; x < a.width(); ++x)
+                largest = std::max(largest, distance(a.pixel(x, y), b.pixel(x, y)));
+        return largest;
+    }
+
+    /// How far the strongest pixel is from that in the corner.
+    static int strengthIn(const QImage &picture, const QRect &place)
+    {
+        const QImage part = picture.copy(place);
+        QImage ground(part.size(), part.format());
+        ground.fill(part.pixel(0, 0));
+        return largestDifference(part, ground);
+    }
+
+    static QRect inkIn(const QImage &picture, const QRect &place, double share)
+    {
+        const double least = std::max(1.0, share * strengthIn(picture, place));
+        const QRgb ground = picture.pixel(place.topLeft());
         QRect ink;
-        for (int y = frame.top(); y <= frame.bottom(); ++y)
-            for (int x = frame.left(); x <= frame.right(); ++x)
-                if (strongest > 0 && distance(picture.pixel(x, y), ground) * 2 > strongest)
+        for (int y = place.top(); y <= place.bottom(); ++y)
+            for (int x = place.left(); x <= place.right(); ++x)
+                if (distance(picture.pixel(x, y), ground) > least)
                     ink |= QRect(x, y, 1, 1);
         return ink;
     }

@@ -24,11 +24,12 @@ void Picture::redraw()
 
 QImage Picture::image(QSize pixels, double pixelsPerPoint) const
 {
-    QImage image(pixels, QImage::Format_ARGB32_Premultiplied);
+    const int beyond = overhang(pixels);
+    QImage image(pixels + 2 * QSize(beyond, beyond), QImage::Format_ARGB32_Premultiplied);
     image.fill(Qt::transparent);
     QPainter painter(&image);
     painter.setRenderHint(QPainter::Antialiasing);
-    draw(painter, image.rect(), pixelsPerPoint);
+    draw(painter, QRect(QPoint(beyond, beyond), pixels), pixelsPerPoint);
     return image;
 }
 
@@ -49,14 +50,14 @@ QSGNode *Picture::updatePaintNode(QSGNode *old, UpdatePaintNodeData * /*data*/)
     }
     if (m_isStale) {
         node->setTexture(window()->createTextureFromImage(image(pixels, pixelsPerPoint)));
-        node->setSourceRect(QRectF({}, pixels));
+        node->setSourceRect(QRectF({}, node->texture()->textureSize()));
         // At scale 1 a picture is only filtered in an item that is scaled itself.
         node->setFiltering(pixelsPerPoint == 1 ? QSGTexture::Linear : QSGTexture::Nearest);
         m_isStale = false;
     }
     // Both edges are rounded to the same side, also halfway between two pixels.
     constexpr double nudge = 1.0 / 64;
-    QRectF place({}, QSizeF(pixels) / pixelsPerPoint);
+    QRectF place({}, QSizeF(node->texture()->textureSize()) / pixelsPerPoint);
     place.moveCenter(boundingRect().center() - QPointF(nudge, nudge) / pixelsPerPoint);
     node->setRect(place);
     return node;

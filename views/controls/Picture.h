@@ -19,9 +19,11 @@ public:
     explicit Picture(QQuickItem *parent = nullptr);
 
 protected:
-    /// Draws into `place`, whole device pixels of an otherwise empty picture.
+    /// How many pixels the picture reaches beyond each edge of the item, which has `pixels`.
+    virtual int overhang(QSize /*pixels*/) const { return 0; }
+    /// Draws into `place`, whole device pixels of an otherwise empty picture: the item's own.
     virtual void draw(QPainter &painter, const QRectF &place, double pixelsPerPoint) const = 0;
-    /// The picture of that size; the default draws it.
+    /// The picture of an item of that size, with its overhang; the default draws it.
     virtual QImage image(QSize pixels, double pixelsPerPoint) const;
     /// To be called when it is to be drawn again.
     void redraw();

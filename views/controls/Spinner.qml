@@ -9,6 +9,9 @@ Symbol {
 
     name: "spinner"
     size: 32 * magnification
+    // An even number of pixels at scales such as 1.25 too, so that the middle is between two.
+    width: 8 * Math.ceil(size / 8)
+    height: width
     Accessible.role: Accessible.Animation
     Accessible.name: "In progress"
 

@@ -4,6 +4,8 @@
 #include <QPainter>
 #include <QSvgRenderer>
 
+#include <cmath>
+
 namespace tidewick
 {
 namespace
@@ -49,7 +51,15 @@ void Symbol::draw(QPainter &painter, const QRectF &place, double /*pixelsPerPoin
     painter.translate(place.center());
     painter.rotate(m_angle);
     painter.translate(-place.center());
-    drawSymbol(painter, m_name, place, m_color, m_weight);
+    QRectF square({}, place.size() * (size() / width()));
+    square.moveCenter(place.center());
+    drawSymbol(painter, m_name, square, m_color, m_weight);
+}
+
+int Symbol::overhang(QSize pixels) const
+{
+    // Half of what a square's diagonal is longer than its side.
+    return m_angle == 0 ? 0 : static_cast<int>(std::ceil(pixels.width() * 0.21));
 }
 
 bool drawSymbol(QPainter &painter, const QString &name, const QRectF &place, const QColor &color,

@@ -22,10 +22,10 @@ class Symbol : public tidewick::Picture
     Q_PROPERTY(QString name MEMBER m_name NOTIFY changed)
     Q_PROPERTY(QColor color MEMBER m_color NOTIFY changed)
     Q_PROPERTY(int weight MEMBER m_weight NOTIFY changed)
-    /// Width and height, in points.
+    /// Width and height, in points. An item that is larger has the symbol in its middle.
     Q_PROPERTY(qreal size READ size WRITE setSize NOTIFY sizeChanged)
     /// Degrees clockwise about the middle. The symbol is drawn turned, because the software scene
-    /// graph turns finished pictures pixel by pixel.
+    /// graph turns finished pictures pixel by pixel. Its corners then reach beyond the item.
     Q_PROPERTY(qreal angle MEMBER m_angle NOTIFY changed)
 
 public:
@@ -39,6 +39,7 @@ Q_SIGNALS:
     void sizeChanged();
 
 protected:
+    int overhang(QSize pixels) const override;
     void draw(QPainter &painter, const QRectF &place, double pixelsPerPoint) const override;
 
 private:

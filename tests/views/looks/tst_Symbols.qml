@@ -43,6 +43,67 @@ LooksCase {
         verify(Math.abs(share - 1) <= 0.1, data.name + " is at " + ink + ", not at " + asked);
     }
 
+    function test_nothingIsLostInATurn() {
+        show([]);
+        const arrow = symbol(view, "arrow.clockwise");
+        const weight = machine.weightOf(arrow);
+        for (arrow.angle = 15; arrow.angle < 360; arrow.angle += 30)
+            verify(Math.abs(machine.weightOf(arrow) / weight - 1) < 0.05, "at " + arrow.angle);
+    }
+
+    function test_spinnerIsInTheMiddle() {
+        machine.setSlow(true);
+        view = viewOf();
+        tryVerify(() => findChild(view, "loading").visible);
+        const ink = machine.inkOf(symbol(view, "spinner"), 0.05);
+        const middle = view.width * Screen.devicePixelRatio / 2;
+        verify(Math.abs(ink.x + ink.width / 2 - middle) <= 0.5, ink.x + ink.width / 2 + " of " + middle);
+    }
+
+    // What is even is drawn even, at every scale: it looks like its mirror images.
+    function test_areEven() {
+        show([shop, api]);
+        card(0).ask();
+        settle();
+        const even = {
+            cross: () => find(1, "stop"),
+            "grey circle": () => symbol(card(1), "circle.fill"),
+            dot: () => findChild(view, "dot")
+        };
+        for (const name in even) {
+            const apart = machine.asymmetryOf(even[name]());
+            verify(apart.x <= 0.1 && apart.y <= 0.1, name + " is " + apart + " apart");
+        }
+        // It lies on the round end of the capsule.
+        const cancel = machine.asymmetryOf(find(0, "cancel"), 0.3);
+        verify(cancel.x <= 0.15 && cancel.y <= 0.15, "cancelling cross is " + cancel + " apart");
+        const chevron = machine.asymmetryOf(find(1, "expand"));
+        verify(chevron.x <= 0.1, "chevron is " + chevron + " apart");
+    }
+
+    Component {
+        id: ground
+
+        Rectangle {
+            anchors.fill: parent
+            color: "#808080"
+        }
+    }
+
+    function test_cornersAreEven() {
+        createTemporaryObject(ground, test);
+        show([shop, api]);
+        machine.setBackdrop(Panel.Translucent);
+        view.isFrameless = true;
+        settle();
+        const panel = machine.cornerAsymmetryOf(view, 14);
+        verify(panel.x <= 0.1 && panel.y <= 0.1, "panel's corners are " + panel + " apart");
+        const quit = machine.cornerAsymmetryOf(findChild(view, "quit"), 6);
+        verify(quit.x <= 0.1 && quit.y <= 0.1, "Quit's corners are " + quit + " apart");
+        const surface = machine.cornerAsymmetryOf(find(1, "surface"), 14);
+        verify(surface.x <= 0.1, "a card's corners are " + surface + " apart");
+    }
+
     function distance(a, b) {
         return Math.hypot(a.r - b.r, a.g - b.g, a.b - b.b);
     }
