@@ -69,14 +69,6 @@ Mount mountOf(std::string_view path)
     return last;
 }
 
-bool isLocalType(std::string_view type)
-{
-    constexpr std::array<std::string_view, 11> types{"bcachefs", "btrfs", "ext2",    "ext3",
-                                                     "ext4",     "f2fs",  "overlay", "squashfs",
-                                                     "tmpfs",    "xfs",   "zfs"};
-    return std::find(types.begin(), types.end(), type) != types.end();
-}
-
 /// Whether the file is on that mount, and is the one at `path`.
 bool isSameFile(int directory, const char *link, const char *path, uint64_t mount)
 {
@@ -90,6 +82,14 @@ bool isSameFile(int directory, const char *link, const char *path, uint64_t moun
 }
 
 } // namespace
+
+bool isLocalType(std::string_view type)
+{
+    constexpr std::array<std::string_view, 11> types{"bcachefs", "btrfs", "ext2",    "ext3",
+                                                     "ext4",     "f2fs",  "overlay", "squashfs",
+                                                     "tmpfs",    "xfs",   "zfs"};
+    return std::find(types.begin(), types.end(), type) != types.end();
+}
 
 bool isSameLocalFile(int directory, const char *link, const char *path)
 {

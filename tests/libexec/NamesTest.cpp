@@ -75,6 +75,18 @@ TEST(Names, programsByTheirExecutable)
     EXPECT_EQ(programName("/usr/bin/ld-tool", false, List{"ld", "node"}), "ld-tool");
 }
 
+TEST(Names, aLoadersOptionsAndTheirValuesAreNotItsProgram)
+{
+    using List = std::vector<std::string_view>;
+    for (const char *const option : {"--library-path", "--inhibit-rpath", "--audit", "--preload",
+                                     "--argv0", "--glibc-hwcaps-mask", "--glibc-hwcaps-prepend"}) {
+        EXPECT_EQ(programName("/lib/ld-2.31.so", false, List{"ld", option, "value", "/bin/php"}),
+                  "php")
+            << option;
+    }
+    EXPECT_EQ(programName("/lib/ld-2.31.so", false, List{"ld", "--inhibit-cache"}), "ld-2.31.so");
+}
+
 TEST(Names, hiddenProgramsByTheirMainThread)
 {
     EXPECT_EQ(hiddenProgramName("redis-server"), "redis-server");

@@ -1,6 +1,7 @@
 #include "libexec/proc/Arguments.h"
 #include "libexec/proc/ChildAnswer.h"
 #include "libexec/proc/Descriptor.h"
+#include "libexec/proc/LocalFiles.h"
 #include "libexec/proc/ProcessStat.h"
 #include "libexec/proc/Words.h"
 
@@ -80,4 +81,13 @@ TEST(Proc, aChildThatAnswersHoldsNoOtherDescriptor)
     EXPECT_EQ(askChild(open), "");
     EXPECT_EQ(askChild(open, directory.value()), std::to_string(directory.value()) + ' ');
     EXPECT_EQ(askChild(open, STDOUT_FILENO), std::to_string(STDOUT_FILENO) + ' ');
+}
+
+TEST(Proc, fileSystemsOfThisMachine)
+{
+    for (const char *const type : {"bcachefs", "btrfs", "ext2", "ext3", "ext4", "f2fs", "overlay",
+                                   "squashfs", "tmpfs", "xfs", "zfs"})
+        EXPECT_TRUE(isLocalType(type)) << type;
+    for (const char *const type : {"nfs", "nfs4", "cifs", "9p", "fuse", "fuse.sshfs", "autofs", ""})
+        EXPECT_FALSE(isLocalType(type)) << type;
 }
