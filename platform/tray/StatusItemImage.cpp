@@ -5,8 +5,8 @@
 #include <QPainter>
 
 #include <algorithm>
-#include <array>
 #include <cmath>
+#include <optional>
 
 namespace tidewick
 {
@@ -90,19 +90,42 @@ void Badge::draw(QPainter &painter, const QString &text) const
     painter.drawText(baseline, text);
 }
 
-/// What of a square begins in the upper left corner and ends above, or beside, the badge.
-std::array<QSize, 2> roomsClearOf(const QRectF &badge, int side)
+/// Where the left edge of the icon is if its emblem stands beside the badge; nothing if there is
+/// not enough room for all of the emblem.
+std::optional<int> leftBeside(const Badge &badge, QSize icon, int side)
 {
-    const qreal rim = rimOf(side);
-    return {QSizeF(side, badge.top() - rim).toSize(), QSizeF(badge.left() - rim, side).toSize()};
+    const qreal highest = badge.box.left() - emblemPart.right() * icon.width();
+    const qreal lowest = -emblemPart.left() * icon.width();
+    const qreal left = std::max(std::floor(highest - rimOf(side)), std::ceil(lowest));
+    return left <= highest ? std::optional(static_cast<int>(left)) : std::nullopt;
 }
 
-/// The size of `picture` in that of the rooms in which it can be larger.
-QSize largerFit(QSize picture, const std::array<QSize, 2> &rooms)
+QSize iconPixels(QSize points, int side)
 {
-    const QSize one = picture.scaled(rooms[0], Qt::KeepAspectRatio);
-    const QSize other = picture.scaled(rooms[1].expandedTo(QSize(0, 0)), Qt::KeepAspectRatio);
-    return one.height() >= other.height() ? one : other;
+    return (QSizeF(points) * (side / barHeight)).toSize();
+}
+
+/// The icon at `left`, at the height that it has without a number. What the badge would touch is
+/// left out.
+void drawBeside(QPainter &painter, const QImage &icon, QSize size, int left, const Badge &badge,
+                int side)
+{
+    drawIcon(painter, icon, size, left, side);
+    const qreal emblemEnd = left + emblemPart.right() * size.width();
+    const int free =
+        static_cast<int>(std::ceil(std::max(emblemEnd, badge.box.left() - rimOf(side))));
+    painter.setCompositionMode(QPainter::CompositionMode_Clear);
+    painter.fillRect(free, 0, side - free, side, Qt::transparent);
+    painter.setCompositionMode(QPainter::CompositionMode_SourceOver);
+}
+
+/// The emblem above the badge, about as far from the left edge as beside a single digit.
+void drawAbove(QPainter &painter, const QImage &icon, QSize size, const Badge &badge, int side)
+{
+    const int room = static_cast<int>(badge.box.top() - rimOf(side));
+    const QImage emblem = emblemOf(icon).scaledToHeight(room, Qt::SmoothTransformation);
+    const int left = leftBeside(Badge(QStringLiteral("0"), side), size, side).value_or(0);
+    painter.drawImage(QPoint(left + (size.width() - emblem.width()) / 2, 0), emblem);
 }
 
 } // namespace
@@ -116,16 +139,17 @@ QImage plainStatusImage(const QImage &icon, QSize points, int side)
     return image;
 }
 
-QImage badgedStatusImage(const QImage &icon, QSize /*points*/, const StatusTitle &title, int side)
+QImage badgedStatusImage(const QImage &icon, QSize points, const StatusTitle &title, int side)
 {
     QImage image = emptyImage(side, side);
     QPainter painter(&image);
     painter.setRenderHint(QPainter::Antialiasing);
     const Badge badge(title.text, side);
-    const QImage emblem = emblemOf(icon);
-    const QSize room = largerFit(emblem.size(), roomsClearOf(badge.box, side));
-    const QImage scaled = emblem.scaled(room, Qt::KeepAspectRatio, Qt::SmoothTransformation);
-    painter.drawImage(QPoint(0, 0), scaled);
+    const QSize size = iconPixels(points, side);
+    if (const auto left = leftBeside(badge, size, side))
+        drawBeside(painter, icon, size, *left, badge, side);
+    else
+        drawAbove(painter, icon, size, badge, side);
     badge.draw(painter, title.text);
     return image;
 }
@@ -136,12 +160,13 @@ QImage wideStatusImage(const QImage &icon, QSize points, const StatusTitle &titl
     const QFont font = digitFont(title.pointSize * scale, title.weight);
     const QFontMetricsF metrics(font);
     const QSizeF iconSize = QSizeF(points) * scale;
-    const qreal textLeft = iconSize.width() + titleGap * scale;
+    const qreal iconLeft = (height - iconSize.width()) / 2; // where it stands without a title
+    const qreal textLeft = iconLeft + iconSize.width() + titleGap * scale;
     QImage image = emptyImage(
         static_cast<int>(std::ceil(textLeft + metrics.horizontalAdvance(title.text))), height);
     QPainter painter(&image);
     painter.setRenderHint(QPainter::Antialiasing);
-    drawIcon(painter, icon, iconSize, 0, height);
+    drawIcon(painter, icon, iconSize, iconLeft, height);
     painter.setFont(font);
     painter.setPen(statusInk);
     const qreal baseline = (height + metrics.ascent() - metrics.descent()) / 2;

@@ -25,6 +25,16 @@ QImage redIcon()
     return image;
 }
 
+/// An icon whose emblem alone is red.
+QImage emblemIcon()
+{
+    QImage icon = redIcon();
+    icon.fill(Qt::yellow);
+    QPainter painter(&icon);
+    painter.fillRect(36, 0, 72, 108, Qt::red);
+    return icon;
+}
+
 StatusTitle title(const char *text)
 {
     return {QString::fromUtf8(text)};
@@ -101,15 +111,9 @@ TEST(StatusItemImage, badgeStaysInsideTheSquareAtEverySizeAndNumber)
 
 TEST(StatusItemImage, badgeIsLegibleBesideTheWholeEmblem)
 {
-    // Only the emblem is red.
-    QImage icon = redIcon();
-    icon.fill(Qt::yellow);
-    QPainter painter(&icon);
-    painter.fillRect(36, 0, 72, 108, Qt::red);
-    painter.end();
     for (const int side : sides) {
         for (const char *text : {"3", "12", "137"}) {
-            const QImage image = badgedStatusImage(icon, points, title(text), side);
+            const QImage image = badgedStatusImage(emblemIcon(), points, title(text), side);
             const QRect digits = extent(image, isWhite);
             const QRect emblem = extent(image, isRed);
             EXPECT_GE(digits.height(), side * (qstrlen(text) < 3 ? 3 : 2) / 10)
@@ -117,8 +121,26 @@ TEST(StatusItemImage, badgeIsLegibleBesideTheWholeEmblem)
             EXPECT_GE(emblem.height(), side * 4 / 10) << text << " at " << side;
             EXPECT_NEAR(emblem.width() * 3, emblem.height() * 2, 3) << text << " at " << side;
             EXPECT_FALSE(emblem.intersects(digits)) << text << " at " << side;
-            EXPECT_EQ(extent(image, isYellow), QRect()) << text << " at " << side;
+            EXPECT_EQ(extent(image, isYellow).isEmpty(), qstrlen(text) > 1)
+                << text << " at " << side;
         }
+    }
+}
+
+TEST(StatusItemImage, iconKeepsItsSizeAndHeightBesideASingleDigit)
+{
+    for (const int side : sides) {
+        const QImage image = badgedStatusImage(emblemIcon(), points, title("3"), side);
+        const QImage plain = plainStatusImage(emblemIcon(), points, side);
+        const QRect emblem = extent(image, isRed);
+        const QRect plainEmblem = extent(plain, isRed);
+        EXPECT_EQ(emblem.size(), plainEmblem.size()) << side;
+        EXPECT_EQ(emblem.top(), plainEmblem.top()) << side;
+        EXPECT_EQ(extent(image, isYellow).bottom(), extent(plain, isYellow).bottom()) << side;
+        // Above two digits it is smaller, and about as far from the left.
+        const QRect above =
+            extent(badgedStatusImage(emblemIcon(), points, title("12"), side), isRed);
+        EXPECT_NEAR(above.center().x(), emblem.center().x(), 1) << side;
     }
 }
 
@@ -136,8 +158,7 @@ TEST(StatusItemImage, wideImageHasIconThenTitleSideBySide)
         const QRect icon = extent(image, isRed);
         const QRect text =
             extent(image, [](const QColor &color) { return isVisible(color) && !isRed(color); });
-        EXPECT_EQ(icon.left(), 0);
-        EXPECT_NEAR(icon.width(), side * 18.0 / 22, 1);
+        EXPECT_EQ(icon, extent(plainStatusImage(redIcon(), points, side), isRed));
         EXPECT_GT(text.left(), icon.right());
         EXPECT_GE(text.height(), side * 4 / 10);
     }
