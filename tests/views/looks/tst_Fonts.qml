@@ -80,7 +80,8 @@ LooksCase {
         use(data.family);
         show([shop, api]);
         findChild(view, "cards").toggleExpand("3000");
-        tryVerify(() => find(0, "details").opacity === 1 && !card(0).isOpening);
+        const details = find(0, "details");
+        tryVerify(() => details.opacity === 1 && !card(0).isOpening && details.height === details.children[0].height);
         checkTexts(view);
         const header = findChild(view, "header");
         const footer = findChild(view, "footer");
