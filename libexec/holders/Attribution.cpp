@@ -6,6 +6,7 @@
 #include "libexec/holders/ProcessTree.h"
 #include "libexec/names/CommandName.h"
 #include "libexec/proc/Descriptor.h"
+#include "products/Users.h"
 
 #include <algorithm>
 #include <array>
@@ -20,9 +21,6 @@ namespace tidewick::libexec
 namespace
 {
 
-/// The user ids of services, which run one program each (login.defs(5), SYS_UID_MAX). Above are
-/// persons: what another person runs is not listed.
-constexpr uint32_t lastServiceUser = 999;
 constexpr int nobody = 0;
 
 /// Whether a program of that name opens its listeners before it starts more of itself.

@@ -1,5 +1,6 @@
 #include "scan/http/CurlRequest.h"
 
+#include "scan/http/ListenerOwner.h"
 #include "scan/http/LoopbackHost.h"
 
 #include <sys/socket.h>
@@ -12,7 +13,7 @@ namespace
 curl_socket_t openLoopbackSocket(void * /*context*/, curlsocktype /*purpose*/,
                                  curl_sockaddr *address)
 {
-    if (!isLoopbackAddress(address->addr))
+    if (!isLoopbackAddress(address->addr) || isAnotherPersons(address->addr))
         return CURL_SOCKET_BAD;
     return socket(address->family, address->socktype | SOCK_CLOEXEC, address->protocol);
 }
