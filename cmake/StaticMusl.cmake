@@ -4,7 +4,7 @@
 string(REPLACE "-gnu" "-musl" musl_triplet "${CMAKE_LIBRARY_ARCHITECTURE}")
 set(musl_lib /usr/lib/${musl_triplet})
 
-# TIDEWICK_MUSL: whether the supplied ps is linked with musl. The default is ON if musl is installed.
+# TIDEWICK_MUSL: whether the supplied lsof and ps are linked with musl. The default is ON if musl is installed.
 if(NOT DEFINED TIDEWICK_MUSL)
     set(TIDEWICK_MUSL OFF)
     if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU" AND EXISTS ${musl_lib}/rcrt1.o

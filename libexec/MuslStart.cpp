@@ -1,5 +1,5 @@
 // What libstdc++ and the system's C library do for a program, and nobody does for a static one with
-// musl: ps holds it only there.
+// musl: ps and lsof hold it only there.
 #include <string_view>
 
 #include <cstdint>

@@ -1,20 +1,16 @@
-// The supplied lsof: what lsof(8) prints for the two argument lists that the application uses,
-// with names that are not truncated. Any other argument is refused.
-#include "libexec/holders/Attribution.h"
-#include "libexec/holders/Cgroups.h"
-#include "libexec/holders/Holders.h"
-#include "libexec/holders/RowOrder.h"
+// The supplied lsof. It answers itself what is asked for each listener, a working directory, and
+// leaves the rest to lsof-complete beside it. Most of that answer's cost is a program's start, so
+// like ps it takes nothing that would have to start first: no memory at run time, no locale.
+#include "libexec/cells/NumberCells.h"
 #include "libexec/proc/Descriptor.h"
-#include "libexec/proc/Words.h"
-#include "libexec/rows/SocketTable.h"
-#include "libexec/rows/WorkingDirectory.h"
-#include "libexec/sockets/SocketDump.h"
+#include "libexec/rows/DirectoryQuery.h"
 
+#include <algorithm>
+#include <array>
 #include <climits>
-#include <cstdio>
 #include <cstdlib>
 
-#include <fcntl.h>
+#include <sys/auxv.h>
 #include <unistd.h>
 
 using namespace tidewick::libexec;
@@ -22,42 +18,64 @@ using namespace tidewick::libexec;
 namespace
 {
 
-using Arguments = std::vector<std::string_view>;
-
-int listSockets()
+/// Whether the path is printed as it is. What must be escaped, or may be marked as deleted, is not.
+bool isPlain(std::string_view path)
 {
-    const auto sockets = listeningSockets();
-    const Descriptor proc(openDirectory(AT_FDCWD, "/proc"));
-    const Descriptor cgroups(openCgroupTree());
-    SocketHolders found = findHolders(proc.value(), sockets);
-    attributeHidden(found, sockets, proc.value(), cgroups.value());
-    sortRows(found, sockets, proc.value(), geteuid());
-    const std::string table = socketTable(found, sockets);
-    return !table.empty() && writeAll(STDOUT_FILENO, table) ? EXIT_SUCCESS : EXIT_FAILURE;
+    return !path.ends_with(')') && std::all_of(path.begin(), path.end(), [](char c) {
+        return c >= ' ' && c <= '~' && c != '\\';
+    });
 }
 
-int printWorkingDirectory(int pid)
+enum class Outcome { printed, failed, notPlain };
+
+Outcome printDirectory(int pid)
 {
-    const std::string fields = workingDirectoryFields(pid);
-    return !fields.empty() && writeAll(STDOUT_FILENO, fields) ? EXIT_SUCCESS : EXIT_FAILURE;
+    std::array<char, 32> linkMemory{};
+    TextBuffer link(linkMemory);
+    link.add("/proc/");
+    addNumber(link, unsigned(pid));
+    link.add("/cwd");
+
+    std::array<char, PATH_MAX> path;
+    const ssize_t size = readlink(linkMemory.data(), path.data(), path.size());
+    if (size < 0)
+        return Outcome::failed;
+    const std::string_view directory(path.data(), size_t(size));
+    if (directory.size() == path.size() || !isPlain(directory))
+        return Outcome::notPlain;
+
+    std::array<char, PATH_MAX + 32> memory;
+    TextBuffer fields(memory);
+    fields.add('p');
+    addNumber(fields, unsigned(pid));
+    fields.add("\nn");
+    fields.add(directory);
+    fields.add('\n');
+    return writeAll(STDOUT_FILENO, fields.view()) ? Outcome::printed : Outcome::failed;
+}
+
+/// Becomes lsof-complete, which lies where this program was started from.
+int runComplete(char *argv[])
+{
+    // NOLINTNEXTLINE(performance-no-int-to-ptr): so the kernel hands it over (getauxval(3))
+    std::string_view program(reinterpret_cast<const char *>(getauxval(AT_EXECFN)));
+    program = program.substr(0, program.rfind('/') + 1);
+    std::array<char, PATH_MAX + 16> memory{};
+    TextBuffer complete(memory);
+    complete.add(program);
+    complete.add("lsof-complete");
+    execv(memory.data(), argv);
+    writeAll(STDERR_FILENO, "lsof: lsof-complete cannot be started\n");
+    return EXIT_FAILURE;
 }
 
 } // namespace
 
 int main(int argc, char *argv[])
 {
-    Arguments arguments(argv + (argc > 0 ? 1 : 0), argv + argc);
-    if (arguments == Arguments{"-i", "TCP", "-P", "-n", "-sTCP:LISTEN"})
-        return listSockets();
-    if (arguments.size() == 7) {
-        const auto pid = parseNumber(arguments[1]);
-        arguments[1] = {};
-        if (pid && *pid > 0 && *pid <= INT_MAX &&
-            arguments == Arguments{"-p", {}, "-a", "-d", "cwd", "-F", "n"})
-            return printWorkingDirectory(int(*pid));
-    }
-    std::fputs("lsof: only \"-i TCP -P -n -sTCP:LISTEN\" and \"-p PID -a -d cwd -F n\" are known "
-               "here\n",
-               stderr);
-    return EXIT_FAILURE;
+    const auto pid = directoryQuery(argc, argv);
+    const Outcome outcome = pid ? printDirectory(*pid) : Outcome::notPlain;
+    if (outcome == Outcome::notPlain)
+        return runComplete(argv);
+    return outcome == Outcome::printed ? EXIT_SUCCESS : EXIT_FAILURE;
 }

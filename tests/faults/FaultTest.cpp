@@ -16,7 +16,7 @@ constexpr int timeoutMs = 20'000;
 FaultTest::FaultTest()
 {
     giveToOrdinaryUser(directory.path());
-    for (const char *const tool : {"/lsof", "/ps"})
+    for (const char *const tool : {"/lsof", "/lsof-complete", "/ps"})
         programs.copy(std::string(SUPPLIED_TOOLS) + tool);
 }
 

@@ -136,6 +136,7 @@ protected:
 
 private:
     SharedDirectory m_directory;
+    std::string m_complete = m_directory.copy(SUPPLIED_TOOLS "/lsof-complete");
     std::string m_lsof = m_directory.copy(SUPPLIED_TOOLS "/lsof", "supplied-lsof");
     bool m_ownNetwork = false;
 };

@@ -213,7 +213,7 @@ bool scanAll(const Crowd &crowd, const ToolTable &tools, int scans)
 bool overlookOthers(const QString &tools, int scans)
 {
     const SharedDirectory shared;
-    for (const char *const tool : {"/lsof", "/ps"})
+    for (const char *const tool : {"/lsof", "/lsof-complete", "/ps"})
         shared.copy(tools.toStdString() + tool);
     const ToolTable table = ToolTable::suppliedOverStock(QString::fromStdString(shared.path()));
     const Crowd own(ownServer());
