@@ -10,7 +10,6 @@
 #include <climits>
 #include <cstdlib>
 
-#include <sys/auxv.h>
 #include <unistd.h>
 
 using namespace tidewick::libexec;
@@ -54,15 +53,15 @@ Outcome printDirectory(int pid)
     return writeAll(STDOUT_FILENO, fields.view()) ? Outcome::printed : Outcome::failed;
 }
 
-/// Becomes lsof-complete, which lies where this program was started from.
+/// Becomes lsof-complete, which lies where this program does, even if a link led here.
 int runComplete(char *argv[])
 {
-    // NOLINTNEXTLINE(performance-no-int-to-ptr): so the kernel hands it over (getauxval(3))
-    std::string_view program(reinterpret_cast<const char *>(getauxval(AT_EXECFN)));
-    program = program.substr(0, program.rfind('/') + 1);
+    std::array<char, PATH_MAX> self;
+    const ssize_t size = readlink("/proc/self/exe", self.data(), self.size());
+    const std::string_view program(self.data(), size_t(std::max<ssize_t>(size, 0)));
     std::array<char, PATH_MAX + 16> memory{};
     TextBuffer complete(memory);
-    complete.add(program);
+    complete.add(program.substr(0, program.rfind('/') + 1));
     complete.add("lsof-complete");
     execv(memory.data(), argv);
     writeAll(STDERR_FILENO, "lsof: lsof-complete cannot be started\n");
