@@ -57,7 +57,7 @@ void apply(ColorScheme scheme)
 }
 
 /// Applies the scheme again after the platform theme has changed the palette, as Plasma's does when
-/// its colours change.
+/// its colours change. Qt also tells of our own change, and some of that later.
 class SchemeKeeper : public QObject
 {
 public:
@@ -72,19 +72,22 @@ public:
         m_isApplying = true;
         apply(scheme);
         m_isApplying = false;
+        m_applied = QGuiApplication::palette();
     }
 
     bool eventFilter(QObject * /*receiver*/, QEvent *event) override
     {
         const bool isChange = event->type() == QEvent::ThemeChange ||
                               event->type() == QEvent::ApplicationPaletteChange;
-        if (isChange && !m_isApplying && m_scheme != ColorScheme::any)
+        if (isChange && !m_isApplying && m_scheme != ColorScheme::any &&
+            QGuiApplication::palette() != m_applied)
             keep(m_scheme);
         return false;
     }
 
 private:
     ColorScheme m_scheme = ColorScheme::any;
+    QPalette m_applied;
     bool m_isApplying = false;
 };
 
