@@ -28,20 +28,21 @@ class FakeProcess
 public:
     FakeProcess(const std::string &name, const std::string &comm, const std::string &commandLine,
                 const std::string &alias)
+        : m_executable(m_root / "bin" / name)
     {
         files::create_directories(m_root / "bin");
         write("comm", comm + '\n');
         write("cmdline", commandLine);
-        const files::path executable = m_root / "bin" / name;
         write(files::path("bin") / name, "");
-        files::create_symlink(executable, m_root / "exe");
+        files::create_symlink(m_executable, m_root / "exe");
         std::error_code isThere;
-        files::create_hard_link(executable, m_root / "bin" / alias, isThere);
+        files::create_hard_link(m_executable, m_root / "bin" / alias, isThere);
         if (isThere || name == alias)
             m_hasAlias = false;
     }
 
     const files::path &root() const { return m_root; }
+    const files::path &executable() const { return m_executable; }
     bool hasAlias() const { return m_hasAlias; }
     void hideExecutable() const { files::remove(m_root / "exe"); }
 
@@ -53,6 +54,7 @@ private:
 
     MemoryDirectory m_directory;
     const files::path m_root = m_directory.path();
+    const files::path m_executable;
     bool m_hasAlias = true;
 };
 
@@ -76,7 +78,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
 
     const std::string command = commandOf(directory.value(), "");
     promise(!command.empty() && command.size() <= NAME_MAX, "a command is a name");
-    const std::string own = programName("/" + name, true, {});
+    const std::string own = programName(process.executable().string(), true, {});
     const bool isAlias = process.hasAlias() && comm == alias && command == foldName(alias);
     promise(command == own || own.empty() || isAlias || isDynamicLoader(own),
             "a command is a name of its file");
