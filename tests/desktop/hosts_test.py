@@ -183,7 +183,7 @@ class HostTest(unittest.TestCase):
 
     def test_menu_quits(self):
         self.choose("Quit")
-        self.assertEqual(self.program.wait(timeout=5), 0)
+        self.assertEqual(self.program.wait(timeout=10), 0)
 
     def test_second_start_opens_the_panel_beside_the_icon(self):
         place = geometry(self.open_panel())

@@ -105,7 +105,7 @@ class NoTrayTest(unittest.TestCase):
         program = self.launch(DBUS_SESSION_BUS_ADDRESS=bus.stdout.readline().strip())
         self.wait_for_panel()
         bus.send_signal(signal.SIGKILL)
-        self.assertEqual(program.wait(timeout=2), 0)
+        self.assertEqual(program.wait(timeout=10), 0)
 
     def test_end_of_the_x_server_ends_it(self):
         read, write = os.pipe()
@@ -115,10 +115,11 @@ class NoTrayTest(unittest.TestCase):
         os.close(write)
         with os.fdopen(read) as display:
             number = display.readline().strip()
-        program = self.launch(DISPLAY=f":{number}")
+        # Xlib ends the program in the middle of whatever it does, so the sanitizer may find leaks.
+        program = self.launch(DISPLAY=f":{number}", ASAN_OPTIONS="detect_leaks=0")
         self.wait_until_resident()
         server.send_signal(signal.SIGKILL)
-        self.assertEqual(program.wait(timeout=2), 1)  # an exit, not a crash
+        self.assertEqual(program.wait(timeout=10), 1)  # an exit, not a crash
         self.assertIn("The X11 connection broke", "\n".join(program.read_errors()))
 
 

@@ -123,7 +123,7 @@ class PanelTest(PanelCase):
     def test_quit_pressed_on_the_bus_ends_the_program(self):
         panel = self.launch(0)
         self.press(panel, "Quit")
-        self.assertEqual(self.program.wait(timeout=3), 0)
+        self.assertEqual(self.program.wait(timeout=10), 0)
 
     def test_one_press_kills_nothing_and_withdraws_itself(self):
         shop = self.serve("shop")
@@ -160,7 +160,7 @@ class PanelTest(PanelCase):
         self.lister.hold()
         card = next(one for one in accessible.cards(panel) if str(shop.port) not in one.texts())
         self.confirm_kill(card)
-        self.assertEqual(doomed.wait(timeout=3), -signal.SIGKILL)
+        self.assertEqual(doomed.wait(timeout=10), -signal.SIGKILL)
         self.wait_for_count(panel, 1)
         self.card(panel, shop)
         self.assertIsNone(shop.poll())

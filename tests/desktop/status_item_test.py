@@ -103,7 +103,7 @@ class StatusItemTest(unittest.TestCase):
         self.assertEqual(list(item.menu_labels()),
                          ["Check for Updates...", "Settings...", "Quit Tidewick"])
         item.choose(item.menu_labels()["Quit Tidewick"])
-        self.assertEqual(program.wait(timeout=2), 0)
+        self.assertEqual(program.wait(timeout=10), 0)
 
     def test_log_tells_what_it_saw_where_it_is_switched_on(self):
         program = desktop.start_program(QT_LOGGING_RULES="tidewick.*=true")
@@ -112,7 +112,7 @@ class StatusItemTest(unittest.TestCase):
         desktop.start_again()
         desktop.wait_until(desktop.visible_panels, 5, "the panel")
         program.terminate()
-        self.assertEqual(program.wait(timeout=3), 0)
+        self.assertEqual(program.wait(timeout=10), 0)
         log = program.read_errors()
         for start in ("tidewick.app: Tidewick", "tidewick.platform: status notifier items",
                       "tidewick.scan: scan of", "tidewick.platform: panel at",
@@ -136,7 +136,7 @@ class StatusItemTest(unittest.TestCase):
         time.sleep(0.5)  # the menu grabs the keyboard a moment after it is drawn
         desktop.screenshot("menu")
         subprocess.run(["xdotool", "key", "Up", "Return"], check=True)
-        self.assertEqual(program.wait(timeout=3), 0)
+        self.assertEqual(program.wait(timeout=10), 0)
 
     def test_click_drops_the_panel_below_the_icon_and_escape_closes_it(self):
         self.launch()
@@ -177,7 +177,7 @@ class StatusItemTest(unittest.TestCase):
             program = self.launch()
             desktop.StatusItem()
             program.send_signal(number)
-            self.assertEqual(program.wait(timeout=2), 0)
+            self.assertEqual(program.wait(timeout=10), 0)
             self.assertEqual(program.read_errors(), [])
             desktop.wait_until(lambda: not desktop.registered_items(), 2, "an empty tray")
 

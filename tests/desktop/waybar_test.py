@@ -119,7 +119,7 @@ class WaybarTest(unittest.TestCase):
 
     def test_menu_quits(self):
         self.choose(84)
-        self.assertEqual(self.program.wait(timeout=5), 0)
+        self.assertEqual(self.program.wait(timeout=10), 0)
 
     def test_second_start_opens_the_panel(self):
         for _ in range(2):
