@@ -47,6 +47,8 @@ IN_A_TEST = {
     "sudo apt purge tidewick": "tests/package/installed_test.py",
     "make soak": "tests/soak/CMakeLists.txt",
     "make load": "tests/load/CMakeLists.txt",
+    "scripts/mutants": "tests/mutants/mutants_test.py",
+    "scripts/mutants FILE...": "tests/mutants/mutants_test.py",
 }
 # Commands that take many minutes; they run only with --all.
 LONG = ["make bench", "make screenshots", "scripts/try-servers", "scripts/newer-qt",
