@@ -93,6 +93,21 @@ public:
         return record == list.end();
     }
 
+    /// What runs, and what the list says of it: a wrong list is rare and cannot be asked for again.
+    void print(const QList<PortInfo> &list) const
+    {
+        std::printf("wrong list, while these run:");
+        for (const Server &server : m_servers) {
+            if (server.process)
+                std::printf(" %d (%lld)", server.port, server.process->processId());
+        }
+        std::printf("\n");
+        for (const PortInfo &record : list)
+            std::printf("  %lld (%s), status %lld, %.1f MB, in \"%s\": %s\n", record.port(),
+                        qPrintable(record.pid()), record.httpStatus.value_or(0), record.memoryUsage,
+                        qPrintable(record.workingDirectory), qPrintable(record.fullCommand));
+    }
+
 private:
     struct Server
     {
@@ -168,7 +183,11 @@ private:
         m_outcome.slowest = std::max(m_outcome.slowest, elapsed);
         m_outcome.total += elapsed;
         m_outcome.failedScans += m_state.lastError() ? 1 : 0;
-        m_outcome.wrongLists += m_servers.match(m_state.runningPorts()) ? 0 : 1;
+        const QList<PortInfo> list = m_state.runningPorts();
+        if (!m_servers.match(list)) {
+            ++m_outcome.wrongLists;
+            m_servers.print(list);
+        }
     }
 
     /// What is held while no server runs and no scan, after their threads have ended.
