@@ -5,6 +5,7 @@
 #include "views/panel/Panel.h"
 #include "views/settings/Settings.h"
 
+#include <QDeadlineTimer>
 #include <QFontDatabase>
 #include <QJSValue>
 #include <QKeyEvent>
@@ -61,7 +62,7 @@ public:
         m_listeners = listeners;
     }
 
-    /// How /bin/kill ends from now on, and after how long.
+    /// How /bin/kill ends from now on, and after how long, unless it is ended before.
     Q_INVOKABLE void setKill(int status, int milliseconds)
     {
         m_killStatus = status;
@@ -332,7 +333,9 @@ private:
     {
         const QString first = call.arguments.first();
         if (first == QStringLiteral("-9")) {
-            QThread::msleep(static_cast<unsigned long>(m_killMilliseconds));
+            const QDeadlineTimer end(m_killMilliseconds);
+            while (!end.hasExpired() && !stop.stop_requested())
+                QThread::msleep(1);
             QMetaObject::invokeMethod(
                 this, [this, call] { write(QStringLiteral("kill ") + call.arguments.last()); });
             return {{}, m_killStatus};

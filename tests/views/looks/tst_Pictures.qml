@@ -71,34 +71,24 @@ LooksCase {
         look("expanded");
     }
 
-    // A card whose process a scan found once more, below another card.
+    // A scan that began before the kill brings the killed process's card back.
     function test_killing() {
         show([Object.assign({}, api, { port: 2000 }), shop]);
-        const busy = busyCard.createObject(view, {
-            record: card(1).record,
-            panel: machine.panel,
-            pulse: findChild(view, "clock"),
-            y: card(1).mapToItem(view, 0, 0).y
-        });
-        busy.ask();
-        tryCompare(findChild(busy, "confirmation"), "scale", 1);
-        machine.setKill(0, 2500);
+        machine.setSlow(true);
+        machine.panel.refresh();
+        tryCompare(machine.panel, "isLoading", true);
+        machine.setKill(0, 60000);
         machine.panel.kill("812");
-        tryCompare(busy, "opacity", 0.5);
+        tryCompare(machine.panel, "runningCount", 1);
+        machine.setSlow(false);
+        tryCompare(machine.panel, "runningCount", 2);
+        tryVerify(() => card(1) !== null);
+        card(1).ask();
+        find(1, "withdrawal").stop();
+        tryCompare(find(1, "confirmation"), "scale", 1);
+        tryCompare(card(1), "opacity", 0.5);
         hideTurning();
         look("killing");
-        busy.destroy();
-    }
-
-    Component {
-        id: busyCard
-
-        PortCard {
-            x: 12
-            width: 456
-            isExpanded: false
-            presses: PressSequence {}
-        }
     }
 
     function test_scrolled() {
