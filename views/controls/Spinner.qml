@@ -16,6 +16,7 @@ Symbol {
     Accessible.name: "In progress"
 
     RotationAnimation on angle {
+        objectName: "turning"
         running: spinner.visible && spinner.Window.visibility !== Window.Hidden
         loops: Animation.Infinite
         from: 0

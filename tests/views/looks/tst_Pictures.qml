@@ -9,10 +9,15 @@ LooksCase {
 
     name: "Pictures"
 
-    // What turns is left out.
-    function hideTurning() {
-        for (const name of ["spinner", "arrow.clockwise"])
-            items(view, item => item instanceof Symbol && item.name === name).forEach(item => item.opacity = 0);
+    // What turns stands still, in the same place in every picture.
+    function freeze() {
+        for (const item of items(view, item => item instanceof Symbol)) {
+            const turning = findChild(item, "turning");
+            if (!turning || !turning.running)
+                continue;
+            turning.paused = true;
+            item.angle = 45;
+        }
     }
 
     function look(name) {
@@ -36,7 +41,7 @@ LooksCase {
         machine.setSlow(true);
         view = viewOf();
         tryVerify(() => findChild(view, "loading").visible);
-        hideTurning();
+        freeze();
         look("loading");
     }
 
@@ -87,7 +92,7 @@ LooksCase {
         find(1, "withdrawal").stop();
         tryCompare(find(1, "confirmation"), "scale", 1);
         tryCompare(card(1), "opacity", 0.5);
-        hideTurning();
+        freeze();
         look("killing");
     }
 
