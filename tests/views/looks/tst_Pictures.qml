@@ -2,8 +2,8 @@ import QtQuick
 import QtTest
 import Tidewick
 
-// The panel in its eight states, compared with pictures that were looked at. TIDEWICK_KEEP_PICTURES
-// in the environment makes the pictures anew.
+// The panel in its states, and the settings, compared with pictures that were looked at.
+// TIDEWICK_KEEP_PICTURES in the environment makes the pictures anew.
 LooksCase {
     id: test
 
@@ -20,11 +20,16 @@ LooksCase {
         }
     }
 
-    function look(name) {
+    function look(name, item = view) {
         settle();
         if (machine.reasonNotToCompare() !== "")
             skip(machine.reasonNotToCompare());
-        compare(machine.differenceFromKept(view, name), "");
+        compare(machine.differenceFromKept(item, name), "");
+    }
+
+    function cleanup() {
+        machine.useDesktopsScheme();
+        test.endCase();
     }
 
     function many() {
@@ -101,5 +106,48 @@ LooksCase {
         const list = findChild(view, "cards");
         list.positionViewAtIndex(19, ListView.Beginning);
         look("scrolled");
+    }
+
+    Component {
+        id: ground
+
+        Rectangle {
+            anchors.fill: parent
+            color: "#5B7FA6"
+        }
+    }
+
+    // Where the desktop composes the screen.
+    function test_rounded() {
+        createTemporaryObject(ground, test);
+        show([shop, api]);
+        machine.setBackdrop(Panel.Translucent);
+        view.isFrameless = true;
+        look("rounded");
+    }
+
+    Component {
+        id: settingsComponent
+
+        SettingsView {}
+    }
+
+    function test_settings_data() {
+        const row = (scheme, isOn) => ({
+                tag: "settings-" + scheme + (isOn ? "-on" : ""),
+                isDark: scheme === "dark",
+                isOn: isOn
+            });
+        return [row("light", false), row("light", true), row("dark", false), row("dark", true)];
+    }
+
+    function test_settings(data) {
+        view = viewOf();
+        machine.useScheme(data.isDark);
+        const settings = createTemporaryObject(settingsComponent, test, {
+            settings: machine.settings,
+            launchAtLogin: data.isOn
+        });
+        look(data.tag, settings);
     }
 }
