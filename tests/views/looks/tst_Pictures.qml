@@ -105,7 +105,10 @@ LooksCase {
         show(many());
         const list = findChild(view, "cards");
         list.positionViewAtIndex(19, ListView.Beginning);
+        // Both dividers cut through a card.
+        list.contentY = card(19).y + 40;
         look("scrolled");
+        compare(card(19).y - list.contentY, -40);
     }
 
     Component {
