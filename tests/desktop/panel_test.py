@@ -29,6 +29,11 @@ class PanelTest(PanelCase):
         self.assertEqual(ports, sorted(ports))
         desktop.screenshot("panel-list")
 
+    def test_fixed_font_has_the_medium_weight_of_the_details(self):
+        font = subprocess.run(["fc-match", "monospace:medium"], check=True, capture_output=True,
+                              text=True).stdout
+        self.assertIn('"Medium"', font)
+
     def test_everything_shown_has_a_role_and_a_name(self):
         self.serve("shop")
         panel = self.launch(1)

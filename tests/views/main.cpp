@@ -161,11 +161,11 @@ public:
     {
         return inkIn(item->window()->grabWindow(), placeOf(item), share);
     }
-    /// How much is drawn in `item` and a quarter of its size around it.
-    Q_INVOKABLE static double weightOf(QQuickItem *item)
+    /// How much is drawn in `item` and that share of its width around it.
+    Q_INVOKABLE static double weightOf(QQuickItem *item, double share)
     {
         const QRect place = placeOf(item);
-        const int margin = place.width() / 4;
+        const int margin = qRound(place.width() * share);
         const QImage part =
             item->window()->grabWindow().copy(place.adjusted(-margin, -margin, margin, margin));
         double weight = 0;
@@ -208,8 +208,9 @@ public:
         if (!QString::fromLatin1(qVersion()).startsWith(QLatin1String("6.4.")))
             return QStringLiteral("the pictures were made with Qt 6.4, and this is ") +
                    QLatin1String(qVersion());
-        if (!QFontDatabase::hasFamily(QStringLiteral("Inter")))
-            return QStringLiteral("the font Inter is missing");
+        for (const char *family : {"Inter", "JetBrains Mono"})
+            if (!QFontDatabase::hasFamily(QLatin1String(family)))
+                return QStringLiteral("a font is missing: ") + QLatin1String(family);
         const QString scale = qEnvironmentVariable("QT_SCALE_FACTOR", QStringLiteral("1"));
         if (scale != QLatin1String("1") && scale != QLatin1String("2"))
             return QStringLiteral("no pictures are kept at scale ") + scale;

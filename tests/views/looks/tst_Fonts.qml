@@ -110,6 +110,20 @@ LooksCase {
         ]);
     }
 
+    // A weight that a font lacks is drawn as the regular one.
+    function test_monospacedTextIsMedium() {
+        show([shop]);
+        findChild(view, "cards").toggleExpand("3000");
+        settle();
+        for (const name of ["PID", "MEM"]) {
+            const value = find(0, name);
+            const medium = machine.weightOf(value, 0);
+            value.font.weight = Font.Normal;
+            const regular = machine.weightOf(value, 0);
+            verify(medium > 1.05 * regular, name + " has " + medium + ", and regular " + regular);
+        }
+    }
+
     function test_question_data() {
         return withMachine(rows);
     }
