@@ -70,6 +70,7 @@ Item {
         enabled: card.isShown
 
         NumberAnimation {
+            objectName: "shrinking"
             duration: killSpring.duration
             easing: killSpring.easing
         }

@@ -269,6 +269,7 @@ LooksCase {
         machine.setKill(1, 1500);
         machine.panel.kill("812");
         check([["busy", [busy.isBeingKilled, confirm.enabled], [true, false]], ["spinner", [confirm.contentItem.width, confirm.contentItem.height, symbol(confirm, "spinner").size], [60, 20, 16]]]);
+        check([["dims", movement(findChild(busy, "dimming")), spring(0.3, 0.7)], ["shrinks", movement(findChild(busy, "shrinking")), spring(0.3, 0.7)]]);
         tryCompare(machine.panel, "runningCount", 0);
         machine.setSlow(true);
         mouseClick(findChild(view, "refresh"));
@@ -352,6 +353,78 @@ LooksCase {
         card(0).ask();
         tryVerify(() => open.width === 0 && open.opacity === 0);
         verify(Date.now() - start > 150 && Date.now() - start < 500, "Open left in " + (Date.now() - start) + " ms");
+    }
+
+    Component {
+        id: springComponent
+
+        Spring {}
+    }
+
+    // Milliseconds and curve.
+    function movement(animation) {
+        return [animation.duration, animation.easing.type, animation.easing.bezierCurve];
+    }
+
+    function spring(response, dampingFraction) {
+        return movement(createTemporaryObject(springComponent, test, {
+            response: response,
+            dampingFraction: dampingFraction
+        }));
+    }
+
+    // From and to, milliseconds, whether it ends, curve.
+    function turn(item) {
+        const animation = findChild(item, "turning");
+        return [animation.from, animation.to, animation.duration, animation.loops >= 0, animation.easing.type];
+    }
+
+    function test_turns() {
+        machine.setSlow(true);
+        view = viewOf();
+        check([
+            ["spinner", turn(symbol(view, "spinner")), [0, 360, 1000, false, Easing.Linear]],
+            ["refresh arrow", turn(symbol(view, "arrow.clockwise")), [0, 360, 800, false, Easing.Linear]]
+        ]);
+    }
+
+    // A movement is created with its first run.
+    function test_timesAndCurves() {
+        show([shop]);
+        mouseMove(card(0), 200, 10);
+        findChild(view, "cards").toggleExpand("3000");
+        card(0).ask();
+        settle();
+        const moves = (name, parent) => movement(findChild(parent, name));
+        check([
+            ["chevron turns", moves("turning", find(0, "expand")), spring(0.3, 0.825)],
+            ["details unroll", moves("unrolling", card(0)), spring(0.35, 0.8)],
+            ["details fade", moves("fading", card(0)), spring(0.35, 0.8)],
+            ["hover fill comes", moves("shading", card(0)), [150, Easing.OutQuad, []]],
+            ["Open goes", moves("asking", find(0, "openPlace")), [200, Easing.InOutQuad, []]],
+            ["question comes", moves("asking", find(0, "confirmation")), [200, Easing.InOutQuad, []]]
+        ]);
+    }
+
+    // Ease-in-out, 1.8 seconds from one end to the other, and back.
+    function test_ringsSwing() {
+        show([shop]);
+        const clock = findChild(view, "clock");
+        const eased = way => way < 0.5 ? 2 * way * way : 1 - 2 * (1 - way) * (1 - way);
+        const values = [];
+        let start = 0;
+        const note = () => {
+            const time = Date.now() - start;
+            values.push([time, clock.value, eased(Math.abs(time / 1800 % 2 - 1))]);
+        };
+        clock.valueChanged.connect(note);
+        start = Date.now();
+        machine.reduceMotion(false);
+        tryVerify(() => values.length > 0 && values[values.length - 1][0] > 3600, 8000);
+        clock.valueChanged.disconnect(note);
+        const wrong = values.filter(([time, value, wanted]) => Math.abs(value - wanted) > 0.06);
+        compare(wrong, [], "time, value, and what it should be");
+        verify(Math.min(...values.map(row => row[1])) < 0.05);
     }
 
     function test_openingScrollsTheWholeCardIntoView() {
