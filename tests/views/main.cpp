@@ -7,6 +7,7 @@
 
 #include <QDeadlineTimer>
 #include <QFontDatabase>
+#include <QFontInfo>
 #include <QJSValue>
 #include <QKeyEvent>
 #include <QMouseEvent>
@@ -90,6 +91,11 @@ public:
     }
     /// The desktop's font.
     Q_INVOKABLE static QString family() { return QGuiApplication::font().family(); }
+    /// The font that the desktop's is drawn with.
+    Q_INVOKABLE static QString drawnFamily()
+    {
+        return QFontInfo(QGuiApplication::font()).family();
+    }
     /// Makes `family` the desktop's font for the views that are made from now on; an empty one ends
     /// that.
     Q_INVOKABLE static void useFont(const QString &family)

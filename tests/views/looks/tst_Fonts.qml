@@ -110,6 +110,12 @@ LooksCase {
         ]);
     }
 
+    // Whatever other fonts are installed.
+    function test_desktopsFontIsTheOneOfThePictures() {
+        view = viewOf();
+        compare(machine.drawnFamily(), "Inter");
+    }
+
     // A weight that a font lacks is drawn as the regular one.
     function test_monospacedTextIsMedium() {
         show([shop]);
