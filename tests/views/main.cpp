@@ -214,7 +214,7 @@ public:
         if (!QString::fromLatin1(qVersion()).startsWith(QLatin1String("6.4.")))
             return QStringLiteral("the pictures were made with Qt 6.4, and this is ") +
                    QLatin1String(qVersion());
-        for (const char *family : {"Inter", "JetBrains Mono"})
+        for (const char *family : {"Inter", "Fira Code"})
             if (!QFontDatabase::hasFamily(QLatin1String(family)))
                 return QStringLiteral("a font is missing: ") + QLatin1String(family);
         const QString scale = qEnvironmentVariable("QT_SCALE_FACTOR", QStringLiteral("1"));
