@@ -89,7 +89,7 @@ LooksCase {
         tryCompare(machine.panel, "isLoading", true);
         machine.setKill(0, 60000);
         machine.panel.kill("812");
-        tryCompare(machine.panel, "runningCount", 1);
+        tryVerify(() => card(1) === null);
         machine.setSlow(false);
         tryCompare(machine.panel, "runningCount", 2);
         tryVerify(() => card(1) !== null);
