@@ -46,13 +46,13 @@ QSGNode *Picture::updatePaintNode(QSGNode *old, UpdatePaintNodeData * /*data*/)
     if (node == nullptr) {
         node = window()->createImageNode();
         node->setOwnsTexture(true);
+        // This changes only what stands in a scaled item.
+        node->setFiltering(QSGTexture::Linear);
         m_isStale = true;
     }
     if (m_isStale) {
         node->setTexture(window()->createTextureFromImage(image(pixels, pixelsPerPoint)));
         node->setSourceRect(QRectF({}, node->texture()->textureSize()));
-        // At scale 1 a picture is only filtered in an item that is scaled itself.
-        node->setFiltering(pixelsPerPoint == 1 ? QSGTexture::Linear : QSGTexture::Nearest);
         m_isStale = false;
     }
     // Both edges are rounded to the same side, also halfway between two pixels.
