@@ -103,6 +103,7 @@ Item {
                 anchors.verticalCenter: parent.verticalCenter
                 isTabStop: control.isTabStop
                 enabled: control.isConfirming || activeFocus
+                radius: 10
                 help: "Cancel"
                 onClicked: {
                     if (control.presses.begins())
@@ -127,6 +128,7 @@ Item {
                 rightPadding: 8
                 topPadding: 4
                 bottomPadding: 4
+                radius: 10
                 help: "Kill port"
                 tip: ""
                 onClicked: {
@@ -135,7 +137,7 @@ Item {
                 }
 
                 background: RoundedRectangle {
-                    radius: 10
+                    radius: confirm.radius
                     color: colors.faded(confirm.hovered ? Qt.lighter(colors.red, 1.1) : colors.red, 0.9)
                 }
                 contentItem: KillLabel {

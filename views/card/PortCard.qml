@@ -219,11 +219,12 @@ Item {
                         rightPadding: 14
                         topPadding: 8
                         bottomPadding: 8
+                        radius: 8
                         help: "View in browser"
                         onClicked: card.panel.openPort(card.facts.port)
 
                         background: RoundedRectangle {
-                            radius: 8
+                            radius: open.radius
                             color: open.hovered ? Qt.lighter(colors.blue, 1.1) : colors.blue
                         }
                         contentItem: Row {

@@ -11,6 +11,8 @@ T.AbstractButton {
     // The text of the tip: the help text, sometimes with more.
     property string tip: help
     property bool isTabStop: true
+    // That of the corners of what it shows.
+    property real radius: 6
 
     function pressByKey(event: var) {
         if (!event.isAutoRepeat)
@@ -39,10 +41,11 @@ T.AbstractButton {
     Keys.onEnterPressed: event => pressByKey(event)
 
     RoundedRectangle {
+        objectName: "focusFrame"
         anchors.fill: parent
         anchors.margins: -2
         visible: button.visualFocus
-        radius: 8
+        radius: button.radius + 2
         borderColor: "white"
         borderWidth: 2
         z: 1

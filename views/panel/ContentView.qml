@@ -212,13 +212,13 @@ FocusScope {
             onClicked: content.panel.quit()
 
             background: VisualEffectView {
-                radius: 6
+                radius: quit.radius
                 material: VisualEffect.HudWindow
                 blending: VisualEffect.WithinWindow
 
                 RoundedRectangle {
                     anchors.fill: parent
-                    radius: 6
+                    radius: quit.radius
                     color: colors.white(quit.hovered ? 0.06 : 0)
                 }
             }

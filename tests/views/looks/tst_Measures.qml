@@ -253,6 +253,18 @@ LooksCase {
         ]);
     }
 
+    // All around a button is as much as above it.
+    function test_focusFramesFollowTheirButtons() {
+        show([shop]);
+        card(0).ask();
+        for (const name of ["open", "confirm", "quit"]) {
+            const button = findChild(view, name);
+            const frame = findChild(button, "focusFrame");
+            check([[name, [frame.x, frame.y, frame.borderWidth, frame.radius], [-2, -2, 2, button.background.radius + 2]]]);
+        }
+        compare(findChild(find(0, "cancel"), "focusFrame").radius, 12);
+    }
+
     function test_busyCard() {
         show([shop]);
         // The card of a killed process leaves the list, and is seen only if a scan brings it back.
