@@ -12,6 +12,8 @@ import sys
 import tempfile
 import time
 
+from PIL import ImageGrab
+
 PROGRAM = os.environ["TIDEWICK"]
 SCREENSHOTS = os.environ["SCREENSHOTS"]
 SCRIPTS = os.path.join(os.path.dirname(__file__), "..", "..", "scripts")
@@ -281,27 +283,28 @@ class Picture:
     """The desktop as it looks now."""
 
     def __init__(self):
-        size = subprocess.run(["xdotool", "getdisplaygeometry"], capture_output=True, text=True,
-                              check=True).stdout.split()
-        self.width = int(size[0])
-        self.pixels = subprocess.run(
-            ["import", "-silent", "-window", "root", "-depth", "8", "rgb:-"],
-            capture_output=True, check=True).stdout
+        picture = ImageGrab.grab(xdisplay="").convert("RGB")
+        self.width = picture.width
+        self.pixels = picture.tobytes()
 
     def color(self, x, y):
         """Red, green and blue at a place."""
         at = 3 * (y * self.width + x)
         return tuple(self.pixels[at:at + 3])
 
-    def ink(self):
-        """Where the program's own colour stands, as (x, y)."""
-        at = self.pixels.find(INK)
+    def places_of(self, color):
+        """Where this colour stands, as (x, y)."""
+        at = self.pixels.find(color)
         places = []
         while at >= 0:
             if at % 3 == 0:
                 places.append((at // 3 % self.width, at // 3 // self.width))
-            at = self.pixels.find(INK, at + 1)
+            at = self.pixels.find(color, at + 1)
         return places
+
+    def ink(self):
+        """Where the program's own colour stands, as (x, y)."""
+        return self.places_of(INK)
 
 
 def place_of_icon():

@@ -11,6 +11,7 @@ import unittest
 import desktop
 
 BROWSER = "netsurf-gtk"
+BLUE = bytes((10, 132, 255))  # of the button Open
 SERVER = """
 import http.server, sys
 class Handler(http.server.BaseHTTPRequestHandler):
@@ -36,13 +37,13 @@ def windows(name):
     return xdotool("search", "--onlyvisible", "--name", name)
 
 
-def blue(is_solid):
-    """Where the panel's blue stands: solid on the button, else as the text of the directory."""
+def blue_text():
+    """Where the blue of a text stands, however thin."""
     picture = desktop.Picture()
     found = []
     for at in range(0, len(picture.pixels), 3):
-        red, green, here = picture.pixels[at:at + 3]
-        if (red, green, here) == (10, 132, 255) if is_solid else here > red + 90 > green:
+        red, green, blue = picture.pixels[at:at + 3]
+        if blue > red + 90 > green:
             found.append((at // 3 % picture.width, at // 3 // picture.width))
     return found
 
@@ -70,7 +71,7 @@ class OpenAndRevealTest(unittest.TestCase):
         desktop.wait_until(lambda: windows("^Tidewick$"), 5, "the panel")
 
     def test_open_shows_the_page_in_the_default_browser(self):
-        button = desktop.wait_until(lambda: blue(is_solid=True), 5, "the button Open")
+        button = desktop.wait_until(lambda: desktop.Picture().places_of(BLUE), 5, "the button Open")
         xdotool("mousemove", *button[len(button) // 2], "click", 1)
         desktop.wait_until(lambda: any(line.startswith("GET / ") and "NetSurf" in line
                                        for line in self.requests()), 20, "the browser's request")
@@ -95,11 +96,11 @@ class OpenAndRevealTest(unittest.TestCase):
 
     def link_to_directory(self):
         """Opens the card; returns a place on the directory's name."""
-        button = desktop.wait_until(lambda: blue(is_solid=True), 5, "the button Open")
+        button = desktop.wait_until(lambda: desktop.Picture().places_of(BLUE), 5, "the button Open")
         below = max(y for _, y in button) + 20
         xdotool("mousemove", button[0][0] - 100, button[0][1], "click", 1)
         link = desktop.wait_until(self.still(
-            lambda: [place for place in blue(is_solid=False) if place[1] > below]), 5,
+            lambda: [place for place in blue_text() if place[1] > below]), 5,
             "the directory's name")
         return link[len(link) // 2]
 
