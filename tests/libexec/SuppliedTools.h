@@ -8,6 +8,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <cstdlib>
 #include <regex>
 #include <sstream>
 
@@ -18,6 +19,12 @@ inline constexpr bool isSanitized = true;
 #else
 inline constexpr bool isSanitized = false;
 #endif
+
+/// `few` in the suite, `many` where scripts/load runs it.
+inline int load(int few, int many)
+{
+    return std::getenv("TIDEWICK_FULL_LOAD") ? many : few;
+}
 
 inline const std::vector<std::string> listing{"-i", "TCP", "-P", "-n", "-sTCP:LISTEN"};
 

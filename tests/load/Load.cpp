@@ -1,9 +1,9 @@
-// load_program CASE SCANS SUPPLIED-TOOLS - holds a store against 1,000 real listeners, prints what
-// that takes, and exits 1 where a row is missing, wrong or too many, or where anything is left
-// behind. The cases:
+// load_program CASE SCANS SUPPLIED-TOOLS [LISTENERS] - holds a store against so many real listeners
+// (1,000, a multiple of 4), prints what that takes, and exits 1 where a row is missing, wrong or too
+// many, or where anything is left behind. The cases:
 //   usual    a few processes with many listeners each
-//   crowded  1,000 processes
-//   hostile  1,000 processes with names of 200 characters and command lines of 100,000 bytes
+//   crowded  a process for each listener
+//   hostile  the same, with names of 200 characters and command lines of 100,000 bytes
 //   foreign  the same as another user's, which the list leaves out, beside one server of one's own;
 //            needs root, to start them: else the status is 77
 //   silent   listeners that take connections and never answer: no scan comes to an end
@@ -64,16 +64,16 @@ Case ownServer()
     return {"own", 1, 1, "answer", QStringLiteral("node"), {}, ownUser};
 }
 
-QList<Case> allCases()
+QList<Case> allCases(int listeners)
 {
     const QByteArray nasty = "<b>\x1b[31m\\ \"'\xf0\x9f\x92\xa9";
-    return {{"usual", 4, 250, "answer", QStringLiteral("node"), {}},
-            {"crowded", 1000, 1, "answer", QStringLiteral("node"), {}},
-            {"hostile", 1000, 1, "answer", QStringLiteral("python").leftJustified(200, u'x'),
+    return {{"usual", 4, listeners / 4, "answer", QStringLiteral("node"), {}},
+            {"crowded", listeners, 1, "answer", QStringLiteral("node"), {}},
+            {"hostile", listeners, 1, "answer", QStringLiteral("python").leftJustified(200, u'x'),
              nasty.repeated(100'000 / int(nasty.size()))},
-            {"foreign", 1000, 1, "answer", QStringLiteral("python"), QByteArray(100'000, '4'),
+            {"foreign", listeners, 1, "answer", QStringLiteral("python"), QByteArray(100'000, '4'),
              foreignUser},
-            {"silent", 4, 250, "silent", QStringLiteral("node"), {}}};
+            {"silent", 4, listeners / 4, "silent", QStringLiteral("node"), {}}};
 }
 
 /// tests/load/crowd.c, running under a name of the case's choice.
@@ -255,7 +255,8 @@ bool endureSilence(const Crowd &crowd, const ToolTable &tools)
 int main(int argc, char *argv[])
 {
     const QCoreApplication application(argc, argv);
-    const QList<Case> cases = allCases();
+    const int listeners = argc > 4 ? QByteArray(argv[4]).toInt() : 1000;
+    const QList<Case> cases = allCases(listeners);
     const auto which = std::find_if(cases.begin(), cases.end(), [argc, argv](const Case &each) {
         return argc > 3 && QByteArray(argv[1]) == each.name;
     });
@@ -273,5 +274,5 @@ int main(int argc, char *argv[])
     const bool isGood = which->user                             ? overlookOthers(directory, scans)
                         : QByteArray(which->manner) == "silent" ? endureSilence(crowd, tools)
                                                                 : scanAll(crowd, tools, scans);
-    return isGood && crowd.size() == 1000 ? EXIT_SUCCESS : EXIT_FAILURE;
+    return isGood && crowd.size() == size_t(listeners) ? EXIT_SUCCESS : EXIT_FAILURE;
 }
