@@ -3,6 +3,7 @@
 #include "scan/CommandMetadata.h"
 #include "scan/ServiceDetection.h"
 #include "tests/fuzz/Fuzz.h"
+#include "tests/fuzz/Grammar.h"
 #include "text/Numbers.h"
 
 using namespace tidewick;
@@ -38,6 +39,17 @@ void checkMetadata(const QString &line, const QString &command)
 
 } // namespace
 
+QByteArray validInput(Random &random)
+{
+    const QByteArray command =
+        oneOf(random, {"node", "python3", "ruby", "php", "java", "go", "dotnet", "docker-pr"});
+    QByteArray line = "/usr/bin/" + command;
+    for (auto words = random() % 4; words > 0; --words)
+        line += ' ' + oneOf(random, {"next", "dev", "vite", "manage.py", "runserver", "server.js",
+                                     "app.py", "-jar", "spring-boot.jar", "--port", "rails", "flask"});
+    return command + '\0' + line + '\0' + numberBelow(random, 65'536);
+}
+
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
 {
     const QList<QByteArray> texts = pieces(data, size, 3);
@@ -45,6 +57,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
     const QString line = QString::fromUtf8(texts[1]);
     const qint64 port = parseInteger(QString::fromUtf8(texts[2])).value_or(41234);
     checkMetadata(line, command);
+    countRecords(size_t(extractMetadata(line, command).size()));
     promise(detectServiceType(port, command, line) ==
                 detectServiceType(port, withCapitals(command), withCapitals(line)),
             "the case of a letter makes no other service");

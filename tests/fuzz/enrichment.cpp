@@ -3,12 +3,23 @@
 #include "scan/Enrichment.h"
 #include "scan/SystemInterfaces.h"
 #include "tests/fuzz/Fuzz.h"
+#include "tests/fuzz/Grammar.h"
 #include "tests/support/RecordingHttpClient.h"
 #include "tests/support/RecordingToolRunner.h"
 
 #include <cmath>
 
 using namespace tidewick;
+
+QByteArray validInput(Random &random)
+{
+    return oneOf(random, {"node server.js", "python3 -m http.server 8000", "/usr/bin/ruby bin/rails s"}) +
+           '\n' + '\0' + ' ' + numberBelow(random, 9'999'999) + "  " + numberBelow(random, 999) +
+           '.' + numberBelow(random, 10) + '\n' + '\0' + "  " + numberBelow(random, 99) + "-0" +
+           numberBelow(random, 10) + ':' + numberBelow(random, 60) + ':' +
+           numberBelow(random, 60) + '\n' + '\0' + 'p' + numberBelow(random, 99'999) + "\nfcwd\nn" +
+           oneOf(random, {"/", "/home/ana/shop", "/srv/a b", "/tmp/\\n", "/tmp/caf\xc3\xa9"}) + '\n';
+}
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
 {
@@ -28,6 +39,8 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
     const PortInfo before(41234, QStringLiteral("7"), QStringLiteral("node"), QStringLiteral("ada"),
                           QStringLiteral("localhost"));
     const PortInfo after = enrichPortInfo(before, system, {});
+    countRecords((after.fullCommand.isEmpty() ? 0 : 1) + (after.memoryUsage > 0 ? 1 : 0) +
+                 (after.startTime ? 1 : 0) + (after.workingDirectory.isEmpty() ? 0 : 1));
     promise(after.id() == before.id() && after.port() == before.port() &&
                 after.pid() == before.pid() && after.command() == before.command() &&
                 after.user() == before.user(),

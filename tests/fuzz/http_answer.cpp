@@ -3,9 +3,21 @@
 
 #include "scan/http/HttpProbe.h"
 #include "tests/fuzz/Fuzz.h"
+#include "tests/fuzz/Grammar.h"
 #include "tests/support/RecordingHttpClient.h"
 
 using namespace tidewick;
+
+QByteArray validInput(Random &random)
+{
+    QByteArray answer;
+    for (auto lines = random() % 5; lines > 0; --lines)
+        answer += oneOf(random, {"Server", "X-Powered-By", "server", "Content-Type", "Via"}) + ": " +
+                  oneOf(random, {"nginx/1.25", "Express", "Werkzeug/3.0 Python/3.11", "Next.js"}) +
+                  "\r\n" + '\0';
+    return answer + '\0' + "<html><head><title>" + oneOf(random, {"Shop", "a &amp; b", "Vite"}) +
+           "</title></head></html>";
+}
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
 {
@@ -14,6 +26,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
     response.status = 100 + static_cast<int>(size % 500);
     while (!texts.isEmpty() && !texts.first().isEmpty())
         response.headers.addLine(texts.takeFirst());
+    countRecords(size_t(pieces(data, size, 1).size() - texts.size()));
     response.body = texts.join('\0').repeated(qsizetype(size % 16)).left(HttpResponse::bodyLimit);
     const RecordingHttpClient client([&response](const HttpRequest &) { return response; });
     const ProbeResult result = probeHttpService(3000, client, {});

@@ -11,6 +11,7 @@
 #include "libexec/proc/Words.h"
 #include "scan/SocketScan.h"
 #include "tests/fuzz/Fuzz.h"
+#include "tests/fuzz/Grammar.h"
 #include "tests/libexec/AddedText.h"
 #include "text/EscapedPath.h"
 #include "text/Utf8.h"
@@ -134,9 +135,22 @@ void checkForwarder(const std::string &text)
 
 } // namespace
 
+QByteArray validInput(Random &random)
+{
+    const QByteArray name = oneOf(random, {"node", "a) S (b", "tmux: server", "\xc3\xa9"});
+    return numberBelow(random, 99'999) + " (" + name + ") " + oneOf(random, {"S", "R", "Z"}) + ' ' +
+           numberBelow(random, 9999) + " 0 0 0 0 0 0 0 0 0 " + numberBelow(random, 99'999) + ' ' +
+           numberBelow(random, 99'999) + " 0 0 20 0 1 0 " + numberBelow(random, 99'999) + " 1\n" +
+           '\x1e' + "Name:\t" + name + "\nVmRSS:\t  " + numberBelow(random, 99'999'999) + " kB\n" +
+           '\x1e' + "/usr/bin/docker-proxy" + '\0' + "-host-ip" + '\0' + "127.0.0.1" + '\0' +
+           "-host-port" + '\0' + numberBelow(random, 65'536) + '\0' + '\x1e' +
+           oneOf(random, {"/usr/bin/node", "/tmp/a b (deleted)", "/opt/caf\xc3\xa9"});
+}
+
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
 {
     const QList<QByteArray> texts = pieces(data, size, 4, '\x1e');
+    countRecords(parseStat(texts[0].toStdString()) ? 1 : 0);
     checkStat(texts[0].toStdString());
     checkStatus(texts[1].toStdString());
 

@@ -3,6 +3,7 @@
 #include "libexec/sockets/DiagMessages.h"
 #include "libexec/sockets/TcpTable.h"
 #include "tests/fuzz/Fuzz.h"
+#include "tests/fuzz/Grammar.h"
 
 #include <arpa/inet.h>
 #include <linux/inet_diag.h>
@@ -71,6 +72,7 @@ void checkMessages(const char *data, size_t size)
 void checkTable(const std::string &text, bool isIpv6)
 {
     const auto sockets = parseTcpTable(text, isIpv6);
+    countRecords(sockets.size());
     std::string again = "header\n";
     for (const ListeningSocket &socket : sockets) {
         promise(socket.isIpv6 == isIpv6, "each table has its family");
@@ -85,6 +87,24 @@ void checkTable(const std::string &text, bool isIpv6)
 }
 
 } // namespace
+
+QByteArray validInput(Random &random)
+{
+    const char *const digits = "0123456789ABCDEF";
+    const auto hex = [&](int count) {
+        QByteArray text;
+        for (int i = 0; i < count; ++i)
+            text += digits[random() % 16];
+        return text;
+    };
+    const int words = random() % 2 == 0 ? 8 : 32;
+    QByteArray table = "  sl  local_address rem_address   st\n";
+    for (auto rows = random() % 6; rows > 0; --rows)
+        table += "   " + numberBelow(random, 99) + ": " + hex(words) + ':' + hex(4) + ' ' +
+                 QByteArray(words, '0') + ":0000 0A 00000000:00000000 00:00000000 00000000  " +
+                 numberBelow(random, 70'000) + "        0 " + numberBelow(random, 99'999) + " 1\n";
+    return table;
+}
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
 {

@@ -2,6 +2,7 @@
 
 #include "scan/SocketScan.h"
 #include "tests/fuzz/Fuzz.h"
+#include "tests/fuzz/Grammar.h"
 #include "tests/support/RecordingHttpClient.h"
 #include "tests/support/RecordingToolRunner.h"
 #include "text/Lines.h"
@@ -53,6 +54,18 @@ void checkKept(const QString &text)
     }
 }
 
+QByteArray validInput(Random &random)
+{
+    QByteArray table = "COMMAND PID USER FD TYPE DEVICE SIZE/OFF NODE NAME\n";
+    for (auto rows = 1 + random() % 8; rows > 0; --rows)
+        table += oneOf(random, {"node", "python3.11", "docker-pr", "postgres", "sshd", "\\x20x"}) +
+                 "  " + numberBelow(random, 99'999) + ' ' + oneOf(random, {"ana", "root", "1000"}) +
+                 "   3u  " + oneOf(random, {"IPv4", "IPv6"}) + ' ' + numberBelow(random, 9999) +
+                 " 0t0 TCP " + oneOf(random, {"*", "127.0.0.1", "[::1]", "[fe80::1]"}) + ':' +
+                 numberBelow(random, 65'536) + " (LISTEN)\n";
+    return table;
+}
+
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
 {
     const QByteArray bytes = bytesOf(data, size);
@@ -74,6 +87,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
         known += isDevelopmentProcess(record) ? 1 : 0;
         last = record.port();
     }
+    countRecords(size_t(parsePortInfo(*text).size()));
     promise(shown.size() == known, "every development process is shown, and nothing else");
     return 0;
 }
