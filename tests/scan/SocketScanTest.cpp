@@ -246,30 +246,119 @@ TEST(ParsePortInfo, survivesTenThousandLines)
     EXPECT_EQ(parsePortInfo(outputWithNames(names)).size(), 10000);
 }
 
-TEST(ParsePortInfo, survivesRandomText)
+/// Random lines of lsof's table, most of them rows, the same ones in every run.
+class RandomTable
 {
-    std::mt19937 random(20261121); // NOLINT(cert-msc51-cpp): the same texts in every run
-    const QString alphabet = QStringLiteral("node 12*:[]()\n\r\t\0\u2028٣ü-+.%") + QChar(0xd800);
-    for (int round = 0; round < 2000; ++round) {
-        QString text;
-        for (int i = 0; i < 200; ++i)
-            text += alphabet[static_cast<qsizetype>(random() % unsigned(alphabet.size()))];
-        for (const PortInfo &record : parsePortInfo(text))
-            EXPECT_EQ(record.address(), QStringLiteral("localhost"));
+public:
+    struct Row
+    {
+        QString command;
+        QString pid;
+        QString user;
+        qint64 port;
+    };
+
+    Row row(qint64 port)
+    {
+        return {word(9), QString::number(1 + below(99'999)), word(8), port};
     }
+
+    QString lineOf(const Row &row)
+    {
+        const QStringList addresses = {QStringLiteral("*"), QStringLiteral("127.0.0.1"),
+                                       QStringLiteral("[::1]"), QStringLiteral("0.0.0.0")};
+        const QStringList columns = {row.command, row.pid, row.user,
+                                     QStringLiteral("%1u").arg(below(9)), QStringLiteral("IPv4"),
+                                     word(6), QStringLiteral("0t0"), QStringLiteral("TCP"),
+                                     QStringLiteral("%1:%2")
+                                         .arg(addresses[below(addresses.size())])
+                                         .arg(row.port),
+                                     QStringLiteral("(LISTEN)")};
+        QString line;
+        for (const QString &column : columns)
+            line += column + QString(1 + below(3), u' ');
+        return line.trimmed();
+    }
+
+    /// A row without its name, one of another host, or words without a colon: no record.
+    QString otherLine()
+    {
+        const QString line = lineOf(row(1));
+        const QString unnamed = line.first(line.indexOf(QStringLiteral(" TCP ")));
+        const auto kind = below(3);
+        if (kind < 2)
+            return kind == 0 ? unnamed : unnamed + QStringLiteral(" TCP [fe80::1%eth0]:9 (LISTEN)");
+        QStringList words;
+        for (qsizetype i = below(12); i > 0; --i)
+            words.append(word(12));
+        return words.join(u' ');
+    }
+
+    qsizetype below(qsizetype limit) { return qsizetype(m_random() % quint64(limit)); }
+
+private:
+    QString word(qsizetype longest)
+    {
+        static const QString alphabet = QStringLiteral("node12*[]()\\ü٣-+.%");
+        QString text;
+        for (qsizetype i = 1 + below(longest); i > 0; --i)
+            text += alphabet[below(alphabet.size())];
+        return text;
+    }
+
+    std::mt19937 m_random{20261121}; // NOLINT(cert-msc51-cpp): the same lines in every run
+};
+
+TEST(ParsePortInfo, readsEachRandomRowAmongOtherLines)
+{
+    RandomTable table;
+    int seen = 0;
+    for (int round = 0; round < 500; ++round) {
+        QString output = header;
+        QList<RandomTable::Row> rows;
+        for (qint64 port = 1; port <= 20; ++port) {
+            if (table.below(4) == 0) {
+                output += table.otherLine() + u'\n';
+                continue;
+            }
+            rows.append(table.row(port));
+            output += table.lineOf(rows.last()) + u'\n';
+        }
+        const auto records = parsePortInfo(output);
+        ASSERT_EQ(records.size(), rows.size()) << output.toStdString();
+        for (qsizetype i = 0; i < rows.size(); ++i) {
+            EXPECT_EQ(records[i].port(), rows[i].port);
+            EXPECT_EQ(records[i].command(), rows[i].command);
+            EXPECT_EQ(records[i].pid(), rows[i].pid);
+            EXPECT_EQ(records[i].user(), rows[i].user);
+            ++seen;
+        }
+    }
+    EXPECT_GT(seen, 7'000);
+    RecordProperty("records", seen);
 }
 
+/// Bytes changed at random in a table of rows: most rows stay, and each record is a whole one.
 TEST(ParsePortInfo, survivesRandomBytes)
 {
-    std::mt19937 random(20261121); // NOLINT(cert-msc51-cpp): the same bytes in every run
+    RandomTable table;
+    int seen = 0;
     for (int round = 0; round < 2000; ++round) {
-        QByteArray bytes = "header\n";
-        for (int i = 0; i < 300; ++i)
-            bytes += static_cast<char>(random());
+        QByteArray bytes = header.toUtf8();
+        for (qint64 port = 3000; port < 3010; ++port)
+            bytes += table.lineOf(table.row(port)).toUtf8() + '\n';
+        for (int i = 0; i < 4; ++i)
+            bytes[header.size() + table.below(bytes.size() - header.size())] =
+                static_cast<char>(table.below(256));
         decodeUtf8(bytes);
-        for (const PortInfo &record : parsePortInfo(QString::fromUtf8(bytes)))
+        for (const PortInfo &record : parsePortInfo(QString::fromUtf8(bytes))) {
             EXPECT_EQ(record.address(), QStringLiteral("localhost"));
+            EXPECT_FALSE(record.command().isEmpty() || record.pid().isEmpty());
+            ++seen;
+        }
     }
+    EXPECT_GT(seen, 10'000);
+    RecordProperty("records", seen);
 }
 
 struct CommandRow
