@@ -18,7 +18,7 @@ namespace tidewick
 namespace
 {
 
-/// A tool that takes longer is named in the log.
+/// A tool that takes longer is named in the log, and each one that fails.
 constexpr qint64 slowMs = 200;
 
 /// A handle of a running child (pidfd_open(2)). A kill through it never hits a reused pid, however
@@ -89,9 +89,11 @@ ToolResult ProcessToolRunner::run(const QString &program, const QStringList &arg
     const QByteArray output = readToTheEnd(child, handle);
     const bool exited = child.exitStatus() == QProcess::NormalExit;
     const bool isTruncated = output.size() > outputLimit;
-    if (duration.elapsed() > slowMs)
-        qCDebug(scanLog) << "slow tool" << program << arguments << duration.elapsed() << "ms";
-    return {output.left(outputLimit), exited ? child.exitCode() : -1, isTruncated};
+    const int status = exited ? child.exitCode() : -1;
+    if (duration.elapsed() > slowMs || status != 0)
+        qCDebug(scanLog) << "tool" << program << arguments << "ended with" << status << "after"
+                         << duration.elapsed() << "ms";
+    return {output.left(outputLimit), status, isTruncated};
 }
 
 } // namespace tidewick

@@ -82,15 +82,22 @@ TEST(ScanLog, tellsTheCountsAndTheDurationOfAScan)
         << Log::lines()[0].toStdString();
 }
 
-TEST(ScanLog, namesSlowToolsAndNoOthers)
+TEST(ScanLog, namesToolsThatAreSlowOrFailAndNoOthers)
 {
     const Log log("tidewick.*=true");
     for (int run = 0; run < 10; ++run)
         runShell("exit 0");
     EXPECT_LT(Log::lines().size(), 10) << "a loaded machine makes some of them slow, not all";
     Log::lines().clear();
-    runShell("sleep 0.3");
-    ASSERT_EQ(Log::lines().size(), 1);
-    EXPECT_TRUE(Log::lines()[0].startsWith(QStringLiteral("tidewick.scan: slow tool \"/bin/sh\"")))
-        << Log::lines()[0].toStdString();
+    for (const auto &[script, end] : {std::pair("sleep 0.3", "ended with 0 after 3"),
+                                      std::pair("exit 3", "ended with 3 after"),
+                                      std::pair("kill -9 $$", "ended with -1 after")}) {
+        Log::lines().clear();
+        runShell(script);
+        ASSERT_EQ(Log::lines().size(), 1) << script;
+        const QString line = Log::lines()[0];
+        EXPECT_TRUE(line.startsWith(QStringLiteral("tidewick.scan: tool \"/bin/sh\"")) &&
+                    line.contains(QLatin1String(end)))
+            << line.toStdString();
+    }
 }
