@@ -51,8 +51,8 @@ IN_A_TEST = {
     "scripts/mutants FILE...": "tests/mutants/mutants_test.py",
 }
 # Commands that take many minutes; they run only with --all.
-LONG = ["make bench", "make screenshots", "scripts/try-servers", "scripts/newer-qt",
-        "scripts/desktops", "scripts/check-fresh", "scripts/check-package --twice",
+LONG = ["make bench", "scripts/coverage", "make screenshots", "scripts/try-servers",
+        "scripts/newer-qt", "scripts/desktops", "scripts/check-fresh", "scripts/check-package --twice",
         "scripts/check-package --all"]
 SELF = [".ci/run", "scripts/check-docs --all"]
 PLACEHOLDERS = ["scripts/test -R Name", "scripts/virtual-desktop COMMAND"]
