@@ -1,6 +1,7 @@
 #include "app/Environment.h"
 
-#include <QByteArray>
+#include "platform/wayland/LayerShell.h"
+
 #include <QLoggingCategory>
 
 #include <csignal>
@@ -10,13 +11,15 @@ namespace tidewick
 namespace
 {
 
-/// Only X11 lets the program choose the panel's place, so XWayland comes before Wayland.
-void preferX11()
+void choosePlatform()
 {
-    if (!qEnvironmentVariableIsEmpty("DISPLAY") &&
-        !qEnvironmentVariableIsEmpty("WAYLAND_DISPLAY") &&
-        !qEnvironmentVariableIsSet("QT_QPA_PLATFORM"))
-        qputenv("QT_QPA_PLATFORM", "xcb;wayland");
+    if (qEnvironmentVariableIsSet("QT_QPA_PLATFORM"))
+        return;
+    const bool hasWayland = !qEnvironmentVariableIsEmpty("WAYLAND_DISPLAY");
+    const QByteArray platforms = platformsFor(
+        {!qEnvironmentVariableIsEmpty("DISPLAY"), hasWayland, hasWayland && isLayerShellOffered()});
+    if (!platforms.isEmpty())
+        qputenv("QT_QPA_PLATFORM", platforms);
 }
 
 /// The panel is drawn without OpenGL, which costs less memory and time here.
@@ -30,6 +33,18 @@ void preferSoftwareRendering()
         qputenv("QT_XCB_GL_INTEGRATION", "none");
 }
 
+/// Newer toolkits also say this of a panel that was closed on a screen of fractional scale. The
+/// line has no category by which to silence it.
+constexpr const char *staleScale = "The cached device pixel ratio value was stale";
+
+QtMessageHandler handlerOfTheToolkit = nullptr;
+
+void handleMessage(QtMsgType type, const QMessageLogContext &context, const QString &text)
+{
+    if (!text.startsWith(QLatin1String(staleScale)))
+        handlerOfTheToolkit(type, context, text);
+}
+
 /// Newer toolkits warn if the desktop has no portal, if there is no session bus, and if a screen
 /// reader calls what they do not know. None of it concerns the user: the program says what is
 /// missing. QT_LOGGING_RULES brings the warnings back.
@@ -39,6 +54,8 @@ void silenceTheToolkit()
                                                     "qt.qpa.theme.dbus.warning=false\n"
                                                     "qt.qpa.theme.gnome.warning=false\n"
                                                     "qt.accessibility.atspi.warning=false"));
+    if (handlerOfTheToolkit == nullptr)
+        handlerOfTheToolkit = qInstallMessageHandler(handleMessage);
 }
 
 /// The tools would truncate their lines at the width of the terminal that started the program.
@@ -60,11 +77,18 @@ void surviveBrokenPipes()
 
 } // namespace
 
+QByteArray platformsFor(const DisplayServers &servers)
+{
+    if (servers.hasLayerShell)
+        return servers.hasX11 ? "wayland;xcb" : "wayland";
+    return servers.hasX11 && servers.hasWayland ? "xcb;wayland" : "";
+}
+
 void prepareEnvironment()
 {
     surviveBrokenPipes();
     forgetTheTerminal();
-    preferX11();
+    choosePlatform();
     preferSoftwareRendering();
     silenceTheToolkit();
 }

@@ -8,12 +8,10 @@ namespace tidewick
 namespace
 {
 
-constexpr int gap = 6;           // points between the popover and the bar or a side of the screen
+constexpr int gap = popoverGap;
 constexpr int edgeStrip = 64;    // points from a screen's edge in which a bar may be
 constexpr int itemReach = 16;    // points from any point on an item to beyond its end
 constexpr int nearDistance = 64; // points between two readings of one place
-
-enum class Edge { top, bottom, left, right };
 
 /// A tray may tell any number, so the distance may be beyond the range of an int.
 bool isNear(QPoint one, QPoint other)
@@ -64,85 +62,70 @@ const ScreenArea *screenOf(QPoint point, const QList<ScreenArea> &screens)
 
 /// The edge at which a bar takes room. Of several bars, the one with the status items is more often
 /// the upper one.
-std::optional<Edge> barEdge(const ScreenArea &screen)
+std::optional<Qt::Edge> barEdge(const ScreenArea &screen)
 {
     if (screen.available.top() > screen.whole.top())
-        return Edge::top;
+        return Qt::TopEdge;
     if (screen.available.bottom() < screen.whole.bottom())
-        return Edge::bottom;
+        return Qt::BottomEdge;
     if (screen.available.left() > screen.whole.left())
-        return Edge::left;
+        return Qt::LeftEdge;
     if (screen.available.right() < screen.whole.right())
-        return Edge::right;
-    return std::nullopt;
-}
-
-/// Only the nearest edge tells where a bar is that reserves no room. In a corner the bar counts as
-/// horizontal, as most are.
-std::optional<Edge> nearEdge(QPoint anchor, const QRect &whole)
-{
-    const int above = anchor.y() - whole.top();
-    const int below = whole.bottom() - anchor.y();
-    if (std::min(above, below) <= edgeStrip)
-        return above <= below ? Edge::top : Edge::bottom;
-    if (anchor.x() - whole.left() <= edgeStrip)
-        return Edge::left;
-    if (whole.right() - anchor.x() <= edgeStrip)
-        return Edge::right;
+        return Qt::RightEdge;
     return std::nullopt;
 }
 
 /// The edge whose bar holds the anchor.
-std::optional<Edge> edgeOf(QPoint anchor, const ScreenArea &screen)
+std::optional<Qt::Edge> edgeOf(QPoint anchor, const ScreenArea &screen)
 {
     if (anchor.y() < screen.available.top())
-        return Edge::top;
+        return Qt::TopEdge;
     if (anchor.y() > screen.available.bottom())
-        return Edge::bottom;
+        return Qt::BottomEdge;
     if (anchor.x() < screen.available.left())
-        return Edge::left;
+        return Qt::LeftEdge;
     if (anchor.x() > screen.available.right())
-        return Edge::right;
+        return Qt::RightEdge;
     return nearEdge(anchor, screen.whole);
 }
 
-bool isHorizontal(Edge edge)
+bool isHorizontal(Qt::Edge edge)
 {
-    return edge == Edge::top || edge == Edge::bottom;
+    return edge == Qt::TopEdge || edge == Qt::BottomEdge;
 }
 
 /// The part of `free` that is clear of a bar at `edge`, and of the sides beside it.
-QRect roomAt(Edge edge, QRect free)
+QRect roomAt(Qt::Edge edge, QRect free)
 {
     switch (edge) {
-    case Edge::top:
+    case Qt::TopEdge:
         return free.adjusted(gap, gap, -gap, 0);
-    case Edge::bottom:
+    case Qt::BottomEdge:
         return free.adjusted(gap, 0, -gap, -gap);
-    case Edge::left:
+    case Qt::LeftEdge:
         return free.adjusted(gap, gap, 0, -gap);
-    case Edge::right:
+    case Qt::RightEdge:
         return free.adjusted(0, gap, -gap, -gap);
     }
     return free;
 }
 
 /// The part of `free` beyond an item in it, on a bar at `edge` that takes no room.
-QRect freeBeyond(QPoint anchor, Edge edge, QRect free)
+QRect freeBeyond(QPoint anchor, Qt::Edge edge, QRect free)
 {
     if (!free.contains(anchor))
         return free;
     switch (edge) {
-    case Edge::top:
+    case Qt::TopEdge:
         free.setTop(anchor.y() + itemReach);
         break;
-    case Edge::bottom:
+    case Qt::BottomEdge:
         free.setBottom(anchor.y() - itemReach);
         break;
-    case Edge::left:
+    case Qt::LeftEdge:
         free.setLeft(anchor.x() + itemReach);
         break;
-    case Edge::right:
+    case Qt::RightEdge:
         free.setRight(anchor.x() - itemReach);
         break;
     }
@@ -159,14 +142,14 @@ QPoint clamped(QPoint wanted, QSize size, const QRect &room)
 }
 
 /// Against the bar at `edge`, and along it as near to `anchor` as `room` allows.
-QPoint positionInRoom(QSize size, QPoint anchor, Edge edge, const ScreenArea &screen,
+QPoint positionInRoom(QSize size, QPoint anchor, Qt::Edge edge, const ScreenArea &screen,
                       const QRect &room)
 {
     QPoint wanted = anchor - QPoint(size.width() / 2, size.height() / 2);
     if (isHorizontal(edge))
-        wanted.setY(edge == Edge::top ? room.top() : room.bottom() - size.height() + 1);
+        wanted.setY(edge == Qt::TopEdge ? room.top() : room.bottom() - size.height() + 1);
     else
-        wanted.setX(edge == Edge::left ? room.left() : room.right() - size.width() + 1);
+        wanted.setX(edge == Qt::LeftEdge ? room.left() : room.right() - size.width() + 1);
     return clamped(clamped(wanted, size, room), size, screen.available);
 }
 
@@ -184,7 +167,7 @@ int clearOf(int point, int wanted, int length, int first, int last)
 }
 
 /// Moved along the bar at `edge` until the pointer at `anchor` is not on the popover.
-QPoint clearOfPointer(QPoint position, QSize size, QPoint anchor, Edge edge, const QRect &room)
+QPoint clearOfPointer(QPoint position, QSize size, QPoint anchor, Qt::Edge edge, const QRect &room)
 {
     if (!QRect(position, size).contains(anchor))
         return position;
@@ -197,16 +180,31 @@ QPoint clearOfPointer(QPoint position, QSize size, QPoint anchor, Edge edge, con
 
 QPoint positionAtEnd(QSize size, const ScreenArea &screen)
 {
-    const Edge edge = barEdge(screen).value_or(Edge::top);
+    const Qt::Edge edge = barEdge(screen).value_or(Qt::TopEdge);
     const QRect free = screen.available;
-    const QPoint end = edge == Edge::top    ? free.topRight()
-                       : edge == Edge::left ? free.bottomLeft()
-                                            : free.bottomRight();
+    const QPoint end = edge == Qt::TopEdge    ? free.topRight()
+                       : edge == Qt::LeftEdge ? free.bottomLeft()
+                                              : free.bottomRight();
     const QRect room = roomAt(edge, free);
     return positionInRoom(size, end, edge, screen, room);
 }
 
 } // namespace
+
+/// Only the nearest edge tells where a bar is that reserves no room. In a corner the bar counts as
+/// horizontal, as most are.
+std::optional<Qt::Edge> nearEdge(QPoint place, const QRect &screen)
+{
+    const int above = place.y() - screen.top();
+    const int below = screen.bottom() - place.y();
+    if (std::min(above, below) <= edgeStrip)
+        return above <= below ? Qt::TopEdge : Qt::BottomEdge;
+    if (place.x() - screen.left() <= edgeStrip)
+        return Qt::LeftEdge;
+    if (screen.right() - place.x() <= edgeStrip)
+        return Qt::RightEdge;
+    return std::nullopt;
+}
 
 std::optional<QPoint> itemAnchor(const ItemTraces &traces)
 {
@@ -236,7 +234,7 @@ QPoint popoverPosition(QSize size, std::optional<QPoint> anchor, const QList<Scr
     const auto itsEdge = edgeOf(*anchor, *screen);
     const auto bar = itsEdge ? itsEdge : barEdge(*screen);
     const bool isInUpperHalf = anchor->y() <= screen->whole.center().y();
-    const Edge edge = bar.value_or(isInUpperHalf ? Edge::top : Edge::bottom);
+    const Qt::Edge edge = bar.value_or(isInUpperHalf ? Qt::TopEdge : Qt::BottomEdge);
     const bool isAtBar = bar && !itsEdge;
     const QRect room = roomAt(edge, isAtBar ? free : freeBeyond(*anchor, edge, free));
     const QPoint position = positionInRoom(size, *anchor, edge, *screen, room);

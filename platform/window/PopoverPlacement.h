@@ -10,6 +10,9 @@
 namespace tidewick
 {
 
+/// Points between a popover and the bar or a side of the screen.
+inline constexpr int popoverGap = 6;
+
 /// A screen: all of it, and what the bars on it leave free, in points. Its pixels begin at the same
 /// numbers as its points.
 struct ScreenArea
@@ -39,11 +42,15 @@ struct ItemTraces
 /// from the place that the tray reports, the keyboard chose the item.
 std::optional<QPoint> itemAnchor(const ItemTraces &traces);
 
+/// The edge of the screen whose bar may hold an item at `place`; nothing in the middle of the
+/// screen.
+std::optional<Qt::Edge> nearEdge(QPoint place, const QRect &screen);
+
 /// The upper left corner of a popover of `size`. It is 6 points from the bar that holds the anchor,
 /// at whichever edge, at least as far from the sides beside it, and within the free area of that
-/// screen. If the anchor is in the middle of
-/// the screen, as in a popup of the bar, the popover is at the bar and beside the anchor, so that
-/// the pointer is not on it. Without an anchor it is at the end of the primary screen's bar.
+/// screen. If the anchor is in the middle of the screen, as in a popup of the bar, the popover is
+/// at the bar and beside the anchor, so that the pointer is not on it. Without an anchor it is at
+/// the end of the primary screen's bar.
 QPoint popoverPosition(QSize size, std::optional<QPoint> anchor, const QList<ScreenArea> &screens);
 
 } // namespace tidewick

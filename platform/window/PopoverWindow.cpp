@@ -1,18 +1,16 @@
 #include "platform/window/PopoverWindow.h"
 
-#include "platform/Logging.h"
-#include "platform/window/PopoverPlacement.h"
-#include "platform/window/TaskbarEntry.h"
+#include "platform/wayland/LayerShell.h"
+#include "platform/window/ScreenAreas.h"
+#include "platform/window/ToplevelSeat.h"
 
 #include <QCursor>
 #include <QGuiApplication>
 #include <QKeyEvent>
-#include <QMoveEvent>
 #include <QScreen>
 #include <QStyleHints>
 
 #include <algorithm>
-#include <cstdlib>
 #include <utility>
 
 namespace tidewick
@@ -27,12 +25,6 @@ constexpr int focusTimeoutMs = 150;
 /// A click on the item counts as the cause of a loss of focus for this long.
 constexpr qint64 sameClickMs = 400;
 
-/// A window manager moves a window for this long after it was shown, and the user does not.
-constexpr int mappingMs = 1000;
-
-/// A window manager that insists on its own place has its way.
-constexpr int mostCorrections = 5;
-
 /// The icon is in the tray by then. Loading the content earlier would keep it from there.
 constexpr int readyingMs = 300;
 
@@ -41,18 +33,6 @@ constexpr Qt::WindowFlags besideFlags =
 
 /// A press at most this many points from the place of the item counts as a press on it.
 constexpr int itemReach = 48;
-
-QList<ScreenArea> screenAreas()
-{
-    QList<ScreenArea> areas;
-    const QScreen *const primary = QGuiApplication::primaryScreen();
-    for (const QScreen *const screen : QGuiApplication::screens()) {
-        areas.append({screen->geometry(), screen->availableGeometry(), screen->devicePixelRatio()});
-        if (screen == primary)
-            areas.swapItemsAt(0, areas.size() - 1);
-    }
-    return areas;
-}
 
 /// Whether a bar may be at `point`.
 bool isOutsideFreeArea(QPoint point)
@@ -78,8 +58,11 @@ std::optional<QPoint> pointerPlace(const PointerButtons &buttons)
 
 } // namespace
 
-PopoverWindow::PopoverWindow(std::function<bool()> hasItem) : m_hasItem(std::move(hasItem))
+PopoverWindow::PopoverWindow(std::function<bool()> hasItem)
+    : m_hasItem(std::move(hasItem)), m_seat(layerSeat(*this))
 {
+    if (!m_seat)
+        m_seat = std::make_unique<ToplevelSeat>(*this);
     setTitle(QStringLiteral("Tidewick"));
     setFlags(besideFlags);
     m_readying.setSingleShot(true);
@@ -145,7 +128,7 @@ void PopoverWindow::show(const std::optional<ClickEvent> &event)
 
 void PopoverWindow::prepare(const std::optional<ClickEvent> &event)
 {
-    const bool isBeside = event || m_hasItem();
+    const bool isBeside = event || m_hasItem() || !m_seat->allowsFrame();
     setFlags(isBeside ? besideFlags
                       : Qt::Window | Qt::CustomizeWindowHint | Qt::WindowTitleHint |
                             Qt::WindowSystemMenuHint | Qt::WindowCloseButtonHint);
@@ -156,35 +139,10 @@ void PopoverWindow::prepare(const std::optional<ClickEvent> &event)
                                .told = event->position,
                                .last = m_anchor,
                                .isToldInPixels = event->isInPixels});
-    if (isBeside) {
-        hideFromTaskbars(*this);
-        place();
-    } else {
+    if (isBeside)
+        m_seat->place(m_anchor);
+    else
         setFramePosition(popoverPosition(size(), std::nullopt, screenAreas()));
-    }
-}
-
-/// Puts the frameless window beside the item.
-void PopoverWindow::place()
-{
-    m_place = popoverPosition(size(), m_anchor, screenAreas());
-    m_corrections = 0;
-    m_mappingEnd.setRemainingTime(mappingMs);
-    qCDebug(platformLog) << "panel at" << m_place << "beside" << m_anchor.value_or(QPoint());
-    setPosition(m_place);
-}
-
-/// Some window managers add a frame to a window while they map it, and push it off its place.
-void PopoverWindow::moveEvent(QMoveEvent *event)
-{
-    ViewWindow::moveEvent(event);
-    const QPoint offset = event->pos() - m_place;
-    const bool isOff = std::abs(offset.x()) > 1 || std::abs(offset.y()) > 1; // but for rounding
-    if (!isOff || !isVisible() || !isFrameless() || m_mappingEnd.hasExpired() ||
-        m_corrections == mostCorrections)
-        return;
-    ++m_corrections;
-    setPosition(m_place);
 }
 
 /// An open popover stays beside its item when a screen or a bar changes.
@@ -192,7 +150,7 @@ void PopoverWindow::watchScreen(const QScreen *screen)
 {
     const auto placeAgain = [this] {
         if (isVisible() && isFrameless())
-            place();
+            m_seat->place(m_anchor);
     };
     connect(screen, &QScreen::availableGeometryChanged, this, placeAgain, Qt::QueuedConnection);
     connect(screen, &QObject::destroyed, this, placeAgain, Qt::QueuedConnection);
@@ -201,7 +159,7 @@ void PopoverWindow::watchScreen(const QScreen *screen)
 void PopoverWindow::becomeKey()
 {
     if (isVisible())
-        requestActivate();
+        m_seat->takeKeyboard();
 }
 
 void PopoverWindow::keyPressEvent(QKeyEvent *event)

@@ -2,21 +2,22 @@
 
 #include "platform/Popover.h"
 #include "platform/window/PointerButtons.h"
+#include "platform/window/PopoverSeat.h"
 #include "platform/window/ViewWindow.h"
 
-#include <QDeadlineTimer>
 #include <QElapsedTimer>
 #include <QTimer>
 
 #include <functional>
+#include <memory>
 
 namespace tidewick
 {
 
 /// A frameless window above the others, beside the status item. Escape closes it. A transient one
 /// also closes on a press of any button outside this program's windows, and when another program
-/// takes the keyboard. If no item is visible, it is an ordinary window with a frame, and only the
-/// user closes it. Created once, then shown and hidden.
+/// takes the keyboard. If no item is visible, it is an ordinary window with a frame where the
+/// desktop allows that, and only the user closes it. Created once, then shown and hidden.
 class PopoverWindow : public ViewWindow, public Popover
 {
     Q_OBJECT
@@ -39,13 +40,11 @@ public:
 
 protected:
     void keyPressEvent(QKeyEvent *event) override;
-    void moveEvent(QMoveEvent *event) override;
 
 private:
     void load();
     void drawUnseen();
     void prepare(const std::optional<ClickEvent> &event);
-    void place();
     void watchScreen(const QScreen *screen);
     void closeOnPress();
     void watchFocus(const QWindow *focused);
@@ -55,15 +54,13 @@ private:
     bool hasJustClosed() const;
 
     std::function<bool()> m_hasItem;
+    std::unique_ptr<PopoverSeat> m_seat;
     QUrl m_view; // not loaded yet, or empty
     QVariantMap m_properties;
     QTimer m_readying; // runs until the popover is made ready
     std::optional<PopoverBehavior> m_behavior;
     PointerButtons m_buttons;
     std::optional<QPoint> m_anchor; // where the item was seen last
-    QPoint m_place;                 // where the frameless window was put
-    QDeadlineTimer m_mappingEnd;    // until then the window manager may have moved it
-    int m_corrections = 0;          // of its place since it was put there
     bool m_isPressOnItem = false;   // the last press closed the popover, maybe on the item
     QElapsedTimer m_sinceClosing;   // since that press
     QTimer m_focusTimeout;          // runs while the keyboard is elsewhere

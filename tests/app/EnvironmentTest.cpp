@@ -2,6 +2,7 @@
 
 #include "scan/ProcessToolRunner.h"
 #include "scan/ToolTable.h"
+#include "tests/support/TestText.h"
 
 #include <gtest/gtest.h>
 
@@ -34,6 +35,32 @@ namespace
 
 } // namespace
 
+struct PlatformRow
+{
+    const char *name;
+    DisplayServers servers;
+    const char *platforms;
+};
+
+class PlatformsFor : public testing::TestWithParam<PlatformRow>
+{
+};
+
+TEST_P(PlatformsFor, giveThePanelItsPlace)
+{
+    EXPECT_EQ(platformsFor(GetParam().servers), GetParam().platforms);
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Rows, PlatformsFor,
+    testing::Values(PlatformRow{"x11AloneIsTheToolkitsChoice", {true, false, false}, ""},
+                    PlatformRow{"waylandAloneIsTheToolkitsChoice", {false, true, false}, ""},
+                    PlatformRow{"neitherIsTheToolkitsChoice", {false, false, false}, ""},
+                    PlatformRow{"xwaylandWithoutLayers", {true, true, false}, "xcb;wayland"},
+                    PlatformRow{"layersBeforeXwayland", {true, true, true}, "wayland;xcb"},
+                    PlatformRow{"layersWithoutXwayland", {false, true, true}, "wayland"}),
+    rowName);
+
 TEST(Environment, columnsOfATerminalTruncateNoCommandLine)
 {
     const QString longArgument(300, QLatin1Char('a'));
@@ -54,6 +81,15 @@ TEST(Environment, columnsOfATerminalTruncateNoCommandLine)
     EXPECT_EQ(qgetenv("TIDEWICK_TEST"), "kept");
     process.closeWriteChannel();
     process.waitForFinished();
+}
+
+TEST(Environment, warningOfAStaleScaleIsTheOnlyMessageThatIsDropped)
+{
+    prepareEnvironment();
+    testing::internal::CaptureStderr();
+    qWarning("The cached device pixel ratio value was stale on window update.");
+    qWarning("another warning");
+    EXPECT_EQ(testing::internal::GetCapturedStderr(), "another warning\n");
 }
 
 TEST(Environment, lineThatNobodyReadsEndsNothing)

@@ -1,0 +1,20 @@
+#pragma once
+
+#include "platform/window/PopoverSeat.h"
+
+#include <memory>
+
+class QQuickWindow;
+
+namespace tidewick
+{
+
+/// Whether the session has a Wayland compositor that puts windows at the sides of a screen by the
+/// protocol zwlr_layer_shell_v1, and this build can ask for it. Needs no application object. Takes
+/// at most a second.
+bool isLayerShellOffered();
+
+/// A seat by that protocol for a window that the toolkit has not created yet; null without it.
+std::unique_ptr<PopoverSeat> layerSeat(QQuickWindow &window);
+
+} // namespace tidewick

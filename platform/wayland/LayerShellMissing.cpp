@@ -1,0 +1,18 @@
+#include "platform/wayland/LayerShell.h"
+
+// For a build without LayerShellQt.
+
+namespace tidewick
+{
+
+bool isLayerShellOffered()
+{
+    return false;
+}
+
+std::unique_ptr<PopoverSeat> layerSeat(QQuickWindow & /*window*/)
+{
+    return nullptr;
+}
+
+} // namespace tidewick

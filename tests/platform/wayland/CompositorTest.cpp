@@ -1,0 +1,111 @@
+#include "platform/wayland/Compositor.h"
+
+#include <gtest/gtest.h>
+
+#include <QByteArray>
+#include <QTemporaryDir>
+
+#include <atomic>
+#include <memory>
+#include <optional>
+#include <thread>
+
+#include <sys/socket.h>
+#include <sys/un.h>
+#include <unistd.h>
+#include <wayland-server.h>
+
+using namespace std::chrono_literals;
+using tidewick::compositorOffers;
+
+namespace
+{
+
+const wl_interface someGlobal{"tidewick_test_global", 1, 0, nullptr, 0, nullptr};
+
+/// A compositor in a thread of its own, which offers one interface.
+class TestCompositor
+{
+public:
+    explicit TestCompositor(const char *socket)
+        : m_display(wl_display_create(), &wl_display_destroy)
+    {
+        wl_global_create(m_display.get(), &someGlobal, 1, nullptr, [](auto...) {});
+        EXPECT_EQ(wl_display_add_socket(m_display.get(), socket), 0);
+        m_thread = std::thread([this] {
+            while (!m_isEnding) {
+                wl_event_loop_dispatch(wl_display_get_event_loop(m_display.get()), 10);
+                wl_display_flush_clients(m_display.get());
+            }
+        });
+    }
+    ~TestCompositor()
+    {
+        m_isEnding = true;
+        m_thread.join();
+        wl_display_destroy_clients(m_display.get());
+    }
+    Q_DISABLE_COPY_MOVE(TestCompositor)
+
+private:
+    std::unique_ptr<wl_display, decltype(&wl_display_destroy)> m_display;
+    std::atomic<bool> m_isEnding = false;
+    std::thread m_thread;
+};
+
+class CompositorTest : public testing::Test
+{
+protected:
+    CompositorTest()
+    {
+        qputenv("XDG_RUNTIME_DIR", m_directory.path().toLocal8Bit());
+        qputenv("WAYLAND_DISPLAY", socket);
+        qunsetenv("WAYLAND_SOCKET");
+    }
+    ~CompositorTest() override
+    {
+        qunsetenv("WAYLAND_DISPLAY");
+        qunsetenv("WAYLAND_SOCKET");
+    }
+
+    static constexpr const char *socket = "wayland-test";
+    QTemporaryDir m_directory;
+};
+
+} // namespace
+
+TEST_F(CompositorTest, offersWhatItTells)
+{
+    const TestCompositor compositor(socket);
+    EXPECT_TRUE(compositorOffers("tidewick_test_global", 5s));
+    EXPECT_FALSE(compositorOffers("tidewick_test", 5s));
+    EXPECT_FALSE(compositorOffers("zwlr_layer_shell_v1", 5s));
+}
+
+TEST_F(CompositorTest, offersNothingWhereThereIsNone)
+{
+    EXPECT_FALSE(compositorOffers("tidewick_test_global", 5s));
+}
+
+TEST_F(CompositorTest, connectionForTheToolkitIsLeftAlone)
+{
+    const TestCompositor compositor(socket);
+    qputenv("WAYLAND_SOCKET", "7");
+    EXPECT_FALSE(compositorOffers("tidewick_test_global", 5s));
+    EXPECT_EQ(qgetenv("WAYLAND_SOCKET"), "7");
+}
+
+TEST_F(CompositorTest, silentOneIsNotAwaitedForLong)
+{
+    const int listener = ::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0);
+    sockaddr_un address{.sun_family = AF_UNIX, .sun_path = {}};
+    const QByteArray path = m_directory.filePath(QLatin1String(socket)).toLocal8Bit();
+    ASSERT_LT(path.size(), qsizetype{sizeof(address.sun_path)});
+    std::copy(path.begin(), path.end(), std::begin(address.sun_path));
+    ASSERT_EQ(bind(listener, reinterpret_cast<const sockaddr *>(&address), sizeof(address)), 0);
+    ASSERT_EQ(listen(listener, 1), 0);
+    const auto start = std::chrono::steady_clock::now();
+    EXPECT_FALSE(compositorOffers("tidewick_test_global", 200ms));
+    EXPECT_GE(std::chrono::steady_clock::now() - start, 190ms);
+    close(listener);
+}
