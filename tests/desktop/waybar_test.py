@@ -1,6 +1,5 @@
 """The shell under Wayland without X11: sway and waybar, clicked with a pointer of the test's own."""
 
-import json
 import os
 import signal
 import subprocess
@@ -8,48 +7,31 @@ import time
 import unittest
 
 import desktop
-from wayland_pointer import VirtualPointer
+import sway
+from wayland_input import VirtualKeyboard, VirtualPointer
 
 WIDTH, HEIGHT = 1280, 800
 PID_FILE = os.path.join(os.environ["TIDEWICK_DESKTOP"], "waybar.pid")
 
 
-def pixels_above(height):
-    """The upper part of the screen, three bytes a pixel."""
-    picture = subprocess.run(["grim", "-t", "ppm", "-g", f"0,0 {WIDTH}x{height}", "-"],
-                             capture_output=True, check=True).stdout
-    return picture.split(b"\n255\n", 1)[1]
-
-
 def sees_menu():
     """Menus are white here, and nothing else is."""
-    return pixels_above(120).count(b"\xff\xff\xff") > 5000
+    return sway.pixels(f"0,0 {WIDTH}x120").count(b"\xff\xff\xff") > 5000
 
 
 def ink():
     """Where the program's colour stands in the bar."""
-    pixels = pixels_above(40)
-    return [(at // 3 % WIDTH, at // 3 // WIDTH) for at in range(0, len(pixels), 3)
-            if pixels[at:at + 3] == desktop.INK]
+    return sway.ink(0, 0, WIDTH, 40)
 
 
-def screenshot(name):
-    subprocess.run(["grim", os.path.join(desktop.SCREENSHOTS, name + ".png")], check=True)
-
-
-def windows(name):
-    """The compositor's windows of this name."""
-    tree = subprocess.run(["swaymsg", "-t", "get_tree"], capture_output=True, text=True,
-                          check=True).stdout
-    found = []
-
-    def search(node):
-        if node.get("app_id") and node["name"] == name:
-            found.append(node)
-        for child in node["nodes"] + node["floating_nodes"]:
-            search(child)
-    search(json.loads(tree))
-    return found
+def panel_sizes():
+    """The size of the panel: it is a window, or drawn on the layer shell. It is below the bar, and
+    the pointer with its picture is above."""
+    if not sway.has_layer_shell():
+        return [(window["rect"]["width"], window["rect"]["height"])
+                for window in sway.windows("Tidewick")]
+    drawn = sway.drawing(0, 60, WIDTH, HEIGHT - 60)
+    return [(drawn[2], drawn[1] + drawn[3] - 36)] if drawn else []
 
 
 class WaybarTest(unittest.TestCase):
@@ -57,6 +39,8 @@ class WaybarTest(unittest.TestCase):
 
     def setUp(self):
         os.makedirs(desktop.SCREENSHOTS, exist_ok=True)
+        self.keyboard = VirtualKeyboard()
+        self.addCleanup(self.keyboard.close)
         self.pointer = VirtualPointer(WIDTH, HEIGHT)
         self.addCleanup(self.pointer.close)
         self.pointer.move(200, 400)
@@ -71,26 +55,32 @@ class WaybarTest(unittest.TestCase):
 
     def open_panel(self):
         self.pointer.click(*self.icon)
-        return desktop.wait_until(lambda: windows("Tidewick"), 5, "the panel")[0]
+        return desktop.wait_until(panel_sizes, 5, "the panel")[0]
 
     def assert_stays_closed(self):
-        desktop.wait_until(lambda: not windows("Tidewick"), 5, "the end of the panel")
+        desktop.wait_until(lambda: not panel_sizes(), 5, "the end of the panel")
         time.sleep(0.6)
-        self.assertEqual(windows("Tidewick"), [])
+        self.assertEqual(panel_sizes(), [])
 
     def test_icon_and_number_are_seen(self):
         alone = ink()
         server = desktop.start_server()
         self.addCleanup(desktop.end, server)
         desktop.wait_until(lambda: ink() not in ([], alone), 12, "the number")
-        screenshot("host-waybar-number")
+        sway.screenshot("host-waybar-number")
 
-    def test_click_opens_the_panel_with_the_keyboard_and_another_closes_it(self):
+    def test_escape_closes_because_the_panel_has_the_keyboard(self):
+        self.open_panel()
+
+        def closes():
+            self.keyboard.press("Escape")
+            return not panel_sizes()
+        desktop.wait_until(closes, 5, "the keyboard")
+
+    def test_click_opens_the_panel_and_another_closes_it(self):
         for _ in range(2):
-            panel = self.open_panel()
-            self.assertEqual((panel["rect"]["width"], panel["rect"]["height"]), (480, 540))
-            desktop.wait_until(lambda: windows("Tidewick")[0]["focused"], 3, "the keyboard")
-            screenshot("host-waybar-open")
+            self.assertEqual(self.open_panel(), (480, 540))
+            sway.screenshot("host-waybar-open")
             self.pointer.click(*self.icon)
             self.assert_stays_closed()
 
@@ -110,12 +100,12 @@ class WaybarTest(unittest.TestCase):
             except AssertionError:
                 return False
         desktop.wait_until(is_open, 5, "the menu")
-        screenshot("host-waybar-menu")
+        sway.screenshot("host-waybar-menu")
         self.pointer.click(self.icon[0] - 60, entry)
 
     def test_menu_shows_settings(self):
         self.choose(57)
-        desktop.wait_until(lambda: windows("Tidewick Settings"), 5, "the settings")
+        desktop.wait_until(lambda: sway.windows("Tidewick Settings"), 5, "the settings")
 
     def test_menu_quits(self):
         self.choose(84)
@@ -124,7 +114,7 @@ class WaybarTest(unittest.TestCase):
     def test_second_start_opens_the_panel(self):
         for _ in range(2):
             desktop.start_again()
-            desktop.wait_until(lambda: windows("Tidewick"), 5, "the panel")
+            desktop.wait_until(panel_sizes, 5, "the panel")
 
     def test_icon_is_back_in_a_restarted_bar(self):
         self.program.may_print(desktop.NO_TRAY)
