@@ -5,6 +5,8 @@
 
 #include <QImage>
 
+#include <cmath>
+
 using namespace tidewick;
 
 class CardShadowAt : public testing::TestWithParam<double>
@@ -35,6 +37,20 @@ TEST_P(CardShadowAt, liesBelowTheCardAndFadesToNothing)
     EXPECT_LT(alpha(side / 2, below + 1), 64) << "a quarter of black at most";
     EXPECT_LE(alpha(side / 2, side - 0.6), 2);
     EXPECT_LE(alpha(0.1, 0.1), 1);
+}
+
+TEST_P(CardShadowAt, isAQuarterOfBlackBlurredByEightPointsAndFourPointsLower)
+{
+    // The blur of a straight edge; its deviation is half the radius.
+    const auto darkness = [](double distance) {
+        return 255 * 0.25 * std::erfc(distance / (8.0 / 2 * std::sqrt(2.0))) / 2;
+    };
+    const double bottom = side - card_shadow::reach;
+    const double top = card_shadow::reach;
+    for (const double distance : {0.5, 2.5, 4.5, 6.5, 8.5}) {
+        EXPECT_NEAR(alpha(side / 2, bottom + distance), darkness(distance - 4), 4) << distance;
+        EXPECT_NEAR(alpha(side / 2, top - distance), darkness(distance + 4), 4) << distance;
+    }
 }
 
 TEST_P(CardShadowAt, isTheSameOnTheLeftAndOnTheRight)
