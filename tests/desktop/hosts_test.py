@@ -103,11 +103,17 @@ class HostTest(unittest.TestCase):
 
     def test_icon_and_number_are_seen(self):
         alone = ink_in_bar()
-        server = desktop.start_server()
-        self.addCleanup(desktop.end, server)
-        desktop.wait_until(lambda: ink_in_bar() not in ([], alone), 12, "the number")
-        desktop.screenshot(f"host-{PANEL}-{EDGE}-{SCALE}-number")
-        desktop.end(server)
+        seen = [[], alone]
+        servers = []
+        for number in (1, 12):
+            while len(servers) < number:
+                servers.append(desktop.start_server())
+                self.addCleanup(desktop.end, servers[-1])
+            desktop.wait_until(lambda: ink_in_bar() not in seen, 12, f"the number {number}")
+            seen.append(desktop.wait_until_still(ink_in_bar, 12, "a picture that stays"))
+            desktop.screenshot(f"host-{PANEL}-{EDGE}-{SCALE}-number-{number}")
+        for server in servers:
+            desktop.end(server)
         desktop.wait_until(lambda: ink_in_bar() == alone, 12, "the icon alone again")
 
     @unittest.skipUnless(HAS_TOOL_TIP, "this bar shows no window as tooltip")
