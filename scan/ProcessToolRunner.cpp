@@ -5,9 +5,12 @@
 #include <QElapsedTimer>
 #include <QProcess>
 
+#include <array>
 #include <cerrno>
 #include <csignal>
 #include <cstdlib>
+#include <fcntl.h>
+#include <poll.h>
 #include <sys/prctl.h>
 #include <sys/syscall.h>
 #include <unistd.h>
@@ -21,41 +24,73 @@ namespace
 /// A tool that takes longer is named in the log, and each one that fails.
 constexpr qint64 slowMs = 200;
 
+class FileDescriptor
+{
+public:
+    explicit FileDescriptor(int value = -1) : m_value(value) {}
+    ~FileDescriptor() { reset(); }
+    Q_DISABLE_COPY_MOVE(FileDescriptor)
+
+    int value() const { return m_value; }
+    bool isOpen() const { return m_value >= 0; }
+    void reset(int value = -1)
+    {
+        if (isOpen())
+            close(m_value);
+        m_value = value;
+    }
+
+private:
+    int m_value;
+};
+
 /// A handle of a running child (pidfd_open(2)). A kill through it never hits a reused pid, however
-/// late it comes.
-class ChildHandle
+/// late it comes. It is readable once the child has ended.
+class ChildHandle : public FileDescriptor
 {
 public:
     explicit ChildHandle(qint64 pid)
-        : m_descriptor(static_cast<int>(syscall(SYS_pidfd_open, static_cast<pid_t>(pid), 0)))
+        : FileDescriptor(static_cast<int>(syscall(SYS_pidfd_open, static_cast<pid_t>(pid), 0)))
     {
     }
-    ~ChildHandle()
-    {
-        if (m_descriptor >= 0)
-            close(m_descriptor);
-    }
-    Q_DISABLE_COPY_MOVE(ChildHandle)
 
-    bool isValid() const { return m_descriptor >= 0; }
-    void kill() const { syscall(SYS_pidfd_send_signal, m_descriptor, SIGKILL, nullptr, 0U); }
-
-private:
-    int m_descriptor;
+    void kill() const { syscall(SYS_pidfd_send_signal, value(), SIGKILL, nullptr, 0U); }
 };
 
-/// Reads standard output until the child has ended. A child that prints more than `outputLimit` is
+/// Adds what the pipe holds now. False at its end.
+bool readAvailable(int pipe, QByteArray &output)
+{
+    std::array<char, 65536> buffer;
+    ssize_t count = 0;
+    while (output.size() <= ProcessToolRunner::outputLimit &&
+           (count = read(pipe, buffer.data(), buffer.size())) > 0)
+        output.append(buffer.data(), count);
+    return count != 0;
+}
+
+/// Reads standard output until the child has ended, and then what it has left in the pipe. Programs
+/// that hold the pipe beyond that are not awaited. A child that prints more than `outputLimit` is
 /// killed.
-QByteArray readToTheEnd(QProcess &child, const ChildHandle &handle)
+///
+/// QProcess would read it too, but its waitForReadyRead() loses the output of a child that prints
+/// and ends while poll(2) is between the pipe and the child (Qt 6.4).
+QByteArray readToTheEnd(FileDescriptor &pipe, const ChildHandle &child)
 {
     QByteArray output;
-    while (child.waitForReadyRead(-1)) {
-        output += child.readAllStandardOutput();
-        if (output.size() > ProcessToolRunner::outputLimit)
-            handle.kill();
+    bool hasEnded = false;
+    while (!hasEnded && (pipe.isOpen() || child.isOpen())) {
+        std::array<pollfd, 2> waiting{{{pipe.value(), POLLIN, 0}, {child.value(), POLLIN, 0}}};
+        if (poll(waiting.data(), waiting.size(), -1) < 0)
+            continue;
+        hasEnded = waiting[1].revents != 0; // the child can print no more after this
+        if (pipe.isOpen() && !readAvailable(pipe.value(), output))
+            pipe.reset();
+        if (output.size() > ProcessToolRunner::outputLimit) {
+            child.kill();
+            pipe.reset();
+        }
     }
-    child.waitForFinished(-1);
-    return output + child.readAllStandardOutput();
+    return output;
 }
 
 } // namespace
@@ -65,28 +100,37 @@ ToolResult ProcessToolRunner::run(const QString &program, const QStringList &arg
 {
     QElapsedTimer duration;
     duration.start();
+    std::array<int, 2> ends{};
+    if (pipe2(ends.data(), O_CLOEXEC) != 0)
+        throw ToolStartError(program + QStringLiteral(": ") + qt_error_string(errno));
+    FileDescriptor reading(ends[0]);
+    FileDescriptor writing(ends[1]);
+    fcntl(reading.value(), F_SETFL, O_NONBLOCK);
     QProcess child;
     child.setStandardInputFile(QProcess::nullDevice());
-    child.setChildProcessModifier([parent = getpid()] {
+    child.setStandardErrorFile(QProcess::nullDevice());
+    child.setProcessChannelMode(QProcess::ForwardedOutputChannel);
+    child.setChildProcessModifier([parent = getpid(), output = writing.value()] {
         prctl(PR_SET_PDEATHSIG, SIGKILL);
-        if (getppid() != parent)
+        if (getppid() != parent || dup2(output, STDOUT_FILENO) < 0)
             _exit(EXIT_FAILURE);
     });
     child.start(program, arguments, QIODevice::ReadOnly);
     if (!child.waitForStarted(-1))
         throw ToolStartError(program + QStringLiteral(": ") + child.errorString());
 
-    child.closeReadChannel(QProcess::StandardError); // what follows is discarded
+    writing.reset();
     const ChildHandle handle(child.processId());
-    const int reason = handle.isValid() ? 0 : errno;
+    const int reason = handle.isOpen() ? 0 : errno;
     // If Qt has already reaped a quick child, there is nothing left to kill.
-    if (!handle.isValid() && reason != ESRCH) {
+    if (!handle.isOpen() && reason != ESRCH) {
         child.kill();
         child.waitForFinished(-1);
         throw ToolStartError(program + QStringLiteral(": ") + qt_error_string(reason));
     }
     const std::stop_callback killWhenStopped(stop, [&handle] { handle.kill(); });
-    const QByteArray output = readToTheEnd(child, handle);
+    const QByteArray output = readToTheEnd(reading, handle);
+    child.waitForFinished(-1);
     const bool exited = child.exitStatus() == QProcess::NormalExit;
     const bool isTruncated = output.size() > outputLimit;
     const int status = exited ? child.exitCode() : -1;
