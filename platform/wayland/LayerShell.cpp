@@ -11,15 +11,29 @@ using namespace std::chrono_literals;
 namespace tidewick
 {
 
+namespace
+{
+
+bool isWayland()
+{
+    return QGuiApplication::platformName().startsWith(QLatin1String("wayland"));
+}
+
+} // namespace
+
 bool isLayerShellOffered()
 {
     return compositorOffers("zwlr_layer_shell_v1", 1s);
 }
 
+QHash<QString, QSize> layerScreenPixels()
+{
+    return isWayland() ? outputPixels(1s) : QHash<QString, QSize>();
+}
+
 std::unique_ptr<PopoverSeat> layerSeat(QQuickWindow &window)
 {
-    const bool isWayland = QGuiApplication::platformName().startsWith(QLatin1String("wayland"));
-    return isWayland && isLayerShellOffered() ? std::make_unique<LayerSeat>(window) : nullptr;
+    return isWayland() && isLayerShellOffered() ? std::make_unique<LayerSeat>(window) : nullptr;
 }
 
 } // namespace tidewick

@@ -2,6 +2,10 @@
 
 #include "platform/window/PopoverSeat.h"
 
+#include <QHash>
+#include <QSize>
+#include <QString>
+
 #include <memory>
 
 class QQuickWindow;
@@ -13,6 +17,10 @@ namespace tidewick
 /// protocol zwlr_layer_shell_v1, and this build can ask for it. Needs no application object. Takes
 /// at most a second.
 bool isLayerShellOffered();
+
+/// The pixels of each screen by its name, if the toolkit's screens are on such a compositor: there
+/// the toolkit itself knows whole scales only.
+QHash<QString, QSize> layerScreenPixels();
 
 /// A seat by that protocol for a window that the toolkit has not created yet; null without it.
 std::unique_ptr<PopoverSeat> layerSeat(QQuickWindow &window);

@@ -10,6 +10,11 @@ bool isLayerShellOffered()
     return false;
 }
 
+QHash<QString, QSize> layerScreenPixels()
+{
+    return {};
+}
+
 std::unique_ptr<PopoverSeat> layerSeat(QQuickWindow & /*window*/)
 {
     return nullptr;

@@ -1,5 +1,7 @@
 #include "platform/window/ScreenAreas.h"
 
+#include "platform/wayland/LayerShell.h"
+
 #include <QGuiApplication>
 #include <QScreen>
 
@@ -17,9 +19,14 @@ QList<QScreen *> screensInOrder()
 
 QList<ScreenArea> screenAreas()
 {
+    const auto pixels = layerScreenPixels();
     QList<ScreenArea> areas;
-    for (const QScreen *const screen : screensInOrder())
-        areas.append({screen->geometry(), screen->availableGeometry(), screen->devicePixelRatio()});
+    for (const QScreen *const screen : screensInOrder()) {
+        const QSize size = pixels.value(screen->name());
+        const qreal scale = size.isEmpty() ? screen->devicePixelRatio()
+                                           : qreal(size.width()) / screen->geometry().width();
+        areas.append({screen->geometry(), screen->availableGeometry(), scale});
+    }
     return areas;
 }
 

@@ -107,6 +107,15 @@ class LayerShellTest(Case):
             self.assertTrue(left + GAP <= x <= left + WIDTH - GAP - PANEL[0], x)
             desktop.wait_until(self.closes_on_escape, 5, "the keyboard")
 
+    def test_place_in_pixels_is_understood_at_a_fractional_scale(self):
+        item = desktop.StatusItem()
+        below = "20" if EDGE == "top" else "1180"
+        desktop.call(item.name, item.path, "org.kde.StatusNotifierItem.Activate",
+                     str(WIDTH + 1900), below)
+        x, y, *_ = desktop.wait_until_still(lambda: panel(WIDTH), 5, "the panel")
+        self.assertEqual(x, 2 * WIDTH - GAP - PANEL[0])
+        self.assertEqual(y, BAR + GAP if EDGE == "top" else HEIGHT - BAR - GAP - PANEL[1])
+
     def test_panel_is_an_ordinary_window_nowhere(self):
         self.open_panel()
         self.assertEqual(sway.windows("Tidewick"), [])

@@ -17,13 +17,26 @@
 
 using namespace std::chrono_literals;
 using tidewick::compositorOffers;
+using tidewick::outputPixels;
 
 namespace
 {
 
 const wl_interface someGlobal{"tidewick_test_global", 1, 0, nullptr, 0, nullptr};
 
-/// A compositor in a thread of its own, which offers one interface.
+/// An output of 1920x1200 pixels that stands upright.
+void tellOfOutput(wl_client *client, void * /*data*/, uint32_t version, uint32_t number)
+{
+    wl_resource *const output =
+        wl_resource_create(client, &wl_output_interface, static_cast<int>(version), number);
+    wl_output_send_geometry(output, 0, 0, 0, 0, 0, "", "", WL_OUTPUT_TRANSFORM_90);
+    wl_output_send_mode(output, 0, 640, 480, 0);
+    wl_output_send_mode(output, WL_OUTPUT_MODE_CURRENT, 1920, 1200, 0);
+    wl_output_send_name(output, "upright");
+    wl_output_send_done(output);
+}
+
+/// A compositor in a thread of its own, which offers one interface beside an output.
 class TestCompositor
 {
 public:
@@ -31,6 +44,7 @@ public:
         : m_display(wl_display_create(), &wl_display_destroy)
     {
         wl_global_create(m_display.get(), &someGlobal, 1, nullptr, [](auto...) {});
+        wl_global_create(m_display.get(), &wl_output_interface, 4, nullptr, tellOfOutput);
         EXPECT_EQ(wl_display_add_socket(m_display.get(), socket), 0);
         m_thread = std::thread([this] {
             while (!m_isEnding) {
@@ -82,9 +96,17 @@ TEST_F(CompositorTest, offersWhatItTells)
     EXPECT_FALSE(compositorOffers("zwlr_layer_shell_v1", 5s));
 }
 
+TEST_F(CompositorTest, tellsThePixelsOfItsOutputsAsTheyStand)
+{
+    const TestCompositor compositor(socket);
+    const QHash<QString, QSize> expected{{QStringLiteral("upright"), QSize(1200, 1920)}};
+    EXPECT_EQ(outputPixels(5s), expected);
+}
+
 TEST_F(CompositorTest, offersNothingWhereThereIsNone)
 {
     EXPECT_FALSE(compositorOffers("tidewick_test_global", 5s));
+    EXPECT_TRUE(outputPixels(5s).isEmpty());
 }
 
 TEST_F(CompositorTest, connectionForTheToolkitIsLeftAlone)
