@@ -72,6 +72,8 @@ QList<pid_t> BrokenTools::hangingTools(int count) const
 
 QList<pid_t> BrokenTools::hang(int scans, Task task)
 {
+    // The thread of a scan that has ended is free a moment later.
+    EXPECT_TRUE(waitUntil([this] { return workers.scans.activeThreadCount() == 0; }));
     letHang(task);
     for (int i = 0; i < scans; ++i)
         store->refreshPorts();
