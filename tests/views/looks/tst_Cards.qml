@@ -1,0 +1,50 @@
+import QtQuick
+import QtTest
+import Tidewick
+
+// How a card is laid out and how it changes, read from its live items.
+LooksCase {
+    id: test
+
+    name: "Cards"
+
+    // From the bottom of `upper` to the top of `lower`.
+    function below(upper, lower) {
+        return lower.mapToItem(view, 0, 0).y - upper.mapToItem(view, 0, upper.height).y;
+    }
+
+    function toggle(port) {
+        findChild(view, "cards").toggleExpand(port);
+    }
+
+    function isOpen(row) {
+        const details = find(row, "details");
+        return details.opacity === 1 && details.height === details.children[0].height;
+    }
+
+    // Each place that the details take in the card during `change`, from the first to the last.
+    function placesDuring(change, isDone) {
+        const details = find(0, "details").children[0];
+        const places = [];
+        const note = () => places.push(details.y);
+        details.yChanged.connect(note);
+        change();
+        tryVerify(isDone);
+        details.yChanged.disconnect(note);
+        return places;
+    }
+
+    // Their top is above that of their place, which hides it, by what is still to come.
+    function test_detailsMoveInFromTheTopAndBack() {
+        show([shop]);
+        const height = find(0, "details").children[0].height;
+        const hidden = place => place < -1 && place > -height;
+        const opening = placesDuring(() => toggle("3000"), () => isOpen(0));
+        verify(opening.some(hidden), "moves in: " + opening);
+        compare(opening[opening.length - 1], 0);
+        verify(find(0, "details").clip);
+        const closing = placesDuring(() => toggle("3000"), () => find(0, "details").height === 0);
+        verify(closing.some(hidden), "moves back: " + closing);
+        compare(closing[closing.length - 1], -height);
+    }
+}
