@@ -47,4 +47,16 @@ LooksCase {
         verify(closing.some(hidden), "moves back: " + closing);
         compare(closing[closing.length - 1], -height);
     }
+
+    function test_detailsStandTenPointsApart() {
+        show([shop]);
+        toggle("3000");
+        tryVerify(() => isOpen(0));
+        const values = find(0, "PID").parent.parent;
+        const folder = find(0, "reveal").parent;
+        check([
+            ["from the separator to the values", below(find(0, "separator"), values), 10],
+            ["from the values to the folder", below(values, folder), 10]
+        ]);
+    }
 }
