@@ -322,27 +322,76 @@ LooksCase {
         tryVerify(() => isSame(surface.color, white(0)), 1000);
     }
 
-    // The colour of what answers to the pointer.
-    function test_controlsAnswerAHover() {
-        show([shop]);
-        findChild(view, "cards").toggleExpand("3000");
-        card(0).ask();
-        settle();
-        const answers = {
-            quit: () => text(view, "Quit").color,
-            refresh: () => symbol(view, "arrow.clockwise").color,
-            cancel: () => find(0, "cancel").contentItem.color,
-            confirm: () => find(0, "confirm").background.color,
-            reveal: () => find(0, "directory").color,
-            expand: () => symbol(card(0), "chevron.up").color
+    // What each control changes under the pointer: before and after.
+    function hoverAnswers() {
+        const lighter = (color, opacity) => at(Qt.lighter(color, 1.1), opacity);
+        return {
+            quit: [() => text(view, "Quit").color, white(0.7), white(0.9)],
+            refresh: [() => symbol(view, "arrow.clockwise").color, white(0.7), white(0.9)],
+            open: [() => find(0, "open").background.color, blue, lighter(blue, 1)],
+            expand: [() => find(0, "expand").contentItem.color, white(0.5), white(0.8)],
+            stop: [() => find(0, "stop").contentItem.color, white(0.5), white(0.8)],
+            reveal: [() => find(0, "directory").color, at(blue, 0.9), blue],
+            cancel: [() => find(0, "cancel").contentItem.color, at(red, 0.7), at(red, 0.9)],
+            confirm: [() => find(0, "confirm").background.color, at(red, 0.9), lighter(red, 0.9)]
         };
-        for (const name in answers) {
-            const before = String(answers[name]());
-            const button = findChild(view, name);
-            mouseMove(button, button.width / 2, button.height / 2);
-            tryVerify(() => String(answers[name]()) !== before, 1000, name);
-            compare(machine.pointerShape(view), name === "reveal" ? Qt.PointingHandCursor : Qt.ArrowCursor, name);
+    }
+
+    function test_controlsAnswerAHover_data() {
+        return controls;
+    }
+
+    function test_controlsAnswerAHover(row) {
+        const button = showControl(row);
+        const [color, before, after] = hoverAnswers()[row.tag];
+        check([["at rest", color(), before]]);
+        mouseMove(button, button.width / 2, button.height / 2);
+        tryVerify(() => isSame(color(), after), 1000, "becomes " + after);
+        compare(machine.pointerShape(view), row.tag === "reveal" ? Qt.PointingHandCursor : Qt.ArrowCursor);
+        mouseMove(view, 240, 20);
+        tryVerify(() => isSame(color(), before), 1000, "goes back to " + before);
+    }
+
+    function test_controlsAnswerAPress_data() {
+        return controls;
+    }
+
+    // The pointer leaves before the button is released, so that nothing is done.
+    function test_controlsAnswerAPress(row) {
+        const button = showControl(row);
+        compare(button.opacity, 1);
+        mousePress(button, button.width / 2, button.height / 2);
+        compare(button.opacity, 0.7);
+        mouseMove(view, 240, 20);
+        compare(button.opacity, 1);
+        mouseRelease(view, 240, 20);
+        compare(machine.log, []);
+    }
+
+    // All that can be pressed, and when it is there.
+    readonly property var controls: [
+        { tag: "quit", when: "always" },
+        { tag: "refresh", when: "always" },
+        { tag: "open", when: "always" },
+        { tag: "expand", when: "always" },
+        { tag: "stop", when: "always" },
+        { tag: "reveal", when: "expanded" },
+        { tag: "cancel", when: "asked" },
+        { tag: "confirm", when: "asked" }
+    ]
+
+    function showControl(row) {
+        show([shop]);
+        if (row.when === "expanded") {
+            findChild(view, "cards").toggleExpand("3000");
+        } else if (row.when === "asked") {
+            card(0).ask();
+            find(0, "withdrawal").stop();
         }
+        const button = findChild(view, row.tag);
+        tryVerify(() => button.visible && button.enabled);
+        settle();
+        return button;
     }
 
     function test_movements() {
