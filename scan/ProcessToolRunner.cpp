@@ -3,6 +3,7 @@
 #include "scan/Logging.h"
 
 #include <QElapsedTimer>
+#include <QFile>
 #include <QProcess>
 
 #include <array>
@@ -12,6 +13,7 @@
 #include <fcntl.h>
 #include <poll.h>
 #include <sys/prctl.h>
+#include <sys/stat.h>
 #include <sys/syscall.h>
 #include <unistd.h>
 #include <utility>
@@ -21,8 +23,19 @@ namespace tidewick
 namespace
 {
 
-/// A tool that takes longer is named in the log, and each one that fails.
+/// Tools that take longer, and those that fail, are named in the log.
 constexpr qint64 slowMs = 200;
+
+/// Why the program cannot be started, or 0. QProcess would find that too, and lose a descriptor
+/// each time (Qt 6.4): a tool that is missing is asked for in each scan.
+int startError(const QString &program)
+{
+    const QByteArray path = QFile::encodeName(program);
+    struct stat file = {};
+    if (stat(path.constData(), &file) != 0 || access(path.constData(), X_OK) != 0)
+        return errno;
+    return S_ISREG(file.st_mode) ? 0 : EACCES;
+}
 
 class FileDescriptor
 {
@@ -77,12 +90,12 @@ bool readAvailable(int pipe, QByteArray &output)
 QByteArray readToTheEnd(FileDescriptor &pipe, const ChildHandle &child)
 {
     QByteArray output;
-    bool hasEnded = false;
-    while (!hasEnded && (pipe.isOpen() || child.isOpen())) {
+    for (bool hasEnded = false; !hasEnded;) {
         std::array<pollfd, 2> waiting{{{pipe.value(), POLLIN, 0}, {child.value(), POLLIN, 0}}};
-        if (poll(waiting.data(), waiting.size(), -1) < 0)
+        if (child.isOpen() && poll(waiting.data(), waiting.size(), -1) < 0)
             continue;
-        hasEnded = waiting[1].revents != 0; // the child can print no more after this
+        // The child prints nothing after this. One without a handle has ended long ago.
+        hasEnded = !child.isOpen() || waiting[1].revents != 0;
         if (pipe.isOpen() && !readAvailable(pipe.value(), output))
             pipe.reset();
         if (output.size() > ProcessToolRunner::outputLimit) {
@@ -100,6 +113,8 @@ ToolResult ProcessToolRunner::run(const QString &program, const QStringList &arg
 {
     QElapsedTimer duration;
     duration.start();
+    if (const int error = startError(program); error != 0)
+        throw ToolStartError(program + QStringLiteral(": ") + qt_error_string(error));
     std::array<int, 2> ends{};
     if (pipe2(ends.data(), O_CLOEXEC) != 0)
         throw ToolStartError(program + QStringLiteral(": ") + qt_error_string(errno));
