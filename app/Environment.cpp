@@ -5,6 +5,8 @@
 #include <QLoggingCategory>
 
 #include <csignal>
+#include <fcntl.h>
+#include <unistd.h>
 
 namespace tidewick
 {
@@ -47,7 +49,7 @@ void handleMessage(QtMsgType type, const QMessageLogContext &context, const QStr
 
 /// Newer toolkits warn if the desktop has no portal, if there is no session bus, and if a screen
 /// reader calls what they do not know. None of it concerns the user: the program says what is
-/// missing. QT_LOGGING_RULES brings the warnings back.
+/// missing. QT_LOGGING_RULES brings the warnings with a category back.
 void silenceTheToolkit()
 {
     QLoggingCategory::setFilterRules(QStringLiteral("qt.qpa.services.warning=false\n"
@@ -62,6 +64,16 @@ void silenceTheToolkit()
 void forgetTheTerminal()
 {
     qunsetenv("COLUMNS");
+}
+
+/// If the program was started without standard descriptors, the next files and sockets would take
+/// their numbers, and receive what is printed.
+void openStandardDescriptors()
+{
+    int descriptor = 0;
+    while (descriptor >= 0 && descriptor <= STDERR_FILENO)
+        descriptor = open("/dev/null", O_RDWR);
+    close(descriptor);
 }
 
 /// A line that nobody reads any more ends nothing. Unlike an ignored signal, a handler does not
@@ -86,6 +98,7 @@ QByteArray platformsFor(const DisplayServers &servers)
 
 void prepareEnvironment()
 {
+    openStandardDescriptors();
     surviveBrokenPipes();
     forgetTheTerminal();
     choosePlatform();

@@ -12,6 +12,7 @@
 #include <csignal>
 #include <cstdio>
 #include <cstdlib>
+#include <fcntl.h>
 #include <unistd.h>
 
 using namespace tidewick;
@@ -95,6 +96,20 @@ TEST(Environment, warningOfAStaleScaleIsTheOnlyMessageThatIsDropped)
 TEST(Environment, lineThatNobodyReadsEndsNothing)
 {
     EXPECT_EXIT((prepareEnvironment(), printIntoABrokenPipe()), testing::ExitedWithCode(0), "");
+}
+
+TEST(Environment, closedStandardDescriptorsAreOpened)
+{
+    const auto opensThem = [] {
+        for (int descriptor = 0; descriptor <= STDERR_FILENO; ++descriptor)
+            close(descriptor);
+        prepareEnvironment();
+        const bool isRight = fcntl(STDIN_FILENO, F_GETFD) >= 0 &&
+                             fcntl(STDOUT_FILENO, F_GETFD) >= 0 &&
+                             fcntl(STDERR_FILENO, F_GETFD) >= 0;
+        _exit(isRight ? EXIT_SUCCESS : EXIT_FAILURE);
+    };
+    EXPECT_EXIT(opensThem(), testing::ExitedWithCode(EXIT_SUCCESS), "");
 }
 
 TEST(Environment, toolsEndWithTheirPipesAsEver)
