@@ -5,7 +5,10 @@
 #include "platform/window/ScreenAreas.h"
 
 #include <QEvent>
+#include <QGuiApplication>
 #include <QQuickWindow>
+
+#include <utility>
 
 namespace tidewick
 {
@@ -34,7 +37,8 @@ Layer::Anchors anchorsAt(Qt::Edges sides)
 
 } // namespace
 
-LayerSeat::LayerSeat(QQuickWindow &window) : m_window(window), m_layer(Layer::get(&window))
+LayerSeat::LayerSeat(QQuickWindow &window, std::function<void()> lost)
+    : m_window(window), m_lost(std::move(lost)), m_layer(Layer::get(&window))
 {
     m_layer->setLayer(Layer::LayerTop);
     m_layer->setScope(QStringLiteral("tidewick"));
@@ -81,16 +85,21 @@ void LayerSeat::watchKeyboard(bool isVisible)
 {
     m_closing.stop();
     m_hasPointer = false;
-    if (isVisible)
-        m_keyboard.emplace([this] { m_closing.start(); });
-    else
-        m_keyboard.reset();
+    m_keyboard.reset();
+    if (!isVisible)
+        return;
+    // It may come from another window of ours, which then loses it.
+    const bool isElsewhere = QGuiApplication::focusWindow() != nullptr;
+    m_keyboard.emplace([this, isOthers = isElsewhere]() mutable {
+        if (!std::exchange(isOthers, false))
+            m_closing.start();
+    });
 }
 
 void LayerSeat::closeWithoutPointer()
 {
     if (!m_hasPointer)
-        m_window.hide();
+        m_lost();
 }
 
 } // namespace tidewick

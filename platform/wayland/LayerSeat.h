@@ -7,6 +7,8 @@
 #include <QObject>
 #include <QTimer>
 
+#include <functional>
+
 class QQuickWindow;
 
 namespace tidewick
@@ -25,7 +27,8 @@ class LayerSeat : public QObject, public PopoverSeat
     Q_OBJECT
 
 public:
-    explicit LayerSeat(QQuickWindow &window);
+    /// Calls `lost` where sway has taken the keyboard for good.
+    LayerSeat(QQuickWindow &window, std::function<void()> lost);
 
     void place(std::optional<QPoint> anchor) override;
     void takeKeyboard() override;
@@ -39,6 +42,7 @@ private:
     void closeWithoutPointer();
 
     QQuickWindow &m_window;
+    std::function<void()> m_lost;
     LayerShellQt::Window *m_layer;
     std::optional<KeyboardWatch> m_keyboard; // while the window is shown, under sway
     QTimer m_closing;                        // runs after the keyboard was taken

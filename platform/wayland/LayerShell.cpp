@@ -6,6 +6,8 @@
 #include <QGuiApplication>
 #include <QQuickWindow>
 
+#include <utility>
+
 using namespace std::chrono_literals;
 
 namespace tidewick
@@ -13,6 +15,8 @@ namespace tidewick
 
 namespace
 {
+
+constexpr auto layerShell = "zwlr_layer_shell_v1";
 
 bool isWayland()
 {
@@ -23,7 +27,7 @@ bool isWayland()
 
 bool isLayerShellOffered()
 {
-    return compositorOffers("zwlr_layer_shell_v1", 1s);
+    return compositorOffers(layerShell, 1s);
 }
 
 QHash<QString, QSize> layerScreenPixels()
@@ -31,9 +35,12 @@ QHash<QString, QSize> layerScreenPixels()
     return isWayland() ? outputPixels(1s) : QHash<QString, QSize>();
 }
 
-std::unique_ptr<PopoverSeat> layerSeat(QQuickWindow &window)
+std::unique_ptr<PopoverSeat> layerSeat(QQuickWindow &window, std::function<void()> lost)
 {
-    return isWayland() && isLayerShellOffered() ? std::make_unique<LayerSeat>(window) : nullptr;
+    // The toolkit is connected to the compositor already, which may be busy in a session's start.
+    return isWayland() && compositorOffers(layerShell, 20s)
+               ? std::make_unique<LayerSeat>(window, std::move(lost))
+               : nullptr;
 }
 
 } // namespace tidewick

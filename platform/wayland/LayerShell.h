@@ -6,6 +6,7 @@
 #include <QSize>
 #include <QString>
 
+#include <functional>
 #include <memory>
 
 class QQuickWindow;
@@ -23,6 +24,7 @@ bool isLayerShellOffered();
 QHash<QString, QSize> layerScreenPixels();
 
 /// A seat by that protocol for a window that the toolkit has not created yet; null without it.
-std::unique_ptr<PopoverSeat> layerSeat(QQuickWindow &window);
+/// Calls `lost` where the compositor has taken the keyboard and the toolkit does not notice.
+std::unique_ptr<PopoverSeat> layerSeat(QQuickWindow &window, std::function<void()> lost);
 
 } // namespace tidewick

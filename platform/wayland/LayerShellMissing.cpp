@@ -15,7 +15,7 @@ QHash<QString, QSize> layerScreenPixels()
     return {};
 }
 
-std::unique_ptr<PopoverSeat> layerSeat(QQuickWindow & /*window*/)
+std::unique_ptr<PopoverSeat> layerSeat(QQuickWindow & /*window*/, std::function<void()> /*lost*/)
 {
     return nullptr;
 }

@@ -59,7 +59,7 @@ std::optional<QPoint> pointerPlace(const PointerButtons &buttons)
 } // namespace
 
 PopoverWindow::PopoverWindow(std::function<bool()> hasItem)
-    : m_hasItem(std::move(hasItem)), m_seat(layerSeat(*this))
+    : m_hasItem(std::move(hasItem)), m_seat(layerSeat(*this, [this] { closeWithoutKeyboard(); }))
 {
     if (!m_seat)
         m_seat = std::make_unique<ToplevelSeat>(*this);
@@ -210,6 +210,11 @@ void PopoverWindow::closeWithoutFocus()
     if (std::exchange(m_pointer, pointer) != pointer)
         return;
     m_focusTimeout.stop();
+    closeWithoutKeyboard();
+}
+
+void PopoverWindow::closeWithoutKeyboard()
+{
     if (!isTransient())
         return;
     hide();

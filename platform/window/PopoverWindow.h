@@ -49,6 +49,7 @@ private:
     void closeOnPress();
     void watchFocus(const QWindow *focused);
     void closeWithoutFocus();
+    void closeWithoutKeyboard();
     bool isTransient() const;
     bool isFrameless() const;
     bool hasJustClosed() const;
