@@ -6,8 +6,8 @@
 #include <random>
 
 /// Random bytes seldom make a row of a table, and a parser that sees no row shows little. A program
-/// with a grammar says what a valid input looks like; half of its inputs then begin with one, and
-/// the others are mutations as usual. Grammar.cpp holds the mutator.
+/// with a grammar says what a valid input looks like; about half of its inputs are then made of
+/// one, and the others are mutations as usual. Grammar.cpp holds the mutator.
 
 using Random = std::minstd_rand; // of 31 bits, the same with each library
 
