@@ -378,18 +378,22 @@ TestCase {
         tryCompare(machine.panel, "killingPid", "");
     }
 
+    // The shortest of three is taken, because a busy machine may be late.
     function test_cardOfAKilledProcessShowsProgressAMomentLonger() {
         show([shop]);
         let ended = 0;
-        const note = () => ended = Date.now();
-        machine.logChanged.connect(note);
-        press(0, "stop");
-        press(0, "confirm");
-        tryCompare(machine, "log", ["kill 812"]);
-        tryCompare(machine.panel, "killingPid", "");
-        const later = Date.now() - ended;
-        verify(later > 150 && later < 1000, "after " + later + " ms");
-        machine.logChanged.disconnect(note);
+        const times = [];
+        machine.logChanged.connect(() => ended = Date.now());
+        machine.panel.killingPidChanged.connect(() => {
+            if (machine.panel.killingPid === "")
+                times.push(Date.now() - ended);
+        });
+        for (const pid of ["812", "813", "814"]) {
+            machine.panel.kill(pid);
+            tryVerify(() => machine.log[machine.log.length - 1] === "kill " + pid);
+            tryCompare(machine.panel, "killingPid", "");
+        }
+        verify(Math.min(...times) > 150 && Math.min(...times) < 350, "after " + times + " ms");
     }
 
     function test_failedKillBringsTheCardBack() {
