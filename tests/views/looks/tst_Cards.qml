@@ -59,4 +59,24 @@ LooksCase {
             ["from the values to the folder", below(values, folder), 10]
         ]);
     }
+
+    function test_detailsShowWhatIsKnown_data() {
+        const bare = { command: "redis-server", figures: "0 0.0", directory: "" };
+        return [
+            { tag: "all is known", change: {}, memory: "600 MB", isKnown: true },
+            { tag: "neither script nor directory", change: bare, memory: "0 MB", isKnown: false }
+        ];
+    }
+
+    function test_detailsShowWhatIsKnown(row) {
+        show([Object.assign({}, shop, row.change)]);
+        toggle("3000");
+        tryVerify(() => isOpen(0));
+        check([
+            ["MEM", [find(0, "MEM").text, find(0, "MEM").visible], [row.memory, true]],
+            ["Script", find(0, "Script").visible, row.isKnown],
+            ["folder", symbol(card(0), "folder.fill").visible, row.isKnown],
+            ["reveal", find(0, "reveal").visible, row.isKnown]
+        ]);
+    }
 }
