@@ -79,4 +79,14 @@ LooksCase {
             ["reveal", find(0, "reveal").visible, row.isKnown]
         ]);
     }
+
+    function test_paddingBelowTheContent() {
+        show([shop]);
+        const padding = item => card(0).height - item.mapToItem(card(0), 0, item.height).y;
+        const summary = find(0, "title").parent;
+        check([["below the summary", Math.min(padding(summary), padding(find(0, "badge"))), 16]]);
+        toggle("3000");
+        tryVerify(() => isOpen(0));
+        tryVerify(() => isSame(padding(find(0, "reveal").parent), 16), 5000, "below the details");
+    }
 }
