@@ -89,4 +89,16 @@ LooksCase {
         tryVerify(() => isOpen(0));
         tryVerify(() => isSame(padding(find(0, "reveal").parent), 16), 5000, "below the details");
     }
+
+    function test_capsuleIsTwoPointsHigherThanItsButtons() {
+        show([shop]);
+        card(0).ask();
+        const capsule = find(0, "confirmation");
+        tryCompare(capsule, "scale", 1);
+        const boxes = ["cancel", "confirm"].map(name => box(find(0, name), capsule));
+        check([
+            ["above", Math.min(...boxes.map(place => place[1])), 2],
+            ["below", capsule.height - Math.max(...boxes.map(place => place[1] + place[3])), 2]
+        ]);
+    }
 }
