@@ -101,4 +101,32 @@ LooksCase {
             ["below", capsule.height - Math.max(...boxes.map(place => place[1] + place[3])), 2]
         ]);
     }
+
+    // How far each value of `now` is from that of `from` to that of `to`.
+    function progress(from, now, to) {
+        return now.map((value, index) => (value - from[index]) / (to[index] - from[index]));
+    }
+
+    // Time and curve of the first are held by another test.
+    function test_questionComesAndGoesAsOneMovement() {
+        show([shop]);
+        const [open, capsule] = [find(0, "openPlace"), find(0, "confirmation")];
+        const control = capsule.parent;
+        const state = () => [open.width, open.opacity, capsule.opacity, capsule.scale, control.implicitWidth];
+        const ends = [state(), [0, 0, 1, 1, capsule.width]];
+        const changes = [["ask", ...ends], ["withdraw", ends[1], ends[0]]];
+        const onTheWay = { ask: 0, withdraw: 0 };
+        // Twice, because a busy machine may miss the way.
+        for (const [change, from, to] of changes.concat(changes)) {
+            const steps = [];
+            card(0)[change]();
+            tryVerify(() => {
+                steps.push(progress(from, state(), to));
+                return isSame(state(), to);
+            });
+            onTheWay[change] += steps.filter(step => step[0] > 0.05 && step[0] < 0.95).length;
+            check(steps.map((step, index) => [change + " " + index, step, step.map(() => step[0])]));
+        }
+        verify(onTheWay.ask > 0 && onTheWay.withdraw > 0, "takes time");
+    }
 }
