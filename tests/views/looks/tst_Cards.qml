@@ -129,4 +129,23 @@ LooksCase {
         }
         verify(onTheWay.ask > 0 && onTheWay.withdraw > 0, "takes time");
     }
+
+    function test_keyThatOpensACardScrollsItIntoView_data() {
+        return [{ tag: "Space", key: Qt.Key_Space }, { tag: "Enter", key: Qt.Key_Enter }];
+    }
+
+    function test_keyThatOpensACardScrollsItIntoView(row) {
+        show([1, 2, 3, 4, 5, 6].map(n => Object.assign({}, shop, { port: 3000 + n, pid: String(n) })));
+        const list = findChild(view, "cards");
+        const bottom = () => card(3).mapToItem(list, 0, card(3).height).y;
+        card(3).forceActiveFocus(Qt.TabFocusReason);
+        tryVerify(() => card(3).isTabStop);
+        list.contentY = card(3).y + card(3).height - list.height;
+        compare(bottom(), list.height);
+        keyClick(row.key);
+        tryVerify(() => isOpen(3));
+        // It follows a movement that swings a little beyond its end.
+        const rest = list.height - list.bottomMargin - bottom();
+        verify(rest >= 0 && rest < 4, "scrolled too far by " + rest);
+    }
 }
