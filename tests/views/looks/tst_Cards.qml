@@ -148,4 +148,22 @@ LooksCase {
         const rest = list.height - list.bottomMargin - bottom();
         verify(rest >= 0 && rest < 4, "scrolled too far by " + rest);
     }
+
+    // It turns on to where it started.
+    function test_refreshArrowComesToRest() {
+        show([]);
+        const arrow = symbol(view, "arrow.clockwise");
+        const resting = Array.from(arrow.resources).find(one => one instanceof RotationAnimation);
+        const curve = [resting.duration, resting.easing.type, resting.to];
+        let rests = 0;
+        resting.finished.connect(() => ++rests);
+        check([["return", curve, [350, Easing.InOutQuad, 360]]]);
+        machine.setSlow(true);
+        mouseClick(findChild(view, "refresh"));
+        tryVerify(() => arrow.angle > 0 && arrow.angle < 300);
+        verify(!resting.running, "turns first");
+        machine.setSlow(false);
+        tryVerify(() => rests === 1);
+        compare(arrow.angle, 0);
+    }
 }
