@@ -112,7 +112,8 @@ LooksCase {
         show([shop]);
         const [open, capsule] = [find(0, "openPlace"), find(0, "confirmation")];
         const control = capsule.parent;
-        const state = () => [open.width, open.opacity, capsule.opacity, capsule.scale, control.implicitWidth];
+        const state = () => [open.width, open.opacity].concat(
+            [capsule.opacity, capsule.scale, control.implicitWidth]);
         const ends = [state(), [0, 0, 1, 1, capsule.width]];
         const changes = [["ask", ...ends], ["withdraw", ends[1], ends[0]]];
         const onTheWay = { ask: 0, withdraw: 0 };
@@ -125,7 +126,8 @@ LooksCase {
                 return isSame(state(), to);
             });
             onTheWay[change] += steps.filter(step => step[0] > 0.05 && step[0] < 0.95).length;
-            check(steps.map((step, index) => [change + " " + index, step, step.map(() => step[0])]));
+            const alike = step => step.map(() => step[0]);
+            check(steps.map((step, index) => [change + " " + index, step, alike(step)]));
         }
         verify(onTheWay.ask > 0 && onTheWay.withdraw > 0, "takes time");
     }
@@ -135,7 +137,8 @@ LooksCase {
     }
 
     function test_keyThatOpensACardScrollsItIntoView(row) {
-        show([1, 2, 3, 4, 5, 6].map(n => Object.assign({}, shop, { port: 3000 + n, pid: String(n) })));
+        const numbers = [1, 2, 3, 4, 5, 6];
+        show(numbers.map(n => Object.assign({}, shop, { port: 3000 + n, pid: String(n) })));
         const list = findChild(view, "cards");
         const bottom = () => card(3).mapToItem(list, 0, card(3).height).y;
         card(3).forceActiveFocus(Qt.TabFocusReason);

@@ -347,7 +347,8 @@ LooksCase {
         check([["at rest", color(), before]]);
         mouseMove(button, button.width / 2, button.height / 2);
         tryVerify(() => isSame(color(), after), 1000, "becomes " + after);
-        compare(machine.pointerShape(view), row.tag === "reveal" ? Qt.PointingHandCursor : Qt.ArrowCursor);
+        const shape = row.tag === "reveal" ? Qt.PointingHandCursor : Qt.ArrowCursor;
+        compare(machine.pointerShape(view), shape);
         mouseMove(view, 240, 20);
         tryVerify(() => isSame(color(), before), 1000, "goes back to " + before);
     }
