@@ -45,8 +45,9 @@ QByteArray validInput(Random &random)
         oneOf(random, {"node", "python3", "ruby", "php", "java", "go", "dotnet", "docker-pr"});
     QByteArray line = "/usr/bin/" + command;
     for (auto words = random() % 4; words > 0; --words)
-        line += ' ' + oneOf(random, {"next", "dev", "vite", "manage.py", "runserver", "server.js",
-                                     "app.py", "-jar", "spring-boot.jar", "--port", "rails", "flask"});
+        line +=
+            ' ' + oneOf(random, {"next", "dev", "vite", "manage.py", "runserver", "server.js",
+                                 "app.py", "-jar", "spring-boot.jar", "--port", "rails", "flask"});
     return command + '\0' + line + '\0' + numberBelow(random, 65'536);
 }
 

@@ -13,12 +13,14 @@ using namespace tidewick;
 
 QByteArray validInput(Random &random)
 {
-    return oneOf(random, {"node server.js", "python3 -m http.server 8000", "/usr/bin/ruby bin/rails s"}) +
+    return oneOf(random,
+                 {"node server.js", "python3 -m http.server 8000", "/usr/bin/ruby bin/rails s"}) +
            '\n' + '\0' + ' ' + numberBelow(random, 9'999'999) + "  " + numberBelow(random, 999) +
            '.' + numberBelow(random, 10) + '\n' + '\0' + "  " + numberBelow(random, 99) + "-0" +
-           numberBelow(random, 10) + ':' + numberBelow(random, 60) + ':' +
-           numberBelow(random, 60) + '\n' + '\0' + 'p' + numberBelow(random, 99'999) + "\nfcwd\nn" +
-           oneOf(random, {"/", "/home/ana/shop", "/srv/a b", "/tmp/\\n", "/tmp/caf\xc3\xa9"}) + '\n';
+           numberBelow(random, 10) + ':' + numberBelow(random, 60) + ':' + numberBelow(random, 60) +
+           '\n' + '\0' + 'p' + numberBelow(random, 99'999) + "\nfcwd\nn" +
+           oneOf(random, {"/", "/home/ana/shop", "/srv/a b", "/tmp/\\n", "/tmp/caf\xc3\xa9"}) +
+           '\n';
 }
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)

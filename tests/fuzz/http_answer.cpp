@@ -12,7 +12,8 @@ QByteArray validInput(Random &random)
 {
     QByteArray answer;
     for (auto lines = random() % 5; lines > 0; --lines)
-        answer += oneOf(random, {"Server", "X-Powered-By", "server", "Content-Type", "Via"}) + ": " +
+        answer += oneOf(random, {"Server", "X-Powered-By", "server", "Content-Type", "Via"}) +
+                  ": " +
                   oneOf(random, {"nginx/1.25", "Express", "Werkzeug/3.0 Python/3.11", "Next.js"}) +
                   "\r\n" + '\0';
     return answer + '\0' + "<html><head><title>" + oneOf(random, {"Shop", "a &amp; b", "Vite"}) +

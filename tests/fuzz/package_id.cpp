@@ -9,8 +9,8 @@ using namespace tidewick;
 QByteArray validInput(Random &random)
 {
     return oneOf(random, {"tidewick", "libqt6core6", "x"}) + ';' + numberBelow(random, 99) +
-           oneOf(random, {".0-1", ":1.2~rc1", ""}) + ';' + oneOf(random, {"amd64", "all", ""}) + ';' +
-           oneOf(random, {"installed", "debian-stable-main", "auto:local", ""});
+           oneOf(random, {".0-1", ":1.2~rc1", ""}) + ';' + oneOf(random, {"amd64", "all", ""}) +
+           ';' + oneOf(random, {"installed", "debian-stable-main", "auto:local", ""});
 }
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)

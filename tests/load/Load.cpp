@@ -1,6 +1,6 @@
 // load_program CASE SCANS SUPPLIED-TOOLS [LISTENERS] - holds a store against so many real listeners
-// (1,000, a multiple of 4), prints what that takes, and exits 1 where a row is missing, wrong or too
-// many, or where anything is left behind. The cases:
+// (1,000, a multiple of 4), prints what that takes, and exits 1 where a row is missing, wrong or
+// too many, or where anything is left behind. The cases:
 //   usual    a few processes with many listeners each
 //   crowded  a process for each listener
 //   hostile  the same, with names of 200 characters and command lines of 100,000 bytes

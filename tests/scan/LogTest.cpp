@@ -89,9 +89,9 @@ TEST(ScanLog, namesToolsThatAreSlowOrFailAndNoOthers)
         runShell("exit 0");
     EXPECT_LT(Log::lines().size(), 10) << "a loaded machine makes some of them slow, not all";
     Log::lines().clear();
-    for (const auto &[script, end] : {std::pair("sleep 0.3", "ended with 0 after 3"),
-                                      std::pair("exit 3", "ended with 3 after"),
-                                      std::pair("kill -9 $$", "ended with -1 after")}) {
+    for (const auto &[script, end] :
+         {std::pair("sleep 0.3", "ended with 0 after 3"), std::pair("exit 3", "ended with 3 after"),
+          std::pair("kill -9 $$", "ended with -1 after")}) {
         Log::lines().clear();
         runShell(script);
         ASSERT_EQ(Log::lines().size(), 1) << script;

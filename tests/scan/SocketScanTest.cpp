@@ -258,22 +258,23 @@ public:
         qint64 port;
     };
 
-    Row row(qint64 port)
-    {
-        return {word(9), QString::number(1 + below(99'999)), word(8), port};
-    }
+    Row row(qint64 port) { return {word(9), QString::number(1 + below(99'999)), word(8), port}; }
 
     QString lineOf(const Row &row)
     {
         const QStringList addresses = {QStringLiteral("*"), QStringLiteral("127.0.0.1"),
                                        QStringLiteral("[::1]"), QStringLiteral("0.0.0.0")};
-        const QStringList columns = {row.command, row.pid, row.user,
-                                     QStringLiteral("%1u").arg(below(9)), QStringLiteral("IPv4"),
-                                     word(6), QStringLiteral("0t0"), QStringLiteral("TCP"),
-                                     QStringLiteral("%1:%2")
-                                         .arg(addresses[below(addresses.size())])
-                                         .arg(row.port),
-                                     QStringLiteral("(LISTEN)")};
+        const QStringList columns = {
+            row.command,
+            row.pid,
+            row.user,
+            QStringLiteral("%1u").arg(below(9)),
+            QStringLiteral("IPv4"),
+            word(6),
+            QStringLiteral("0t0"),
+            QStringLiteral("TCP"),
+            QStringLiteral("%1:%2").arg(addresses[below(addresses.size())]).arg(row.port),
+            QStringLiteral("(LISTEN)")};
         QString line;
         for (const QString &column : columns)
             line += column + QString(1 + below(3), u' ');

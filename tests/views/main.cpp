@@ -92,10 +92,7 @@ public:
     /// The desktop's font.
     Q_INVOKABLE static QString family() { return QGuiApplication::font().family(); }
     /// The font that the desktop's is drawn with.
-    Q_INVOKABLE static QString drawnFamily()
-    {
-        return QFontInfo(QGuiApplication::font()).family();
-    }
+    Q_INVOKABLE static QString drawnFamily() { return QFontInfo(QGuiApplication::font()).family(); }
     /// Makes `family` the desktop's font for the views that are made from now on; an empty one ends
     /// that.
     Q_INVOKABLE static void useFont(const QString &family)
