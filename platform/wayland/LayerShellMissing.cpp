@@ -15,6 +15,7 @@ QHash<QString, QSize> layerScreenPixels()
     return {};
 }
 
+// NOLINTNEXTLINE(performance-unnecessary-value-param): the other implementation keeps `lost`
 std::unique_ptr<PopoverSeat> layerSeat(QQuickWindow & /*window*/, std::function<void()> /*lost*/)
 {
     return nullptr;
