@@ -5,7 +5,6 @@
 #include "platform/window/ScreenAreas.h"
 
 #include <QEvent>
-#include <QGuiApplication>
 #include <QQuickWindow>
 
 #include <utility>
@@ -85,15 +84,10 @@ void LayerSeat::watchKeyboard(bool isVisible)
 {
     m_closing.stop();
     m_hasPointer = false;
-    m_keyboard.reset();
-    if (!isVisible)
-        return;
-    // It may come from another window of ours, which then loses it.
-    const bool isElsewhere = QGuiApplication::focusWindow() != nullptr;
-    m_keyboard.emplace([this, isOthers = isElsewhere]() mutable {
-        if (!std::exchange(isOthers, false))
-            m_closing.start();
-    });
+    if (isVisible)
+        m_keyboard.emplace([this] { m_closing.start(); });
+    else
+        m_keyboard.reset();
 }
 
 void LayerSeat::closeWithoutPointer()

@@ -161,11 +161,27 @@ class LayerShellTest(Case):
                          (WIDTH - GAP - PANEL[0], bar_above + GAP, *PANEL))
         desktop.wait_until(self.closes_on_escape, 5, "the keyboard")
 
-    def test_settings_are_a_window(self):
+    def open_settings(self):
         item = desktop.StatusItem()
         desktop.call(item.name, item.menu_path(), "com.canonical.dbusmenu.AboutToShow", "0")
         item.choose(item.menu_labels()["Settings..."])
-        desktop.wait_until(lambda: sway.windows("Tidewick Settings"), 5, "the settings")
+        return desktop.wait_until(lambda: sway.windows("Tidewick Settings"), 5, "the settings")
+
+    def test_settings_are_a_window(self):
+        self.open_settings()
+
+    def test_panel_stays_open_if_the_settings_had_the_keyboard(self):
+        self.open_settings()
+        # Most of it is beyond the first output, and none of it where the panel comes.
+        sway.message('[title="Tidewick Settings"]', "floating", "enable,", "move", "absolute",
+                     "position", str(WIDTH - 100), "620," if EDGE == "top" else "20,", "focus")
+        desktop.wait_until(lambda: sway.windows("Tidewick Settings")[0]["focused"], 5,
+                           "the keyboard on the settings")
+        self.click_icon(0)
+        time.sleep(0.6)
+        self.assertTrue(panel())
+        self.pointer.click(100, HEIGHT // 2)
+        self.assert_stays_closed()
 
     def test_panel_is_back_on_the_other_output_when_its_own_is_gone(self):
         self.open_panel(WIDTH)
