@@ -133,7 +133,7 @@ void PopoverWindow::prepare(const std::optional<ClickEvent> &event)
                       : Qt::Window | Qt::CustomizeWindowHint | Qt::WindowTitleHint |
                             Qt::WindowSystemMenuHint | Qt::WindowCloseButtonHint);
     if (event)
-        m_anchor = itemAnchor({.screens = screenAreas(),
+        m_anchor = itemAnchor({.screens = event->position ? screenAreasWithScales() : screenAreas(),
                                .pointer = event->isInMenu ? std::nullopt : pointerPlace(m_buttons),
                                .isClick = m_buttons.isClicking(),
                                .told = event->position,

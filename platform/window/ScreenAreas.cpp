@@ -19,13 +19,21 @@ QList<QScreen *> screensInOrder()
 
 QList<ScreenArea> screenAreas()
 {
-    const auto pixels = layerScreenPixels();
     QList<ScreenArea> areas;
-    for (const QScreen *const screen : screensInOrder()) {
-        const QSize size = pixels.value(screen->name());
-        const qreal scale = size.isEmpty() ? screen->devicePixelRatio()
-                                           : qreal(size.width()) / screen->geometry().width();
-        areas.append({screen->geometry(), screen->availableGeometry(), scale});
+    for (const QScreen *const screen : screensInOrder())
+        areas.append({screen->geometry(), screen->availableGeometry(), screen->devicePixelRatio()});
+    return areas;
+}
+
+QList<ScreenArea> screenAreasWithScales()
+{
+    const auto pixels = layerScreenPixels();
+    const QList<QScreen *> screens = screensInOrder();
+    QList<ScreenArea> areas = screenAreas();
+    for (qsizetype i = 0; i < areas.size(); ++i) {
+        const QSize size = pixels.value(screens[i]->name());
+        if (!size.isEmpty())
+            areas[i].pixelsPerPoint = qreal(size.width()) / areas[i].whole.width();
     }
     return areas;
 }

@@ -12,7 +12,12 @@ namespace tidewick
 /// The screens, the primary one first.
 QList<QScreen *> screensInOrder();
 
-/// Their areas, in the same order. Under Wayland nothing tells which part the bars leave free.
+/// Their areas, in the same order. Under Wayland nothing tells which part the bars leave free, and
+/// the toolkit rounds the scale up.
 QList<ScreenArea> screenAreas();
+
+/// The same with the real scales, for a place that may be in pixels. Asks the Wayland compositor,
+/// which may take a second.
+QList<ScreenArea> screenAreasWithScales();
 
 } // namespace tidewick
