@@ -204,6 +204,7 @@ TEST(ToolRunner, keepsNoDescriptor)
     for (int i = 0; i < 20; ++i) {
         run(QStringLiteral("/bin/echo"));
         startError(QStringLiteral("/nowhere/lsof"));
+        startError(QStringLiteral("/usr"));
     }
     EXPECT_EQ(descriptors(), before);
 }
