@@ -21,19 +21,13 @@ Item {
         return button.visualFocus ? Qt.TabFocusReason : Qt.OtherFocusReason;
     }
 
-    implicitWidth: isConfirming ? capsule.width : stop.width
+    implicitWidth: stop.width + capsule.presence * (capsule.width - stop.width)
     implicitHeight: Math.max(capsule.height, stop.height)
     onIsConfirmingChanged: {
         if (isConfirming && stop.activeFocus)
             cancel.forceActiveFocus(reasonOf(stop));
         else if (!isConfirming && (cancel.activeFocus || confirm.activeFocus))
             stop.forceActiveFocus(reasonOf(cancel.activeFocus ? cancel : confirm));
-    }
-
-    Behavior on implicitWidth {
-        enabled: control.isShown
-
-        QuestionAnimation {}
     }
 
     Colors {
@@ -66,6 +60,9 @@ Item {
     RoundedRectangle {
         id: capsule
 
+        // From 0, where it is not there, to 1.
+        property real presence: control.isConfirming ? 1 : 0
+
         objectName: "confirmation"
         anchors.right: parent.right
         anchors.verticalCenter: parent.verticalCenter
@@ -73,17 +70,12 @@ Item {
         height: buttons.height + 4
         radius: 12
         color: colors.black(0.3)
-        visible: opacity > 0
-        opacity: control.isConfirming ? 1 : 0
-        scale: control.isConfirming ? 1 : 0.3
+        visible: presence > 0
+        opacity: presence
+        scale: 0.3 + 0.7 * presence
         transformOrigin: Item.Right
 
-        Behavior on opacity {
-            enabled: control.isShown
-
-            QuestionAnimation {}
-        }
-        Behavior on scale {
+        Behavior on presence {
             enabled: control.isShown
 
             QuestionAnimation {}

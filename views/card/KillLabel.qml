@@ -10,6 +10,17 @@ Item {
     implicitWidth: isBusy ? 60 : label.implicitWidth
     implicitHeight: isBusy ? 20 : label.implicitHeight
 
+    Behavior on implicitWidth {
+        enabled: face.visible
+
+        QuestionAnimation {}
+    }
+    Behavior on implicitHeight {
+        enabled: face.visible
+
+        QuestionAnimation {}
+    }
+
     PlainText {
         id: label
 

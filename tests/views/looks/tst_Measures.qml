@@ -280,7 +280,10 @@ LooksCase {
         tryCompare(machine.panel, "isLoading", false);
         machine.setKill(1, 1500);
         machine.panel.kill("812");
-        check([["busy", [busy.isBeingKilled, confirm.enabled], [true, false]], ["spinner", [confirm.contentItem.width, confirm.contentItem.height, symbol(confirm, "spinner").size], [60, 20, 16]]]);
+        check([["busy", [busy.isBeingKilled, confirm.enabled], [true, false]], ["spinner", symbol(confirm, "spinner").size, 16]]);
+        verify(confirm.contentItem.width < 60 && confirm.contentItem.height < 20, "grows");
+        check([["grows", movement(findChild(confirm, "asking")), [200, Easing.InOutQuad, []]]]);
+        tryVerify(() => isSame([confirm.contentItem.width, confirm.contentItem.height], [60, 20]));
         check([["dims", movement(findChild(busy, "dimming")), spring(0.3, 0.7)], ["shrinks", movement(findChild(busy, "shrinking")), spring(0.3, 0.7)]]);
         tryCompare(machine.panel, "runningCount", 0);
         machine.setSlow(true);
