@@ -21,6 +21,8 @@ Item {
     property bool showKillConfirmation: false
     // Whether the details are just entering.
     readonly property bool isOpening: isExpanded && unrolling.running
+    // Its height, without the part by which the spring overshoots.
+    readonly property real steadyHeight: height - Math.max(0, detailsPlace.height - details.height)
     readonly property bool isShown: Window.visibility !== Window.Hidden
 
     signal toggleExpand
@@ -301,6 +303,8 @@ Item {
 
         // Unrolls from under the summary and fades in.
         Item {
+            id: detailsPlace
+
             objectName: "details"
             width: parent.width
             height: card.isExpanded ? details.height : 0

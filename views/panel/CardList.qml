@@ -29,7 +29,7 @@ ListView {
         if (!card.isOpening)
             return;
         const lowest = card.y - topMargin;
-        const highest = card.y + card.height + bottomMargin - height;
+        const highest = card.y + card.steadyHeight + bottomMargin - height;
         contentY = Math.min(lowest, Math.max(highest, contentY));
     }
 
