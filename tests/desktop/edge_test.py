@@ -1,6 +1,7 @@
 """The panel's edge where the window manager composes the screen, and where it does not."""
 
 import os
+import subprocess
 import unittest
 
 import desktop
@@ -38,6 +39,19 @@ class EdgeTest(unittest.TestCase):
 
     def test_is_six_points_from_the_screens_side(self):
         self.assertEqual(self.left + self.width, 1280 - 6)
+
+
+class FontScaleTest(unittest.TestCase):
+    """Desktops tell X clients the scale of their fonts as a resolution: 96 is one."""
+
+    def test_enlarges_the_whole_panel(self):
+        set_resources = ["xprop", "-root", "-f", "RESOURCE_MANAGER", "8s", "-set", "RESOURCE_MANAGER"]
+        self.addCleanup(subprocess.run, [*set_resources, ""], check=True)
+        subprocess.run([*set_resources, "Xft.dpi:\t120"], check=True)
+        self.addCleanup(desktop.end, desktop.start_program())
+        _, (left, _, width, height) = desktop.open_panel()
+        self.assertEqual((width, height), (600, 675))
+        self.assertAlmostEqual(left + width, 1280 - 6 * 1.25, delta=1)
 
 
 if __name__ == "__main__":
