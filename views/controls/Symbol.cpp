@@ -5,6 +5,8 @@
 #include <QSvgRenderer>
 
 #include <cmath>
+#include <map>
+#include <utility>
 
 namespace tidewick
 {
@@ -29,6 +31,16 @@ QByteArray drawing(const QString &name, int weight)
         return {};
     return file.readAll().replace("stroke-width=\"1.4\"",
                                   "stroke-width=\"" + lineWidth(weight) + '"');
+}
+
+/// The symbol, read once: one that turns is drawn sixty times a second.
+QSvgRenderer &rendererOf(const QString &name, int weight)
+{
+    static std::map<std::pair<QString, int>, QSvgRenderer> renderers;
+    const auto [found, isNew] = renderers.try_emplace({name, weight});
+    if (isNew)
+        found->second.load(drawing(name, weight));
+    return found->second;
 }
 
 } // namespace
@@ -65,7 +77,7 @@ int Symbol::overhang(QSize pixels) const
 bool drawSymbol(QPainter &painter, const QString &name, const QRectF &place, const QColor &color,
                 int weight)
 {
-    QSvgRenderer symbol(drawing(name, weight));
+    QSvgRenderer &symbol = rendererOf(name, weight);
     if (!symbol.isValid())
         return false;
     symbol.render(&painter, place);
