@@ -43,7 +43,8 @@ Item {
             toggleExpand();
     }
 
-    implicitHeight: column.height + 32
+    // In step with the details: the height of the column follows after their last step.
+    implicitHeight: summary.height + Math.max(0, detailsPlace.height) + 32
     activeFocusOnTab: isTabStop
     opacity: isBeingKilled ? 0.5 : 1
     scale: isBeingKilled ? 0.98 : 1
@@ -145,8 +146,6 @@ Item {
     }
 
     Column {
-        id: column
-
         anchors {
             left: parent.left
             right: parent.right
@@ -155,6 +154,8 @@ Item {
         }
 
         Item {
+            id: summary
+
             width: parent.width
             height: Math.max(42, information.height)
 

@@ -151,6 +151,21 @@ LooksCase {
         tryVerify(() => isSame(bottom(), list.height - list.bottomMargin), 1000, "at the edge");
     }
 
+    // The card is seen once while it opens, and then when it is open.
+    function test_stalledOpeningEndsInView() {
+        const numbers = [1, 2, 3, 4, 5, 6];
+        show(numbers.map(n => Object.assign({}, shop, { port: 3000 + n, pid: String(n) })));
+        const list = findChild(view, "cards");
+        const bottom = () => card(3).mapToItem(list, 0, card(3).height).y;
+        list.contentY = card(3).y + card(3).height - list.height;
+        toggle("3004");
+        tryVerify(() => find(3, "details").height > 0);
+        const end = Date.now() + 1000;
+        while (Date.now() < end) {}
+        tryVerify(() => isOpen(3));
+        tryVerify(() => isSame(bottom(), list.height - list.bottomMargin), 1000, "at the edge");
+    }
+
     // It turns on to where it started.
     function test_refreshArrowComesToRest() {
         show([]);
