@@ -25,6 +25,7 @@ void DesktopWindow::center()
 
 void DesktopWindow::makeKeyAndOrderFront()
 {
+    load();
     show();
     raise();
 }

@@ -14,7 +14,8 @@ class DesktopWindow : public ViewWindow, public SettingsWindow
 public:
     void setContentView(const QUrl &view, const QVariantMap &properties) override
     {
-        showView(view, properties);
+        setView(view, properties);
+        load();
     }
     void setTitle(const QString &title) override { ViewWindow::setTitle(title); }
     void setStyleMask(WindowStyle style) override;

@@ -88,18 +88,6 @@ void PopoverWindow::setBehavior(PopoverBehavior behavior)
     m_behavior = behavior;
 }
 
-void PopoverWindow::setContentView(const QUrl &view, const QVariantMap &properties)
-{
-    m_view = view;
-    m_properties = properties;
-}
-
-void PopoverWindow::load()
-{
-    if (!m_view.isEmpty())
-        showView(std::exchange(m_view, {}), std::exchange(m_properties, {}));
-}
-
 void PopoverWindow::drawUnseen()
 {
     if (isVisible())

@@ -29,7 +29,10 @@ public:
     Q_DISABLE_COPY_MOVE(PopoverWindow)
 
     void setContentSize(QSize points) override { fixSize(points); }
-    void setContentView(const QUrl &view, const QVariantMap &properties) override;
+    void setContentView(const QUrl &view, const QVariantMap &properties) override
+    {
+        setView(view, properties);
+    }
     void makeReady() override { m_readying.start(); }
     void setBehavior(PopoverBehavior behavior) override;
     bool isShown() const override { return isVisible(); }
@@ -42,7 +45,6 @@ protected:
     void keyPressEvent(QKeyEvent *event) override;
 
 private:
-    void load();
     void drawUnseen();
     void prepare(const std::optional<ClickEvent> &event);
     void watchScreen(const QScreen *screen);
@@ -56,8 +58,6 @@ private:
 
     std::function<bool()> m_hasItem;
     std::unique_ptr<PopoverSeat> m_seat;
-    QUrl m_view; // not loaded yet, or empty
-    QVariantMap m_properties;
     QTimer m_readying; // runs until the popover is made ready
     std::optional<PopoverBehavior> m_behavior;
     PointerButtons m_buttons;

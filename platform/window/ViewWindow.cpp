@@ -11,10 +11,20 @@ ViewWindow::ViewWindow()
     engine()->addImportPath(QStringLiteral("qrc:/qt/qml"));
 }
 
-void ViewWindow::showView(const QUrl &view, const QVariantMap &properties)
+void ViewWindow::setView(const QUrl &view, const QVariantMap &properties)
 {
-    setInitialProperties(properties);
-    setSource(view);
+    m_view = view;
+    m_properties = properties;
+}
+
+void ViewWindow::load()
+{
+    if (rootObject() != nullptr || m_view.isEmpty())
+        return;
+    if (status() == Error)
+        engine()->clearComponentCache(); // it remembers what failed
+    setInitialProperties(m_properties);
+    setSource(m_view);
 }
 
 void ViewWindow::fixSize(QSize points)

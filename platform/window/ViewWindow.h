@@ -1,6 +1,8 @@
 #pragma once
 
 #include <QQuickView>
+#include <QUrl>
+#include <QVariantMap>
 
 namespace tidewick
 {
@@ -14,9 +16,16 @@ public:
     ViewWindow();
 
 protected:
-    /// Creates the view from the file at `view`, with these values for its properties.
-    void showView(const QUrl &view, const QVariantMap &properties);
+    /// Sets the file of the view, and values for its properties. Nothing is loaded yet.
+    void setView(const QUrl &view, const QVariantMap &properties);
+    /// Creates the view, unless it is there. What fails is logged, and the next call tries again:
+    /// the system may have had no memory or no descriptor left.
+    void load();
     void fixSize(QSize points);
+
+private:
+    QUrl m_view;
+    QVariantMap m_properties;
 };
 
 } // namespace tidewick

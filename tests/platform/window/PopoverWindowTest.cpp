@@ -1,4 +1,5 @@
 #include "platform/window/PopoverWindow.h"
+#include "platform/window/DesktopWindow.h"
 
 #include "tests/support/WaitUntil.h"
 
@@ -9,6 +10,7 @@
 #include <QQuickItem>
 #include <QTemporaryDir>
 
+using tidewick::DesktopWindow;
 using tidewick::PopoverWindow;
 
 namespace
@@ -20,13 +22,19 @@ protected:
     PopoverWindowTest()
     {
         qputenv("QT_QUICK_BACKEND", "software");
-        QFile file(m_directory.filePath(QStringLiteral("view.qml")));
-        EXPECT_TRUE(file.open(QFile::WriteOnly));
-        file.write("import QtQuick\n"
-                   "ListView { model: 3; delegate: Item { objectName: 'card'; height: 20 } }\n");
+        write("import QtQuick\n"
+              "ListView { model: 3; delegate: Item { objectName: 'card'; height: 20 } }\n");
         window.emplace([] { return true; });
         window->setContentSize({480, 540});
-        window->setContentView(QUrl::fromLocalFile(file.fileName()), {});
+        window->setContentView(QUrl::fromLocalFile(m_view), {});
+    }
+
+    /// The view's file from now on.
+    void write(const char *text) const
+    {
+        QFile file(m_view);
+        EXPECT_TRUE(file.open(QFile::WriteOnly));
+        file.write(text);
     }
 
     /// How many cards there are; -1 before the content is loaded.
@@ -42,6 +50,7 @@ protected:
 
 private:
     QTemporaryDir m_directory;
+    const QString m_view = m_directory.filePath(QStringLiteral("view.qml"));
 };
 
 } // namespace
@@ -60,4 +69,41 @@ TEST_F(PopoverWindowTest, isMadeReadyUnseenAndNotAtOnce)
     EXPECT_EQ(window->rootObject(), nullptr);
     EXPECT_TRUE(waitUntil([this] { return cards() >= 3; }));
     EXPECT_FALSE(window->isVisible());
+}
+
+TEST_F(PopoverWindowTest, contentThatCouldNotBeLoadedIsLoadedAtTheNextOpening)
+{
+    write("import QtQuick\nItem { MissingType {} }\n");
+    window->makeReady();
+    EXPECT_TRUE(waitUntil([this] { return window->status() == QQuickView::Error; }));
+    write("import QtQuick\nListView { objectName: 'mended' }\n");
+    window->show({});
+    ASSERT_NE(window->rootObject(), nullptr);
+    EXPECT_EQ(window->rootObject()->objectName(), QStringLiteral("mended"));
+}
+
+TEST_F(PopoverWindowTest, contentIsLoadedOnce)
+{
+    window->show({});
+    const QQuickItem *const first = window->rootObject();
+    window->performClose();
+    window->show({});
+    EXPECT_EQ(window->rootObject(), first);
+}
+
+TEST(DesktopWindow, loadsItsContentAgainWhereThatFailed)
+{
+    const QTemporaryDir directory;
+    const QString view = directory.filePath(QStringLiteral("view.qml"));
+    DesktopWindow window;
+    window.setContentView(QUrl::fromLocalFile(view),
+                          {{QStringLiteral("objectName"), QStringLiteral("set")}});
+    EXPECT_EQ(window.rootObject(), nullptr);
+    QFile file(view);
+    ASSERT_TRUE(file.open(QFile::WriteOnly));
+    file.write("import QtQuick\nItem {}\n");
+    file.close();
+    window.makeKeyAndOrderFront();
+    ASSERT_NE(window.rootObject(), nullptr);
+    EXPECT_EQ(window.rootObject()->objectName(), QStringLiteral("set"));
 }
