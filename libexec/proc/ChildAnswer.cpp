@@ -48,12 +48,14 @@ bool readUntil(int64_t deadline, int descriptor, std::string &text)
     }
 }
 
-/// Closes all descriptors but these two.
+/// Closes all descriptors but these two. A negative number is none.
 void closeAllBut(int one, int other)
 {
     unsigned next = 0;
     for (const int kept : {std::min(one, other), std::max(one, other)}) {
-        if (kept > int(next))
+        if (kept < 0)
+            continue;
+        if (unsigned(kept) > next)
             close_range(next, unsigned(kept - 1), 0);
         next = unsigned(kept + 1);
     }

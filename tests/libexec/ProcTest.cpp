@@ -8,8 +8,12 @@
 #include <gtest/gtest.h>
 
 #include <array>
+#include <csignal>
+#include <cstdlib>
 
 #include <fcntl.h>
+#include <poll.h>
+#include <sys/wait.h>
 #include <unistd.h>
 
 using namespace tidewick::libexec;
@@ -79,8 +83,39 @@ TEST(Proc, aChildThatAnswersHoldsNoOtherDescriptor)
         return list;
     };
     EXPECT_EQ(askChild(open), "");
+    EXPECT_EQ(askChild(open, AT_FDCWD), "");
     EXPECT_EQ(askChild(open, directory.value()), std::to_string(directory.value()) + ' ');
     EXPECT_EQ(askChild(open, STDOUT_FILENO), std::to_string(STDOUT_FILENO) + ' ');
+}
+
+TEST(Proc, aChildThatHangsEndsWithItsParent)
+{
+    std::array<int, 2> ends{};
+    ASSERT_EQ(pipe(ends.data()), 0);
+    const Descriptor output(ends[0]);
+    const pid_t parent = fork();
+    if (parent == 0) {
+        const auto hang = [&] {
+            const pid_t self = getpid();
+            if (write(ends[1], &self, sizeof self) == sizeof self)
+                pause();
+            return std::string();
+        };
+        askChild(hang, ends[1]);
+        _exit(EXIT_SUCCESS);
+    }
+    close(ends[1]);
+    ASSERT_GT(parent, 0);
+    pid_t child = 0;
+    EXPECT_EQ(read(output.value(), &child, sizeof child), ssize_t(sizeof child));
+    kill(parent, SIGKILL);
+    waitpid(parent, nullptr, 0);
+    // The pipe ends with the last process that holds it.
+    pollfd waiting{output.value(), POLLIN, 0};
+    const bool hasEnded = poll(&waiting, 1, 10'000) == 1;
+    EXPECT_TRUE(hasEnded);
+    if (!hasEnded && child > 0)
+        kill(child, SIGKILL);
 }
 
 TEST(Proc, fileSystemsOfThisMachine)
