@@ -2,6 +2,8 @@
 #include "tests/support/TestText.h"
 #include "tests/support/WaitUntil.h"
 
+#include <QFile>
+
 #include <array>
 #include <cerrno>
 #include <csignal>
@@ -124,6 +126,24 @@ TEST_P(BrokenTool, ofTheListCostsOneScan)
     }
 
     mend(Task::list);
+    ASSERT_TRUE(refresh());
+    EXPECT_TRUE(tellsTheTruthAbout(*server));
+}
+
+TEST_F(FaultTest, lsofWithoutLsofCompleteListsNothingUntilThatIsBack)
+{
+    const auto server = serve();
+    start();
+    ASSERT_TRUE(tellsTheTruthAbout(*server));
+
+    const QString complete = QString::fromStdString(programs.path("lsof-complete"));
+    const QString away = complete + QStringLiteral("-away");
+    ASSERT_TRUE(QFile::rename(complete, away));
+    ASSERT_TRUE(refresh());
+    EXPECT_EQ(store->lastError(), std::nullopt);
+    EXPECT_TRUE(store->runningPorts().isEmpty());
+
+    ASSERT_TRUE(QFile::rename(away, complete));
     ASSERT_TRUE(refresh());
     EXPECT_TRUE(tellsTheTruthAbout(*server));
 }

@@ -91,6 +91,15 @@ TEST_P(SuppliedPs, otherArgumentsAreRefused)
         expectRefused(ps(), arguments, asViewer());
 }
 
+TEST_P(SuppliedPs, aFullDiskIsAFailure)
+{
+    for (const char *const format : {"command=", "rss=,%cpu=", "etime="}) {
+        const std::vector<std::string> command{
+            "-c", "exec \"$0\" \"$@\" >/dev/full", ps(), "-p", "1", "-o", format};
+        EXPECT_EQ(runProgram("/bin/sh", command, asViewer()).status, 1) << format;
+    }
+}
+
 TEST_P(SuppliedPs, lessThanFourMegabytes)
 {
     if (isSanitized)

@@ -690,6 +690,37 @@ TEST_P(SuppliedTools, otherArgumentsAreRefused)
         expectRefused(lsof(), arguments, asViewer());
 }
 
+TEST_P(SuppliedTools, aFullDiskIsAFailure)
+{
+    const std::string strange = directory().path("strange (deleted)");
+    ASSERT_EQ(mkdir(strange.c_str(), 0777), 0);
+    const OddProcess plain({"listen 127.0.0.1", {"x"}, "", asViewer(), -1, directory().path()});
+    const OddProcess odd({"", {"x"}, "", asViewer(), -1, strange});
+    const auto directoryOf = [](const OddProcess &process) {
+        return std::vector<std::string>{
+            "-p", std::to_string(process.pid()), "-a", "-d", "cwd", "-F", "n"};
+    };
+    for (const auto &arguments : {listing, directoryOf(plain), directoryOf(odd)}) {
+        std::vector<std::string> command{"-c", "exec \"$0\" \"$@\" >/dev/full", lsof()};
+        command.insert(command.end(), arguments.begin(), arguments.end());
+        EXPECT_EQ(runProgram("/bin/sh", command, asViewer()).status, 1) << arguments[1];
+    }
+}
+
+TEST_P(SuppliedTools, lsofWithoutLsofCompleteSaysSoAndPrintsPlainDirectories)
+{
+    const SharedDirectory alone;
+    const std::string lsof = alone.copy(SUPPLIED_TOOLS "/lsof");
+    const Output list = runProgram(lsof, listing, asViewer());
+    EXPECT_EQ(list.text, "");
+    EXPECT_EQ(list.errors, "lsof: lsof-complete cannot be started\n");
+    EXPECT_EQ(list.status, 1);
+    const OddProcess process({"", {"x"}, "", asViewer(), -1, alone.path()});
+    const std::string pid = std::to_string(process.pid());
+    EXPECT_EQ(runProgram(lsof, {"-p", pid, "-a", "-d", "cwd", "-F", "n"}, asViewer()).text,
+              "p" + pid + "\nn" + alone.path() + "\n");
+}
+
 TEST_P(SuppliedTools, workingDirectoriesAsLsofPrintsThem)
 {
     const std::vector<std::string> names{"plain",
@@ -724,6 +755,26 @@ TEST_P(SuppliedTools, workingDirectoriesAsLsofPrintsThem)
             }
         }
     }
+}
+
+// The kernel's list of mounts has blanks and backslashes as octal digits.
+TEST_P(SuppliedTools, aWorkingDirectoryOnAMountWithAnOddName)
+{
+    const std::string place = directory().path("a\tb c\\d");
+    const std::string path = place + "/x (deleted)";
+    ASSERT_EQ(mkdir(place.c_str(), 0777), 0);
+    const auto before = [&] {
+        return enterNamespaces(CLONE_NEWNS) &&
+               mount("none", "/", nullptr, MS_REC | MS_PRIVATE, nullptr) == 0 &&
+               mount("tmpfs", place.c_str(), "tmpfs", 0, nullptr) == 0 &&
+               mkdir(path.c_str(), 0777) == 0 && chdir(path.c_str()) == 0 && asViewer()();
+    };
+    if (runProgram("/bin/true", {}, before).status != 0)
+        GTEST_SKIP() << "nothing may be mounted here";
+    const Output output =
+        runProgram("/bin/sh", {"-c", "exec \"$0\" -p $$ -a -d cwd -F n", lsof()}, before);
+    ASSERT_EQ(lines(output.text).size(), 2U) << output.errors;
+    EXPECT_EQ(lines(output.text)[1], 'n' + directory().path("a\\tb c\\\\d/x (deleted)"));
 }
 
 TEST_P(SuppliedTools, aRemovedWorkingDirectory)
