@@ -38,6 +38,14 @@ def wait_until(condition, seconds, what):
         time.sleep(0.02)
 
 
+def comes(condition, seconds):
+    """Whether the condition becomes true, which takes at most `seconds` on a quiet machine."""
+    try:
+        return wait_until(condition, seconds, "")
+    except AssertionError:
+        return False
+
+
 def wait_until_still(look, seconds, what, moment=0.3):
     """Returns what `look` sees once it has seen the same for a moment; fails as `wait_until`."""
     seen = []

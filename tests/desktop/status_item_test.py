@@ -11,6 +11,14 @@ import unittest
 import desktop
 
 
+def connections():
+    """How many connections to listeners of this network are open."""
+    with open("/proc/net/tcp", encoding="utf-8") as file:
+        rows = [line.split()[1:4] for line in list(file)[1:]]
+    listening = {local.split(":")[1] for local, _, state in rows if state == "0A"}
+    return sum(state == "01" and remote.split(":")[1] in listening for _, remote, state in rows)
+
+
 class StatusItemTest(unittest.TestCase):
     def setUp(self):
         # Where the pointer rests, no tooltip may cover the tray.
@@ -135,8 +143,12 @@ class StatusItemTest(unittest.TestCase):
         subprocess.run(["xdotool", "mousemove", str(x), str(y), "click", "3"], check=True)
         time.sleep(0.5)  # the menu grabs the keyboard a moment after it is drawn
         desktop.screenshot("menu")
-        subprocess.run(["xdotool", "key", "Up", "Return"], check=True)
-        self.assertEqual(program.wait(timeout=10), 0)
+
+        def takes_keys():
+            subprocess.run(["xdotool", "key", "Up", "Return"], check=True)
+            return desktop.comes(lambda: program.poll() is not None, 1)
+        desktop.wait_until(takes_keys, 5, "the end of the program")
+        self.assertEqual(program.returncode, 0)
 
     def test_click_drops_the_panel_below_the_icon_and_escape_closes_it(self):
         self.launch()
@@ -186,7 +198,8 @@ class StatusItemTest(unittest.TestCase):
         self.addCleanup(desktop.end, silent)
         program = self.launch()
         item = desktop.StatusItem()
-        time.sleep(11)  # three scans under way, none of them near its end
+        # Each scan has one at a time, and none of them is near its end.
+        desktop.wait_until(lambda: connections() >= 3, 12, "three scans under way")
         # Eight threads for scans, two for kills, and those of D-Bus, X11, QML and the program itself.
         # Qt also draws in threads of its own, in as many as there are processors.
         threads = len(os.listdir(f"/proc/{program.pid}/task"))

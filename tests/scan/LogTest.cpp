@@ -90,7 +90,7 @@ TEST(ScanLog, namesToolsThatAreSlowOrFailAndNoOthers)
     EXPECT_LT(Log::lines().size(), 10) << "a loaded machine makes some of them slow, not all";
     Log::lines().clear();
     for (const auto &[script, end] :
-         {std::pair("sleep 0.3", "ended with 0 after 3"), std::pair("exit 3", "ended with 3 after"),
+         {std::pair("sleep 0.3", "ended with 0 after"), std::pair("exit 3", "ended with 3 after"),
           std::pair("kill -9 $$", "ended with -1 after")}) {
         Log::lines().clear();
         runShell(script);

@@ -173,6 +173,7 @@ private:
 protected:
     std::shared_ptr<RecordingToolRunner> tools = std::make_shared<RecordingToolRunner>(
         [this](const auto &call, const auto &stop) { return run(call, stop); });
+    const QDateTime created = QDateTime::currentDateTime();
     std::unique_ptr<AppState> store = std::make_unique<AppState>(
         SystemInterfaces{tools, ToolTable::stock(), RecordingHttpClient::refusing()}, m_workers);
 };
@@ -185,19 +186,19 @@ TEST_F(AppStateTest, startsEmptyIdleAndWithoutError)
     EXPECT_FALSE(store->isLoading());
     EXPECT_FALSE(store->lastError());
     EXPECT_FALSE(store->isKillingProcess());
-    EXPECT_LT(store->lastRefresh().msecsTo(QDateTime::currentDateTime()), 1000);
-    EXPECT_GE(store->lastRefresh().msecsTo(QDateTime::currentDateTime()), 0);
+    EXPECT_GE(store->lastRefresh(), created);
+    EXPECT_LE(store->lastRefresh(), QDateTime::currentDateTime());
 }
 
 TEST_F(AppStateTest, publishesTheFirstListWithoutWaitingForATick)
 {
-    const QDateTime created = store->lastRefresh();
+    const QDateTime first = store->lastRefresh();
     ASSERT_TRUE(waitForStart(1));
     EXPECT_TRUE(store->isLoading());
     lsof.finish(1, {8000, 3000});
     ASSERT_TRUE(waitForEnd());
     EXPECT_EQ(ports(store->runningPorts()), QList<qint64>({3000, 8000}));
-    EXPECT_GE(store->lastRefresh(), created);
+    EXPECT_GE(store->lastRefresh(), first);
     EXPECT_EQ(lsof.started(), 1);
 }
 
@@ -448,7 +449,7 @@ TEST_F(AppStateTest, destructionDuringAScanStopsItWithoutWaiting)
     store->refreshPorts();
     ASSERT_TRUE(waitForStart(2));
     store.reset();
-    EXPECT_TRUE(waitUntil([&] { return lsof.stopped() == 2; }, 2000));
+    EXPECT_TRUE(waitUntil([&] { return lsof.stopped() == 2; }));
 }
 
 TEST_F(AppStateTest, destructionBeforeTheFirstScanStartsNone)
@@ -641,8 +642,7 @@ TEST_F(AppStateTest, rowsLeaveAtOnceHoweverManyKillsHang)
     startKill(QStringLiteral("2"));
     ASSERT_TRUE(waitForKill(2));
     startKill(QStringLiteral("3"));
-    EXPECT_TRUE(
-        waitUntil([&] { return ports(store->runningPorts()) == QList<qint64>({4000}); }, 1000));
+    EXPECT_TRUE(waitUntil([&] { return ports(store->runningPorts()) == QList<qint64>({4000}); }));
     EXPECT_EQ(kill.started(), 2);
     kill.finish(1, 0);
     EXPECT_TRUE(waitForKill(3));

@@ -5,7 +5,7 @@
 #include "views/panel/Panel.h"
 #include "views/settings/Settings.h"
 
-#include <QDeadlineTimer>
+#include <QElapsedTimer>
 #include <QFontDatabase>
 #include <QFontInfo>
 #include <QJSValue>
@@ -15,6 +15,7 @@
 #include <QQmlExtensionPlugin>
 #include <QQuickItem>
 #include <QQuickWindow>
+#include <QScreen>
 #include <QTcpServer>
 #include <QtQuickTest>
 
@@ -63,7 +64,8 @@ public:
         m_listeners = listeners;
     }
 
-    /// How /bin/kill ends from now on, and after how long, unless it is ended before.
+    /// How /bin/kill ends from now on, one that runs too, and after how long, unless it is ended
+    /// before.
     Q_INVOKABLE void setKill(int status, int milliseconds)
     {
         m_killStatus = status;
@@ -111,6 +113,11 @@ public:
             QKeyEvent event(type, key, Qt::NoModifier, {}, true);
             QCoreApplication::sendEvent(item->window(), &event);
         }
+    }
+    /// Moves `item`'s window to a screen of tests/views/screens.json.
+    Q_INVOKABLE static void moveToScreen(QQuickItem *item, int number)
+    {
+        item->window()->setScreen(QGuiApplication::screens().at(number));
     }
     /// What changes of the picture of `item` is told from then on.
     Q_INVOKABLE void rememberPicture(QQuickItem *item) { m_picture = pictureOf(item); }
@@ -337,8 +344,9 @@ private:
     {
         const QString first = call.arguments.first();
         if (first == QStringLiteral("-9")) {
-            const QDeadlineTimer end(m_killMilliseconds);
-            while (!end.hasExpired() && !stop.stop_requested())
+            QElapsedTimer time;
+            time.start();
+            while (!time.hasExpired(m_killMilliseconds) && !stop.stop_requested())
                 QThread::msleep(1);
             QMetaObject::invokeMethod(
                 this, [this, call] { write(QStringLiteral("kill ") + call.arguments.last()); });

@@ -1,4 +1,5 @@
 #include "tests/scan/http/HttpExchange.h"
+#include "tests/support/Duration.h"
 #include "tests/support/LoopbackServer.h"
 #include "tests/support/TestText.h"
 
@@ -8,7 +9,6 @@
 #include <QFile>
 #include <QTemporaryDir>
 
-#include <algorithm>
 #include <csignal>
 #include <future>
 #include <thread>
@@ -17,6 +17,7 @@
 using tidewick::HttpError;
 using tidewick::HttpOutcome;
 using tidewick::HttpResponse;
+using namespace std::chrono_literals;
 
 namespace
 {
@@ -172,12 +173,9 @@ TEST(CurlHttpClient, readsNoBodyAfterHead)
     for (const char *body : {"", "some of it"}) {
         const LoopbackServer server(
             stallingAfter(QByteArray("HTTP/1.1 200 OK\r\nContent-Length: 500\r\n\r\n") + body));
-        QElapsedTimer timer;
-        timer.start();
         const HttpResponse response = responseOf(send(server.url(), "HEAD"));
         EXPECT_EQ(response.status, 200);
         EXPECT_EQ(response.body, "");
-        EXPECT_LT(timer.elapsed(), 500);
     }
 }
 
@@ -382,12 +380,12 @@ class SlowServer : public testing::TestWithParam<SlowRow>
 TEST_P(SlowServer, costsOneSecond)
 {
     const LoopbackServer server(GetParam().behaviour);
-    QElapsedTimer timer;
-    timer.start();
-    EXPECT_EQ(errorOf(send(server.url())), HttpError::timedOut);
-    RecordProperty("milliseconds", int(timer.elapsed()));
-    EXPECT_GE(timer.elapsed(), 990);
-    EXPECT_LT(timer.elapsed(), oneSecondMs);
+    EXPECT_TRUE(takesLessThan(1500ms, [&server] {
+        QElapsedTimer timer;
+        timer.start();
+        EXPECT_EQ(errorOf(send(server.url())), HttpError::timedOut);
+        EXPECT_GE(timer.elapsed(), 990);
+    }));
 }
 
 /// One byte of `bytes` every 100 ms.
@@ -431,14 +429,13 @@ INSTANTIATE_TEST_SUITE_P(
 TEST(CurlHttpClient, waitsForManySilentServersAtOnce)
 {
     const LoopbackServer server([](LoopbackConnection &connection) { connection.hold(); });
-    QElapsedTimer timer;
-    timer.start();
-    std::vector<std::future<HttpOutcome>> requests(10);
-    for (auto &request : requests)
-        request = std::async(std::launch::async, [&] { return send(server.url()); });
-    for (auto &request : requests)
-        EXPECT_EQ(errorOf(request.get()), HttpError::timedOut);
-    EXPECT_LT(timer.elapsed(), oneSecondMs);
+    EXPECT_TRUE(takesLessThan(5s, [&server] {
+        std::vector<std::future<HttpOutcome>> requests(10);
+        for (auto &request : requests)
+            request = std::async(std::launch::async, [&] { return send(server.url()); });
+        for (auto &request : requests)
+            EXPECT_EQ(errorOf(request.get()), HttpError::timedOut);
+    }));
 }
 
 // Servers without end
@@ -467,18 +464,17 @@ qint64 residentBytes()
 TEST_P(Flood, endsSoonAndCostsLittleMemory)
 {
     const LoopbackServer server(flooding(GetParam().start, GetParam().more));
-    send(server.url());
-    const qint64 before = residentBytes();
-    for (int i = 0; i < 10; ++i) {
-        QElapsedTimer timer;
-        timer.start();
+    const auto ask = [&server] {
         const HttpOutcome outcome = send(server.url());
-        EXPECT_LT(timer.elapsed(), oneSecondMs);
         EXPECT_EQ(errorOf(outcome), GetParam().code);
         if (GetParam().code == 0) {
             EXPECT_EQ(responseOf(outcome).body.size(), HttpResponse::bodyLimit);
         }
-    }
+    };
+    EXPECT_TRUE(takesLessThan(afterASecond, ask));
+    const qint64 before = residentBytes();
+    for (int i = 0; i < 10; ++i)
+        ask();
     const qint64 growth = residentBytes() - before;
     RecordProperty("bytes", int(growth));
 #if !defined(__SANITIZE_ADDRESS__) && !defined(__SANITIZE_THREAD__)
@@ -512,13 +508,12 @@ INSTANTIATE_TEST_SUITE_P(
 TEST(CurlHttpClient, leavesAnEndlessHeaderLine)
 {
     const LoopbackServer server(flooding("HTTP/1.1 200 OK\r\nX-Long: ", QByteArray(65536, 'x')));
-    QElapsedTimer timer;
-    timer.start();
-    const int code = errorOf(send(server.url()));
-    EXPECT_NE(code, 0);
-    EXPECT_NE(code, HttpError::secureConnectionFailed);
-    EXPECT_NE(code, HttpError::certificateUntrusted);
-    EXPECT_LT(timer.elapsed(), oneSecondMs);
+    EXPECT_TRUE(takesLessThan(afterASecond, [&server] {
+        const int code = errorOf(send(server.url()));
+        EXPECT_NE(code, 0);
+        EXPECT_NE(code, HttpError::secureConnectionFailed);
+        EXPECT_NE(code, HttpError::certificateUntrusted);
+    }));
 }
 
 TEST(CurlHttpClient, takesHeadersUpToItsLimit)
@@ -548,20 +543,15 @@ class Stop : public testing::TestWithParam<SlowRow>
 TEST_P(Stop, endsTheRequestAtOnce)
 {
     const LoopbackServer server(GetParam().behaviour);
-    qint64 quickest = oneSecondMs;
-    for (int i = 0; i < 5; ++i) {
+    EXPECT_TRUE(takesLessThan(700ms, [&server] {
         std::stop_source source;
         auto request = std::async(
             std::launch::async, [&] { return send(server.url(), "GET", {}, source.get_token()); });
-        std::this_thread::sleep_for(std::chrono::milliseconds(100));
-        QElapsedTimer timer;
-        timer.start();
+        // Until it waits for the server alone. libcurl has a timer of its own in the first 200 ms.
+        std::this_thread::sleep_for(300ms);
         source.request_stop();
         EXPECT_EQ(errorOf(request.get()), HttpError::cancelled);
-        quickest = std::min(quickest, timer.elapsed());
-        EXPECT_LT(timer.elapsed(), 500);
-    }
-    EXPECT_LT(quickest, 50);
+    }));
 }
 
 INSTANTIATE_TEST_SUITE_P(
@@ -576,7 +566,8 @@ INSTANTIATE_TEST_SUITE_P(
                     SlowRow{"redirects",
                             [](LoopbackConnection &connection) {
                                 const QByteArray head = connection.readHead();
-                                connection.pause(60);
-                                connection.send(redirectTo(head.split(' ').value(1) + "a"));
+                                if (!head.startsWith("GET / "))
+                                    connection.hold();
+                                connection.send(redirectTo("/a"));
                             }}),
     rowName);

@@ -138,7 +138,7 @@ LooksCase {
         use(data.family);
         show([shop]);
         const before = box(find(0, "title"), view);
-        card(0).ask();
+        ask(0);
         tryCompare(find(0, "confirmation"), "scale", 1);
         settle();
         checkTexts(view);

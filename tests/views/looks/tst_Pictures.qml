@@ -69,7 +69,7 @@ LooksCase {
 
     function test_confirming() {
         show([shop, api]);
-        card(0).ask();
+        ask(0);
         tryCompare(findChild(card(0), "confirmation"), "scale", 1);
         look("confirming");
     }
@@ -93,8 +93,7 @@ LooksCase {
         machine.setSlow(false);
         tryCompare(machine.panel, "runningCount", 2);
         tryVerify(() => card(1) !== null);
-        card(1).ask();
-        find(1, "withdrawal").stop();
+        ask(1);
         tryCompare(find(1, "confirmation"), "scale", 1);
         tryCompare(card(1), "opacity", 0.5);
         freeze();

@@ -30,7 +30,7 @@ LooksCase {
         if (!isEmpty) {
             findChild(view, "cards").toggleExpand("3000");
             if (data.name === "xmark.circle.fill")
-                card(0).ask();
+                ask(0);
         }
         settle();
         const item = symbol(view, data.name);
@@ -63,7 +63,7 @@ LooksCase {
     // What is even is drawn even, at every scale: it looks like its mirror images.
     function test_areEven() {
         show([shop, api]);
-        card(0).ask();
+        ask(0);
         settle();
         const even = {
             cross: () => find(1, "stop"),
