@@ -92,7 +92,7 @@ LooksCase {
 
     function test_capsuleIsTwoPointsHigherThanItsButtons() {
         show([shop]);
-        card(0).ask();
+        ask(0);
         const capsule = find(0, "confirmation");
         tryCompare(capsule, "scale", 1);
         const boxes = ["cancel", "confirm"].map(name => box(find(0, name), capsule));
@@ -130,6 +130,18 @@ LooksCase {
             check(steps.map((step, index) => [change + " " + index, step, alike(step)]));
         }
         verify(onTheWay.ask > 0 && onTheWay.withdraw > 0, "takes time");
+    }
+
+    // What is drawn for another screen's scale takes the place of what was drawn before.
+    function test_cardsLookTheSameAfterAScreenOfAnotherScale() {
+        show([shop, api]);
+        settle();
+        const width = machine.inkOf(find(0, "disc")).width;
+        machine.rememberPicture(view);
+        machine.moveToScreen(view, 1);
+        tryVerify(() => machine.inkOf(find(0, "disc")).width > 1.5 * width);
+        machine.moveToScreen(view, 0);
+        tryVerify(() => !machine.hasChanged(view));
     }
 
     function test_keyThatOpensACardScrollsItIntoView_data() {
