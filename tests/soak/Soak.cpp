@@ -237,6 +237,7 @@ public:
         waitUntil([this, due] { return m_lists >= due(); });
         const auto dueTicks =
             static_cast<int>(m_sinceStart.elapsed() / AppState::refreshInterval.count());
+        waitUntil([this, dueTicks] { return m_ticks >= dueTicks; }, 1000); // the last may be late
         return std::max(0, dueTicks - m_ticks) + std::abs(due() - m_lists);
     }
     int ticks() const { return m_ticks; }
