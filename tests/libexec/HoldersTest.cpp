@@ -37,6 +37,12 @@ TEST(Holders, dockerProxies)
     EXPECT_EQ(match(any, "0.0.0.0"), ProxyMatch::exact);
     EXPECT_EQ(match(any, "::"), ProxyMatch::wildcard);
     EXPECT_EQ(match(any, "127.0.0.1"), ProxyMatch::none);
+    EXPECT_EQ(match({"p", "-proto", "tcp", "-host-ip", "0.0.0.0", "-host-port", "8081"}, "0.0.0.0"),
+              ProxyMatch::none);
+    EXPECT_EQ(
+        match({"p", "-proto", "tcp", "-host-ip", "0.0.0.0", "-host-port", "73616"}, "0.0.0.0"),
+        ProxyMatch::none)
+        << "65,536 too many";
     EXPECT_EQ(match({"p", "-proto", "udp", "-host-ip", "0.0.0.0", "-host-port", "8080"}, "0.0.0.0"),
               ProxyMatch::none);
     EXPECT_EQ(match({"p", "-proto", "tcp", "-host-ip", "x", "-host-port", "8080"}, "0.0.0.0"),

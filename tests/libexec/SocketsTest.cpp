@@ -101,6 +101,41 @@ TEST(Sockets, aDumpThatTheKernelGaveUpIsNoEmptyOne)
     EXPECT_EQ(parseDiagMessages(bytes, sizeof end, sockets), DiagEnd::error);
 }
 
+TEST(Sockets, howADumpEnds)
+{
+    const auto ending = [](uint16_t type, uint16_t flags) {
+        nlmsghdr header{};
+        header.nlmsg_len = sizeof header;
+        header.nlmsg_type = type;
+        header.nlmsg_flags = flags;
+        std::vector<ListeningSocket> sockets;
+        return parseDiagMessages(reinterpret_cast<const char *>(&header), sizeof header, sockets);
+    };
+    EXPECT_EQ(ending(NLMSG_DONE, NLM_F_MULTI), DiagEnd::done);
+    EXPECT_EQ(ending(NLMSG_DONE, NLM_F_MULTI | NLM_F_DUMP_INTR), DiagEnd::interrupted);
+    EXPECT_EQ(ending(NLMSG_ERROR, 0), DiagEnd::error);
+}
+
+TEST(Sockets, rowsThatAreNoSocketsAreLeftOut)
+{
+    const auto rows = [](const std::string &address, const std::string &state,
+                         const std::string &user, const std::string &inode) {
+        return parseTcpTable("header\n   0: " + address + " 00000000:0000 " + state +
+                                 " 00000000:00000000 00:00000000 00000000 " + user + " 0 " + inode +
+                                 " 1\n",
+                             false)
+            .size();
+    };
+    EXPECT_EQ(rows("0100007F:1F90", "0A", "0", "7"), 1U);
+    for (const char *const address :
+         {"0100007G:1F90", "0100007f:1F90", "0100007F:1F9x", "0100007F-1F90", "0100007F:1F9", "x"})
+        EXPECT_EQ(rows(address, "0A", "0", "7"), 0U) << address;
+    EXPECT_EQ(rows("0100007F:1F90", "00000000A", "0", "7"), 0U);
+    EXPECT_EQ(rows("0100007F:1F90", "0A", "4294967296", "7"), 0U);
+    EXPECT_EQ(rows("0100007F:1F90", "0A", "x", "7"), 0U);
+    EXPECT_EQ(rows("0100007F:1F90", "0A", "0", "x"), 0U);
+}
+
 TEST(Sockets, bothSourcesTellTheSame)
 {
     auto netlink = socketsFromNetlink();

@@ -17,6 +17,25 @@ using UserNames = SuppliedTools;
 
 INSTANTIATE_TEST_SUITE_P(As, UserNames, testing::Values(0U, strangerUser), viewerName);
 
+// What a directory service of long ago had in /etc/passwd.
+TEST_P(UserNames, entriesThatBeginWithASignAreNoNames)
+{
+    const std::string user = std::to_string(viewer() == 0 ? 54399 : viewer());
+    const std::string users = directory().path("passwd");
+    std::ofstream(users) << "+old:x:" << user << ":0:::\n-older:x:" << user << ":0:::\n";
+    const auto before = [&] {
+        return enterNamespaces(CLONE_NEWNS) &&
+               mount("none", "/", nullptr, MS_REC | MS_PRIVATE, nullptr) == 0 &&
+               mount(users.c_str(), "/etc/passwd", nullptr, MS_BIND, nullptr) == 0 && asViewer()();
+    };
+    if (runProgram("/bin/true", {}, before).status != 0)
+        GTEST_SKIP() << "nothing may be mounted here";
+    const OddProcess own({"listen 127.0.0.1", {"x"}, "", asUser(uid_t(std::stoi(user)))});
+    const auto list = rowsOf(own.port(), before);
+    ASSERT_EQ(list.size(), 1U);
+    EXPECT_EQ(list[0].user, user);
+}
+
 TEST_P(UserNames, aDatabaseThatHangsCostsTheName)
 {
     const std::string settings = directory().path("nsswitch.conf");

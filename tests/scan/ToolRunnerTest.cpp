@@ -12,8 +12,10 @@
 #include <cerrno>
 #include <csignal>
 #include <sys/resource.h>
+#include <sys/wait.h>
 #include <system_error>
 #include <thread>
+#include <unistd.h>
 
 using namespace tidewick;
 
@@ -207,6 +209,36 @@ TEST(ToolRunner, keepsNoDescriptor)
         startError(QStringLiteral("/usr"));
     }
     EXPECT_EQ(descriptors(), before);
+}
+
+TEST(ToolRunner, missingDescriptorsAreAnErrorAtAnyStep)
+{
+#ifdef __SANITIZE_ADDRESS__
+    GTEST_SKIP() << "the sanitizer itself needs descriptors";
+#endif
+    const auto outcome = [] {
+        try {
+            return run(QStringLiteral("/bin/echo"), {QStringLiteral("x")}).standardOutput;
+        } catch (const ToolStartError &error) {
+            return QByteArray("error: ") + error.description().toUtf8();
+        }
+    };
+    rlimit limit{};
+    getrlimit(RLIMIT_NOFILE, &limit);
+    const int lowestFree = dup(STDERR_FILENO);
+    close(lowestFree);
+    QList<QByteArray> outcomes;
+    for (int room = 0; room < 24; ++room) {
+        const rlimit few{rlim_t(lowestFree + room), limit.rlim_max};
+        setrlimit(RLIMIT_NOFILE, &few);
+        outcomes.append(outcome());
+        setrlimit(RLIMIT_NOFILE, &limit);
+        EXPECT_TRUE(outcomes.last() == "x\n" || outcomes.last().startsWith("error: /bin/echo: "))
+            << room << ": " << outcomes.last().toStdString();
+        EXPECT_EQ(waitpid(-1, nullptr, WNOHANG), -1) << "a child is left with room for " << room;
+    }
+    EXPECT_TRUE(outcomes.first().contains(systemText(EMFILE).toUtf8()));
+    EXPECT_EQ(outcomes.last(), "x\n");
 }
 
 /// A lost output is rare: about one in 100,000. scripts/soak asks often enough.

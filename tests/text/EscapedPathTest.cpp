@@ -41,6 +41,9 @@ INSTANTIATE_TEST_SUITE_P(
                     EscapedPathRow{"noByte", "/\\x00", std::nullopt},
                     EscapedPathRow{"unknownEscape", "/\\q", std::nullopt},
                     EscapedPathRow{"halfAnEscape", "/\\x4", std::nullopt},
+                    EscapedPathRow{"oneDigit", "/\\x4g", std::nullopt},
+                    EscapedPathRow{"caretAndWhatFollowsTheLetters", "/^`", QStringLiteral("/^`")},
+                    EscapedPathRow{"caretAndTheLastOfThem", "/^_", std::nullopt},
                     EscapedPathRow{"sign", "/\\x+4", std::nullopt},
                     EscapedPathRow{"backslashAtTheEnd", "/\\", std::nullopt}),
     [](const testing::TestParamInfo<EscapedPathRow> &info) { return info.param.name; });
