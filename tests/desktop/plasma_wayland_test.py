@@ -2,6 +2,8 @@
 uses; the X server knows nothing of Plasma's windows, so the panel is what changes in the picture."""
 
 import os
+import signal
+import subprocess
 import time
 import unittest
 
@@ -13,6 +15,8 @@ EDGE = os.environ.get("TIDEWICK_PANEL_EDGE", "top")
 WIDTH, HEIGHT = 1280, 800
 BAR, GAP = 32, 6
 PANEL = (480, 540)
+ENTRIES = {"Settings": 0.5, "Quit": 0.87}  # where they are in the menu: 0 is its upper end
+PID_FILE = os.path.join(os.environ["TIDEWICK_DESKTOP"], "plasmashell.pid")
 
 
 def picture():
@@ -20,6 +24,8 @@ def picture():
 
 
 class PlasmaTest(unittest.TestCase):
+    shells = []  # that were started again; they stay for the tests that follow
+
     def setUp(self):
         self.rest()
         self.addCleanup(desktop.wait_until, lambda: not desktop.Picture().ink(), 10,
@@ -41,14 +47,18 @@ class PlasmaTest(unittest.TestCase):
         top = BAR if EDGE == "top" else 0
         return picture().crop((0, top, WIDTH, top + HEIGHT - BAR))
 
-    def panel(self):
-        """Left, top, width and height of what is drawn since the start; None for less than half of
-        a panel, such as a tooltip."""
+    def drawn(self):
+        """Left, top, width and height of what is drawn since the start, or None."""
         box = ImageChops.difference(self.closed, self.without_bar()).getbbox()
-        if not box or box[2] - box[0] < PANEL[0] / 2:
+        if not box:
             return None
         top = box[1] + (BAR if EDGE == "top" else 0)
         return box[0], top, box[2] - box[0], box[3] - box[1]
+
+    def panel(self):
+        """The same for what may be a panel; None for less than half of one, such as a tooltip."""
+        drawn = self.drawn()
+        return drawn if drawn and drawn[2] >= PANEL[0] / 2 else None
 
     def open_panel(self):
         desktop.click(*self.icon)
@@ -85,6 +95,53 @@ class PlasmaTest(unittest.TestCase):
             self.open_panel()
             desktop.press_key("Escape")
             self.assert_stays_closed()
+
+    def test_tool_tip_is_seen(self):
+        desktop.move_pointer(*self.icon)
+        left, _, width, height = desktop.wait_until_still(self.drawn, 5, "the tooltip")
+        desktop.screenshot(f"host-plasma-wayland-{EDGE}-tooltip")
+        self.assertTrue(width < 300 and height < 120, (width, height))
+        self.assertLess(left, self.icon[0] + width)
+
+    def choose(self, entry):
+        """Opens the menu and clicks an entry of it."""
+        subprocess.run(["xdotool", "mousemove", *map(str, self.icon), "click", "3"], check=True)
+
+        def menu():
+            drawn = self.drawn()
+            return drawn if drawn and drawn[2] > 80 else None
+        left, top, width, height = desktop.wait_until_still(menu, 5, "the menu")
+        desktop.screenshot(f"host-plasma-wayland-{EDGE}-menu")
+        desktop.click(left + width // 3, top + int(height * ENTRIES[entry]))
+
+    def test_menu_shows_settings(self):
+        self.choose("Settings")
+
+        def is_in_the_middle():
+            drawn = self.drawn()
+            return (drawn and drawn[0] < WIDTH / 2 < drawn[0] + drawn[2]
+                    and drawn[1] < HEIGHT / 2 < drawn[1] + drawn[3])
+        desktop.wait_until(is_in_the_middle, 5, "the settings")
+        desktop.screenshot(f"host-plasma-wayland-{EDGE}-settings")
+
+    def test_menu_quits(self):
+        self.choose("Quit")
+        self.assertEqual(self.program.wait(timeout=10), 0)
+
+    def test_icon_is_back_in_a_restarted_shell(self):
+        self.program.may_print(desktop.NO_TRAY)
+        with open(PID_FILE, encoding="utf-8") as file:
+            os.kill(int(file.read()), signal.SIGKILL)
+        desktop.wait_until(lambda: not desktop.Picture().ink(), 5, "a desktop without a bar")
+        self.shells.append(subprocess.Popen(
+            ["plasmashell"], env={**os.environ, "QT_QPA_PLATFORM": "wayland"},
+            stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL, start_new_session=True))
+        with open(PID_FILE, "w", encoding="utf-8") as file:
+            print(self.shells[-1].pid, file=file)
+        self.icon = self.place_of_icon()
+        self.rest()
+        self.closed = desktop.wait_until_still(self.without_bar, 20, "a whole desktop", 2)
+        self.open_panel()
 
     def test_second_start_opens_the_panel(self):
         desktop.start_again()
