@@ -17,6 +17,8 @@ ListView {
     property bool isByKeyboard: false
     // The card that the view itself gave the focus to.
     property Item given: null
+    // The card that opens, or opened last.
+    property PortCard opening: null
 
     readonly property PortCard focusedCard: cardAround(Window.activeFocusItem)
 
@@ -24,12 +26,21 @@ ListView {
         expandedPort = expandedPort === port ? "" : port;
     }
 
-    // Scrolls with a card that opens, so that all of it is in view.
+    // Scrolls with a card that opens, so that all of it is in view. It waits until all cards have
+    // made the same step, because one that closes moves those below it.
     function follow(card: PortCard) {
         if (!card.isOpening)
             return;
-        const lowest = card.y - topMargin;
-        const highest = card.y + card.steadyHeight + bottomMargin - height;
+        opening = card;
+        Qt.callLater(bringIntoView);
+    }
+
+    function bringIntoView() {
+        if (!opening)
+            return;
+        forceLayout();
+        const lowest = opening.y - topMargin;
+        const highest = opening.y + opening.steadyHeight + bottomMargin - height;
         contentY = Math.min(lowest, Math.max(highest, contentY));
     }
 

@@ -178,6 +178,22 @@ LooksCase {
         tryVerify(() => isSame(bottom(), list.height - list.bottomMargin), 1000, "at the edge");
     }
 
+    // Two cards change in one moment, and the place of the lower one follows.
+    function test_cardThatOpensWhileOneAboveClosesStopsAtTheEdge() {
+        const numbers = [1, 2, 3, 4, 5, 6];
+        show(numbers.map(n => Object.assign({}, shop, { port: 3000 + n, pid: String(n) })));
+        const list = findChild(view, "cards");
+        const bottom = () => card(3).mapToItem(list, 0, card(3).height).y;
+        toggle("3003");
+        tryVerify(() => isOpen(2));
+        settle();
+        list.contentY = card(3).y + card(3).height - list.height;
+        toggle("3004");
+        tryVerify(() => isOpen(3) && find(2, "details").height === 0);
+        settle();
+        verify(isSame(bottom(), list.height - list.bottomMargin), "ends at " + bottom());
+    }
+
     // It turns on to where it started.
     function test_refreshArrowComesToRest() {
         show([]);
