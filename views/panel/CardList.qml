@@ -32,7 +32,7 @@ ListView {
         if (!card.isOpening)
             return;
         opening = card;
-        Qt.callLater(bringIntoView);
+        settling.restart();
     }
 
     function bringIntoView() {
@@ -115,6 +115,13 @@ ListView {
         objectName: "clock"
         window: list.Window.window
         isWanted: list.panel.liveCount > 0 && !list.panel.reducesMotion
+    }
+
+    Timer {
+        id: settling
+
+        interval: 0
+        onTriggered: list.bringIntoView()
     }
 
     // Not during the change itself, because a card may be about to disappear.
