@@ -123,7 +123,12 @@ class WaybarTest(unittest.TestCase):
         with open(PID_FILE, "w", encoding="utf-8") as file:
             print(self.panels[-1].pid, file=file)
         self.icon = self.place_of_icon()
-        self.open_panel()
+        desktop.wait_until(self.opens, 15, "the panel")
+
+    def opens(self):
+        """Whether a click opens the panel; a bar that has just started can miss it."""
+        self.pointer.click(*self.icon)
+        return desktop.comes(panel_sizes, 3)
 
 
 if __name__ == "__main__":
