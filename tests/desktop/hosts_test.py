@@ -21,9 +21,10 @@ PROGRAM_OF_PANEL = {"xfce": "xfce4-panel", "lxqt": "lxqt-panel", "mate": "mate-p
 PID_FILE = os.path.join(os.environ["TIDEWICK_DESKTOP"], PROGRAM_OF_PANEL + ".pid")
 WIDTH, HEIGHT = 1280 * SCALE, 800 * SCALE
 GAP = 6 * SCALE
-CLICK_OPENS = PANEL not in ("ayatana", "budgie-indicator")  # else it opens the menu, which has an entry more
+# Else it opens the menu, which has an entry more.
+CLICK_OPENS = PANEL not in ("ayatana", "budgie-indicator")
 HAS_TOOL_TIP = CLICK_OPENS and PANEL != "cinnamon"  # that is a window
-# Where the entries are in the menu: 0 is its upper end, 1 its lower one. Budgie's menu has a margin.
+# Where the entries are in the menu: 0 is its upper end, 1 its lower one. Budgie's has a margin.
 ENTRIES = {"budgie-indicator": {"Show": 0.21, "Settings": 0.56, "Quit": 0.75},
            "ayatana": {"Show": 0.12, "Settings": 0.54, "Quit": 0.9}}.get(
                PANEL, {"Settings": 0.5, "Quit": 0.87})
