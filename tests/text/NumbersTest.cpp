@@ -39,3 +39,34 @@ INSTANTIATE_TEST_SUITE_P(
                     NumberRow{"overflow", u"1e999", std::nullopt},
                     NumberRow{"notANumber", u"nan", std::nullopt}),
     rowName);
+
+struct IntegerRow
+{
+    const char *name;
+    const char16_t *text;
+    std::optional<qint64> number;
+};
+
+class Integer : public testing::TestWithParam<IntegerRow>
+{
+};
+
+TEST_P(Integer, isReadOrRefused)
+{
+    EXPECT_EQ(parseInteger(GetParam().text), GetParam().number);
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Rows, Integer,
+    testing::Values(IntegerRow{"plain", u"90", 90}, IntegerRow{"firstDigit", u"0", 0},
+                    IntegerRow{"plus", u"+19", 19}, IntegerRow{"minus", u"-19", -19},
+                    IntegerRow{"most", u"9223372036854775807", 9223372036854775807},
+                    IntegerRow{"tooMany", u"9223372036854775808", std::nullopt},
+                    IntegerRow{"empty", u"", std::nullopt},
+                    IntegerRow{"signAlone", u"+", std::nullopt},
+                    IntegerRow{"twoSigns", u"+-1", std::nullopt},
+                    IntegerRow{"blank", u" 1", std::nullopt},
+                    IntegerRow{"signBeforeADigit", u"1/2", std::nullopt},
+                    IntegerRow{"signBehindADigit", u"1:2", std::nullopt},
+                    IntegerRow{"foreignDigits", u"\u0661", std::nullopt}),
+    rowName);

@@ -51,11 +51,37 @@ INSTANTIATE_TEST_SUITE_P(
                     VisibleRow{"manyMarksBeyondTheFirstPlane",
                                u"a\u20dd\U0001d167\U0001d167\U0001d167\U0001d167\U0001d167",
                                u"a\u20dd\U0001d167\U0001d167\U0001d167"},
+                    VisibleRow{"manyMarksOnNothing", u"\u0301\u0301\u0301\u0301\u0301",
+                               u"\u0301\u0301\u0301\u0301"},
                     VisibleRow{"marksBetweenWhatCannotBeSeen",
                                u"a\u0301\u0301\u200b\u0301\u0301\u200b\u0301\u0301",
                                u"a\u0301\u0301 \u0301\u0301 \u0301\u0301"},
                     VisibleRow{"halfAPair", u"a\xd83d", u"a\ufffd"}),
     rowName);
+
+TEST(VisibleCharacters, knowTheEndsOfEachRangeThatCannotBeSeen)
+{
+    for (const char32_t character :
+         {0x34fU, 0x115fU, 0x1160U, 0x17b4U, 0x17b5U, 0x180bU, 0x180fU, 0x2065U, 0x2800U, 0x3164U,
+          0xfe00U, 0xfe0fU, 0xffa0U, 0xfff0U, 0xfff8U, 0xe0000U, 0xe0100U, 0xe01efU, 0xe0fffU})
+        EXPECT_EQ(visibleText(QString::fromUcs4(&character, 1)), QStringLiteral(" "))
+            << std::hex << static_cast<uint>(character);
+    for (const char32_t character : {0x34eU,  0x350U,  0x115eU, 0x1161U, 0x17b3U,  0x17b6U, 0x180aU,
+                                     0x1810U, 0x27ffU, 0x2801U, 0x3163U, 0x3165U,  0xfdffU, 0xfe10U,
+                                     0xff9fU, 0xffa1U, 0xffefU, 0xfffcU, 0xdffffU, 0xe1000U})
+        EXPECT_EQ(visibleText(QString::fromUcs4(&character, 1)), QString::fromUcs4(&character, 1))
+            << std::hex << static_cast<uint>(character);
+}
+
+TEST(VisibleCharacters, knowTheEndsOfTheSelectors)
+{
+    for (const char32_t selector : {0xfe00U, 0xfe0fU, 0xe0100U, 0xe01efU}) {
+        const QString text = u'a' + QString::fromUcs4(&selector, 1);
+        EXPECT_EQ(visibleText(text), text) << std::hex << static_cast<uint>(selector);
+    }
+    for (const char32_t other : {0xe00ffU, 0xe01f0U})
+        EXPECT_EQ(visibleText(u'a' + QString::fromUcs4(&other, 1)), QStringLiteral("a "));
+}
 
 TEST(VisibleLines, keepsLineFeedsAndNoOtherNewline)
 {
