@@ -3,6 +3,7 @@
 import importlib.machinery
 import importlib.util
 import pathlib
+import subprocess
 import tempfile
 import unittest
 
@@ -52,6 +53,9 @@ class Cpp(unittest.TestCase):
         for before, after in (("0", "1"), ("9", "10"), ("0x1f", "0x20"), ("17U", "18U"),
                               ("1'000", "1001"), ("0.25", "0.35")):
             self.assertEqual(in_body(f"return {before};"), [("constant", f"return {after};")])
+
+    def test_sizes_of_arrays_stay(self):
+        self.assertEqual(in_body("std::array<char, 16> a;"), [])
 
     def test_the_mark_of_a_pure_function_stays(self):
         self.assertEqual(changed("class A { virtual void f() const = 0; };"), [])
@@ -156,6 +160,59 @@ class Kept(unittest.TestCase):
         mutation = mutants.mutations("scan/A.cpp", text)[0]
         found = mutants.Mutant("scan/A.cpp", text, mutation).changed_lines()
         self.assertEqual(reasons.get(found), "They differ.")
+
+
+class Together(unittest.TestCase):
+    """Many mistakes in one program, of which the environment chooses one."""
+
+    TEXT = """#include <initializer_list>
+constexpr int two() { return 2; }
+int main(int count, char **)
+{
+    int sum = 0;
+    for (const int value : {1, two()})
+        sum += value;
+    return count < 1 ? 0 : sum;
+}
+"""
+
+    def variants(self, mutations=None):
+        source = mutants.Source("scan/A.cpp", self.TEXT)
+        return mutants.Variants(source, mutations or mutants.mutations("scan/A.cpp", self.TEXT))
+
+    def built(self, text, place):
+        file = pathlib.Path(place, "A.cpp")
+        file.write_text(text)
+        return subprocess.run(["g++", "-o", file.with_suffix(""), file], check=False,
+                              capture_output=True, text=True, env={"PATH": "/usr/bin", "LC_ALL": "C"})
+
+    def status(self, place, number):
+        return subprocess.run([pathlib.Path(place, "A")], check=False,
+                              env={mutants.VARIABLE: str(number)}).returncode
+
+    def test_each_acts_as_if_it_were_alone(self):
+        variants = self.variants()
+        with tempfile.TemporaryDirectory() as place:
+            self.assertEqual(self.built(variants.text, place).stderr, "")
+            together = {0: self.status(place, 0)}
+            for number in variants.numbered:
+                together[number] = self.status(place, number)
+            for number, mutation in variants.numbered.items():
+                self.built(mutants.mutated(self.TEXT, mutation), place)
+                self.assertEqual(together[number], self.status(place, 0), mutation)
+        self.assertEqual(together[0], 3)
+        self.assertGreater(len(set(together.values())), 2)
+
+    def test_what_the_compiler_must_know_is_left_out(self):
+        self.assertEqual([mutation.text for mutation in self.variants().others], ["3"])
+
+    def test_those_that_do_not_compile_are_told(self):
+        mistake = mutants.mutations("scan/A.cpp", self.TEXT)[1]
+        wrong = mistake._replace(text="unknown")
+        variants = self.variants([wrong, *mutants.mutations("scan/A.cpp", self.TEXT)])
+        with tempfile.TemporaryDirectory() as place:
+            self.assertEqual(variants.failed(self.built(variants.text, place).stderr, "A.cpp"),
+                             {wrong})
 
 
 if __name__ == "__main__":
