@@ -1,16 +1,8 @@
 #include "views/card/CardShadow.h"
 
-#include <QPainter>
-#include <QPainterPath>
-#include <QQuickWindow>
-#include <QSGImageNode>
-#include <QSGTexture>
-
 #include <algorithm>
-#include <array>
 #include <cmath>
-#include <memory>
-#include <vector>
+#include <utility>
 
 namespace tidewick
 {
@@ -35,49 +27,50 @@ double darkness(double distance)
     return opacity * std::erfc(distance / (radius / 2 * std::sqrt(2.0))) / 2;
 }
 
-/// The picture and its pieces, for one number of pixels in a point.
-class ShadowNode : public QSGNode
+/// How far the picture reaches beyond the card, in pixels.
+int pixelsBeyond(double pixelsPerPoint)
 {
-public:
-    ShadowNode(QQuickWindow &window, double pixelsPerPoint)
-        : pixelsPerPoint(pixelsPerPoint),
-          m_texture(window.createTextureFromImage(cardShadowImage(pixelsPerPoint)))
-    {
-        for (QSGImageNode *&piece : m_pieces) {
-            piece = window.createImageNode();
-            piece->setTexture(m_texture.get());
-            piece->setFiltering(QSGTexture::Nearest);
-            appendChildNode(piece);
-        }
+    return static_cast<int>(std::ceil(reach * pixelsPerPoint));
+}
+
+/// The pixel of `shadow` that the pixel `index` of `count` shows in a larger one, whose straight
+/// sides repeat the middle.
+int source(int index, int count, int shadow)
+{
+    const int corner = shadow / 2;
+    return index < corner ? index : std::max(corner, index + shadow - count);
+}
+
+/// This part of the shadow of `size`.
+QImage partOf(const QImage &shadow, QSize size, const QRect &part)
+{
+    QImage image(part.size(), QImage::Format_ARGB32_Premultiplied);
+    for (int y = 0; y < part.height(); ++y) {
+        auto *const pixels = reinterpret_cast<QRgb *>(image.scanLine(y));
+        const auto *const sources = reinterpret_cast<const QRgb *>(
+            shadow.constScanLine(source(part.y() + y, size.height(), shadow.height())));
+        for (int x = 0; x < part.width(); ++x)
+            pixels[x] = sources[source(part.x() + x, size.width(), shadow.width())];
     }
+    return image;
+}
 
-    void surround(QSizeF card)
-    {
-        const double right = card.width() + reach;
-        const double bottom = card.height() + reach;
-        const std::array<double, 4> xs{-reach, patch - reach, right - patch, right};
-        const std::array<double, 4> ys{-reach, patch - reach, bottom - patch, bottom};
-        const double size = m_texture->textureSize().width();
-        const double corner = std::ceil(patch * pixelsPerPoint);
-        const std::array<double, 4> pixels{0, corner, size - corner, size};
-        std::size_t index = 0;
-        for (std::size_t row = 0; row < 3; ++row) {
-            for (std::size_t column = 0; column < 3; ++column, ++index) {
-                m_pieces[index]->setRect(
-                    QRectF(QPointF(xs[column], ys[row]), QPointF(xs[column + 1], ys[row + 1])));
-                m_pieces[index]->setSourceRect(
-                    QRectF(QPointF(pixels[column], pixels[row]),
-                           QPointF(pixels[column + 1], pixels[row + 1])));
-            }
-        }
-    }
-
-    const double pixelsPerPoint;
-
-private:
-    std::unique_ptr<QSGTexture> m_texture;
-    std::array<QSGImageNode *, 9> m_pieces{};
-};
+QList<PicturePiece> sidesOfShadow(QSize card, double pixelsPerPoint)
+{
+    static double scale = 0;
+    static QImage shadow;
+    if (std::exchange(scale, pixelsPerPoint) != pixelsPerPoint)
+        shadow = cardShadowImage(pixelsPerPoint);
+    const int beyond = pixelsBeyond(pixelsPerPoint);
+    const QSize size = card + 2 * QSize(beyond, beyond);
+    // Below three fifths of a corner's height, its line is within a tenth of its width.
+    const int high = beyond + static_cast<int>(std::ceil(0.6 * corner * pixelsPerPoint));
+    const int wide = beyond + static_cast<int>(std::ceil(0.1 * corner * pixelsPerPoint)) + 1;
+    QList<PicturePiece> sides;
+    for (const QRect &side : sidesOf(size, high, wide))
+        sides.append({partOf(shadow, size, side), side.topLeft()});
+    return sides;
+}
 
 } // namespace
 
@@ -86,7 +79,8 @@ QImage cardShadowImage(double pixelsPerPoint)
     // One stretched pixel between the corners.
     const int side = 2 * static_cast<int>(std::ceil(patch * pixelsPerPoint)) + 1;
     const double points = side / pixelsPerPoint;
-    const QRectF card(reach, reach, points - 2 * reach, points - 2 * reach);
+    const double beyond = pixelsBeyond(pixelsPerPoint) / pixelsPerPoint;
+    const QRectF card(beyond, beyond, points - 2 * beyond, points - 2 * beyond);
     const QRectF below = card.translated(0, drop);
     QImage image(side, side, QImage::Format_ARGB32_Premultiplied);
     for (int y = 0; y < side; ++y) {
@@ -101,36 +95,18 @@ QImage cardShadowImage(double pixelsPerPoint)
     return image;
 }
 
-CardShadow::CardShadow(QQuickItem *parent) : QQuickItem(parent)
+int CardShadow::overhang(QSize /*pixels*/, double pixelsPerPoint) const
 {
-    setFlag(ItemHasContents);
+    return pixelsBeyond(pixelsPerPoint);
 }
 
-QSGNode *CardShadow::updatePaintNode(QSGNode *old, UpdatePaintNodeData * /*data*/)
+QList<PicturePiece> CardShadow::pieces(QSize pixels, double pixelsPerPoint) const
 {
-    const double pixelsPerPoint = window()->effectiveDevicePixelRatio();
-    auto *node = static_cast<ShadowNode *>(old);
-    if (node != nullptr && node->pixelsPerPoint != pixelsPerPoint) {
-        delete node;
-        node = nullptr;
-    }
-    if (node == nullptr)
-        node = new ShadowNode(*window(), pixelsPerPoint);
-    node->surround(size());
-    return node;
-}
-
-void CardShadow::itemChange(ItemChange change, const ItemChangeData &data)
-{
-    if (change == ItemDevicePixelRatioHasChanged)
-        update();
-    QQuickItem::itemChange(change, data);
-}
-
-void CardShadow::geometryChange(const QRectF &now, const QRectF &before)
-{
-    QQuickItem::geometryChange(now, before);
-    update();
+    static std::pair<QSize, double> last;
+    static QList<PicturePiece> lastPieces;
+    if (std::exchange(last, {pixels, pixelsPerPoint}) != std::pair(pixels, pixelsPerPoint))
+        lastPieces = sidesOfShadow(pixels, pixelsPerPoint);
+    return lastPieces;
 }
 
 } // namespace tidewick

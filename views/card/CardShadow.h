@@ -1,8 +1,6 @@
 #pragma once
 
-#include <QImage>
-#include <QQuickItem>
-#include <QtQmlIntegration>
+#include "views/controls/Picture.h"
 
 namespace tidewick
 {
@@ -22,20 +20,19 @@ constexpr double patch = reach + corner + radius; // a corner of the picture; th
 /// card covers.
 QImage cardShadowImage(double pixelsPerPoint);
 
-/// The shadow around a card of this item's size, made of nine pieces of one picture, because the
-/// scene graph has no shadow without shaders. It extends beyond the item's edges.
-class CardShadow : public QQuickItem
+/// The shadow around a card of this item's size, without shaders, which the scene graph lacks. It
+/// extends beyond the item's edges. Cards of one size share its pixels.
+class CardShadow : public tidewick::Picture
 {
     Q_OBJECT
     QML_ELEMENT
 
 public:
-    explicit CardShadow(QQuickItem *parent = nullptr);
+    using Picture::Picture;
 
 protected:
-    QSGNode *updatePaintNode(QSGNode *old, UpdatePaintNodeData *data) override;
-    void itemChange(ItemChange change, const ItemChangeData &data) override;
-    void geometryChange(const QRectF &now, const QRectF &before) override;
+    int overhang(QSize pixels, double pixelsPerPoint) const override;
+    QList<PicturePiece> pieces(QSize pixels, double pixelsPerPoint) const override;
 };
 
 } // namespace tidewick

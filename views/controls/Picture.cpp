@@ -5,11 +5,68 @@
 #include <QSGImageNode>
 #include <QSGTexture>
 
-#include <algorithm>
-#include <cmath>
+#include <utility>
 
 namespace tidewick
 {
+namespace
+{
+
+/// One node for each piece.
+class PictureNode : public QSGNode
+{
+public:
+    void show(QQuickWindow &window, const QList<PicturePiece> &pieces)
+    {
+        m_places.clear();
+        for (const PicturePiece &piece : pieces)
+            m_places.append(QRect(piece.place, piece.image.size()));
+        while (childCount() > pieces.size())
+            delete lastChild();
+        for (int i = 0; i < pieces.size(); ++i) {
+            QSGImageNode *const node = i < childCount() ? &nodeAt(i) : newNode(window);
+            node->setTexture(window.createTextureFromImage(pieces[i].image));
+            node->setSourceRect(QRectF({}, node->texture()->textureSize()));
+            // The scene graph must not see it without a texture.
+            if (i == childCount())
+                appendChildNode(node);
+        }
+    }
+
+    /// With the first pixel of the picture at `first`.
+    void place(QPointF first, double pixelsPerPoint)
+    {
+        for (int i = 0; i < m_places.size(); ++i)
+            nodeAt(i).setRect(QRectF(first + QPointF(m_places[i].topLeft()) / pixelsPerPoint,
+                                     QSizeF(m_places[i].size()) / pixelsPerPoint));
+    }
+
+private:
+    static QSGImageNode *newNode(QQuickWindow &window)
+    {
+        QSGImageNode *const node = window.createImageNode();
+        node->setOwnsTexture(true);
+        // This changes only what stands in a scaled item.
+        node->setFiltering(QSGTexture::Linear);
+        return node;
+    }
+
+    QSGImageNode &nodeAt(int index) { return static_cast<QSGImageNode &>(*childAtIndex(index)); }
+
+    QList<QRect> m_places;
+};
+
+} // namespace
+
+QList<QRect> sidesOf(QSize picture, int high, int wide)
+{
+    const int bottom = picture.height() - high;
+    const int right = picture.width() - wide;
+    if (2 * high >= picture.height() || 2 * wide >= picture.width())
+        return {QRect({}, picture)};
+    return {QRect(0, 0, picture.width(), high), QRect(0, bottom, picture.width(), high),
+            QRect(0, high, wide, bottom - high), QRect(right, high, wide, bottom - high)};
+}
 
 Picture::Picture(QQuickItem *parent) : QQuickItem(parent)
 {
@@ -24,13 +81,18 @@ void Picture::redraw()
 
 QImage Picture::image(QSize pixels, double pixelsPerPoint) const
 {
-    const int beyond = overhang(pixels);
+    const int beyond = overhang(pixels, pixelsPerPoint);
     QImage image(pixels + 2 * QSize(beyond, beyond), QImage::Format_ARGB32_Premultiplied);
     image.fill(Qt::transparent);
     QPainter painter(&image);
     painter.setRenderHint(QPainter::Antialiasing);
     draw(painter, QRect(QPoint(beyond, beyond), pixels), pixelsPerPoint);
     return image;
+}
+
+QList<PicturePiece> Picture::pieces(QSize pixels, double pixelsPerPoint) const
+{
+    return {{image(pixels, pixelsPerPoint), {}}};
 }
 
 QSGNode *Picture::updatePaintNode(QSGNode *old, UpdatePaintNodeData * /*data*/)
@@ -42,24 +104,20 @@ QSGNode *Picture::updatePaintNode(QSGNode *old, UpdatePaintNodeData * /*data*/)
         m_isStale = true;
         return nullptr;
     }
-    auto *node = static_cast<QSGImageNode *>(old);
+    auto *node = static_cast<PictureNode *>(old);
     if (node == nullptr) {
-        node = window()->createImageNode();
-        node->setOwnsTexture(true);
-        // This changes only what stands in a scaled item.
-        node->setFiltering(QSGTexture::Linear);
+        node = new PictureNode;
         m_isStale = true;
     }
-    if (m_isStale) {
-        node->setTexture(window()->createTextureFromImage(image(pixels, pixelsPerPoint)));
-        node->setSourceRect(QRectF({}, node->texture()->textureSize()));
-        m_isStale = false;
-    }
+    if (std::exchange(m_isStale, false))
+        node->show(*window(), pieces(pixels, pixelsPerPoint));
     // Both edges are rounded to the same side, also halfway between two pixels.
     constexpr double nudge = 1.0 / 64;
-    QRectF place({}, QSizeF(node->texture()->textureSize()) / pixelsPerPoint);
-    place.moveCenter(boundingRect().center() - QPointF(nudge, nudge) / pixelsPerPoint);
-    node->setRect(place);
+    const int beyond = overhang(pixels, pixelsPerPoint);
+    const QSizeF picture = QSizeF(pixels + 2 * QSize(beyond, beyond)) / pixelsPerPoint;
+    node->place(boundingRect().center() - QPointF(picture.width(), picture.height()) / 2 -
+                    QPointF(nudge, nudge) / pixelsPerPoint,
+                pixelsPerPoint);
     return node;
 }
 

@@ -3,6 +3,7 @@
 #include <QPainter>
 
 #include <algorithm>
+#include <cmath>
 
 namespace tidewick
 {
@@ -36,6 +37,22 @@ void RoundedRectangle::draw(QPainter &painter, const QRectF &place, double pixel
     painter.setPen(QPen(m_borderColor, border));
     painter.setBrush(Qt::NoBrush);
     drawWithin(painter, place, border / 2, radius);
+}
+
+QList<PicturePiece> RoundedRectangle::pieces(QSize pixels, double pixelsPerPoint) const
+{
+    const QImage all = image(pixels, pixelsPerPoint);
+    if (m_color.alpha() > 0)
+        return {{all, {}}};
+    // Below three fifths of a corner's height, its line is within a tenth of its width.
+    const double high = 0.6 * m_radius * pixelsPerPoint;
+    const double wide = 0.1 * m_radius * pixelsPerPoint;
+    const double line = m_borderWidth * pixelsPerPoint + 1;
+    QList<PicturePiece> sides;
+    for (const QRect &side : sidesOf(pixels, static_cast<int>(std::ceil(std::max(high, line))),
+                                     static_cast<int>(std::ceil(wide + line))))
+        sides.append({all.copy(side), side.topLeft()});
+    return sides;
 }
 
 } // namespace tidewick

@@ -27,6 +27,7 @@ Q_SIGNALS:
 
 protected:
     void draw(QPainter &painter, const QRectF &place, double pixelsPerPoint) const override;
+    QList<PicturePiece> pieces(QSize pixels, double pixelsPerPoint) const override;
 
 private:
     qreal m_radius = 0;

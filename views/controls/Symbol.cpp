@@ -68,7 +68,7 @@ void Symbol::draw(QPainter &painter, const QRectF &place, double /*pixelsPerPoin
     drawSymbol(painter, m_name, square, m_color, m_weight);
 }
 
-int Symbol::overhang(QSize pixels) const
+int Symbol::overhang(QSize pixels, double /*pixelsPerPoint*/) const
 {
     // Half of what a square's diagonal is longer than its side.
     return m_angle == 0 ? 0 : static_cast<int>(std::ceil(pixels.width() * 0.21));

@@ -39,7 +39,7 @@ Q_SIGNALS:
     void sizeChanged();
 
 protected:
-    int overhang(QSize pixels) const override;
+    int overhang(QSize pixels, double pixelsPerPoint) const override;
     void draw(QPainter &painter, const QRectF &place, double pixelsPerPoint) const override;
 
 private:

@@ -231,16 +231,12 @@ FocusScope {
         }
     }
 
-    Rectangle {
+    RoundedRectangle {
         objectName: "edge"
         anchors.fill: parent
         radius: content.isRounded ? content.panel.cornerRadius : 0
-        color: "transparent"
+        borderColor: colors.white(0.1)
         // Whole pixels: else the corners are thinner than the sides.
-        border {
-            color: colors.white(0.1)
-            width: Math.round(Screen.devicePixelRatio) / Screen.devicePixelRatio
-            pixelAligned: false
-        }
+        borderWidth: Math.round(Screen.devicePixelRatio) / Screen.devicePixelRatio
     }
 }

@@ -28,7 +28,7 @@ LooksCase {
             ["backdrop's material, blending and state", [backdrop.material, backdrop.blending, backdrop.state], [15, 0, 1]],
             ["backdrop's emphasis", backdrop.emphasized, true],
             ["backdrop's fill", backdrop.color, Qt.color("#1E1E20")],
-            ["edge", [child("edge").border.color, child("edge").border.width, child("edge").radius], [white(0.1), Math.round(Screen.devicePixelRatio) / Screen.devicePixelRatio, 0]],
+            ["edge", [child("edge").borderColor, child("edge").borderWidth, child("edge").radius], [white(0.1), Math.round(Screen.devicePixelRatio) / Screen.devicePixelRatio, 0]],
             ["header's box", box(child("header"), view), [18, 0, 444, 44]],
             ["title", font(text(view, "Tidewick")), [14, Font.DemiBold, white(1)]],
             ["dash", font(text(view, "—")), [12, Font.Normal, white(0.3)]],
