@@ -6,13 +6,16 @@ Symbol {
     id: arrow
 
     required property bool isTurning
+    // Degrees. It is drawn by steps, because each picture costs as much as one of all the rings.
+    property real turn: 0
     readonly property bool isShown: Window.visibility !== Window.Hidden
 
     name: "arrow.clockwise"
     size: 13
     weight: Font.Medium
+    angle: 15 * Math.round(turn / 15)
 
-    RotationAnimation on angle {
+    RotationAnimation on turn {
         objectName: "turning"
         running: arrow.isTurning && arrow.isShown
         loops: Animation.Infinite
@@ -25,7 +28,7 @@ Symbol {
             else if (arrow.isShown)
                 resting.start();
             else
-                arrow.angle = 0;
+                arrow.turn = 0;
         }
     }
 
@@ -33,10 +36,10 @@ Symbol {
         id: resting
 
         target: arrow
-        property: "angle"
+        property: "turn"
         to: 360
         duration: 350
         easing.type: Easing.InOutQuad
-        onFinished: arrow.angle = 0
+        onFinished: arrow.turn = 0
     }
 }
