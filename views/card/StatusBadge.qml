@@ -9,8 +9,6 @@ Item {
     required property Pulse pulse
     property bool isInView: true
     readonly property bool isPulsing: isLive && isInView && visible && pulse.isRunning
-    // How far out the ring is, from 0 to 1.
-    readonly property real phase: isPulsing ? pulse.value : 1
 
     width: 42
     height: 42
@@ -30,11 +28,9 @@ Item {
         objectName: "ring"
         anchors.centerIn: parent
         visible: badge.isLive
-        opacity: 1 - 0.4 * badge.phase
         width: 54
         height: 54
-        diameter: 42 * (1 + 0.2 * badge.phase)
-        lineWidth: 1.5 * (1 + 0.2 * badge.phase)
+        pulse: badge.isPulsing ? badge.pulse : null
         color: colors.faded(colors.green, 0.4)
     }
 
