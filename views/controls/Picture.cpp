@@ -84,10 +84,13 @@ QImage Picture::image(QSize pixels, double pixelsPerPoint) const
     const int beyond = overhang(pixels, pixelsPerPoint);
     QImage image(pixels + 2 * QSize(beyond, beyond), QImage::Format_ARGB32_Premultiplied);
     image.fill(Qt::transparent);
-    QPainter painter(&image);
-    painter.setRenderHint(QPainter::Antialiasing);
-    draw(painter, QRect(QPoint(beyond, beyond), pixels), pixelsPerPoint);
-    return image;
+    {
+        QPainter painter(&image);
+        painter.setRenderHint(QPainter::Antialiasing);
+        draw(painter, QRect(QPoint(beyond, beyond), pixels), pixelsPerPoint);
+    }
+    // An image keeps what painted it, which takes more than most pictures here.
+    return image.copy();
 }
 
 QList<PicturePiece> Picture::pieces(QSize pixels, double pixelsPerPoint) const
@@ -99,7 +102,8 @@ QSGNode *Picture::updatePaintNode(QSGNode *old, UpdatePaintNodeData * /*data*/)
 {
     const double pixelsPerPoint = window()->effectiveDevicePixelRatio();
     const QSize pixels((size() * pixelsPerPoint).toSize());
-    if (pixels.isEmpty()) {
+    // Qt Quick asks this of hidden items too.
+    if (pixels.isEmpty() || !isVisible()) {
         delete old;
         m_isStale = true;
         return nullptr;
@@ -123,7 +127,7 @@ QSGNode *Picture::updatePaintNode(QSGNode *old, UpdatePaintNodeData * /*data*/)
 
 void Picture::itemChange(ItemChange change, const ItemChangeData &data)
 {
-    if (change == ItemDevicePixelRatioHasChanged)
+    if (change == ItemDevicePixelRatioHasChanged || change == ItemVisibleHasChanged)
         redraw();
     QQuickItem::itemChange(change, data);
 }
