@@ -7,7 +7,7 @@ Symbol {
 
     required property bool isTurning
     // Degrees. It is drawn by steps, because each picture costs as much as one of all the rings.
-    property real turn: 0
+    property real turn
     readonly property bool isShown: Window.visibility !== Window.Hidden
 
     name: "arrow.clockwise"
