@@ -20,7 +20,7 @@ Item {
     readonly property bool isBeingKilled: panel !== null && panel.killingPid === facts.pid
     property bool showKillConfirmation: false
     // Whether the details are just entering.
-    readonly property bool isOpening: isExpanded && unrolling.running
+    readonly property bool isOpening: isExpanded && unrolling.running && unrolling.isByToggle
     // Its height, without the part by which the spring overshoots.
     readonly property real steadyHeight: height - Math.max(0, detailsPlace.height - details.height)
     readonly property bool isShown: Window.visibility !== Window.Hidden
@@ -52,6 +52,7 @@ Item {
     Accessible.name: facts.sentence
     Accessible.focusable: true
     Accessible.onPressAction: toggleExpand()
+    onIsExpandedChanged: unrolling.isByToggle = true
     Keys.onEscapePressed: event => {
         event.accepted = showKillConfirmation;
         withdraw();
@@ -319,9 +320,16 @@ Item {
                 NumberAnimation {
                     id: unrolling
 
+                    // Otherwise the details themselves have grown or shrunk.
+                    property bool isByToggle: false
+
                     objectName: "unrolling"
                     duration: expandSpring.duration
                     easing: expandSpring.easing
+                    onRunningChanged: {
+                        if (!running)
+                            isByToggle = false;
+                    }
                 }
             }
             Behavior on opacity {

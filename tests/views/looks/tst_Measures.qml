@@ -514,6 +514,24 @@ LooksCase {
         compare(card(row).mapToItem(list, 0, 0).y, top, "collapsing does not jump");
     }
 
+    function test_detailsThatChangeDoNotScroll() {
+        const at = directory => [1, 2, 3, 4, 5, 6, 7].map(port => Object.assign({}, shop, { port: 3000 + port, pid: String(port), directory: directory }));
+        show(at("/srv/shop"));
+        const list = findChild(view, "cards");
+        const isStill = () => find(4, "details").opacity === 1 && find(4, "details").height === find(4, "details").children[0].height;
+        list.contentY = list.originY - list.topMargin;
+        list.toggleExpand("3005");
+        tryVerify(isStill);
+        const height = card(4).height;
+        list.contentY -= 60;
+        const place = list.contentY;
+        machine.listen(at(""));
+        machine.panel.refresh();
+        tryVerify(() => card(4).height !== height);
+        tryVerify(isStill);
+        compare(list.contentY, place);
+    }
+
     function test_digitsAreEquallyWide() {
         show([shop, api]);
         const port = find(0, "port");
