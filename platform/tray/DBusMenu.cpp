@@ -1,5 +1,6 @@
 #include "platform/tray/DBusMenu.h"
 
+#include <QDBusMessage>
 #include <QDBusMetaType>
 
 #include <algorithm>
@@ -90,6 +91,8 @@ bool DBusMenu::knows(int id) const
 uint DBusMenu::GetLayout(int parentId, int recursionDepth, const QStringList &propertyNames,
                          DBusMenuLayout &layout)
 {
+    if (m_read && m_object->calledFromDBus())
+        m_read(m_object->message().service());
     if (m_items.isEmpty() && m_wanted)
         m_wanted();
     if (!knows(parentId))

@@ -113,6 +113,8 @@ public:
     void setItems(const QList<MenuItem> &items);
     void setKeyNames(KeyNames names) { m_keyNames = names; }
     void setWanted(const std::function<void()> &wanted) { m_wanted = wanted; }
+    /// What is told, by its name on the bus, of who reads the menu, before the answer.
+    void setRead(const std::function<void(const QString &reader)> &read) { m_read = read; }
 
     uint version() const { return 3; }
     QString textDirection() const { return QStringLiteral("ltr"); }
@@ -146,6 +148,7 @@ private:
 
     DBusObject *m_object;
     std::function<void()> m_wanted;
+    std::function<void(const QString &reader)> m_read;
     QList<MenuItem> m_items;
     KeyNames m_keyNames = KeyNames::keysym;
     uint m_revision = 1;

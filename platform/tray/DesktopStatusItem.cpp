@@ -8,24 +8,29 @@
 namespace tidewick
 {
 
-DesktopStatusItem::DesktopStatusItem()
-    : m_notifierItem([this](const ClickEvent &event) { send(event); })
+DesktopStatusItem::DesktopStatusItem(const QString &busAddress)
+    : m_notifierItem([this](const ClickEvent &event) { send(event); }, busAddress)
 {
-    connect(&m_notifierItem, &StatusNotifierItem::hostChanged, this,
+    connect(&m_notifierItem, &StatusNotifierItem::shownChanged, this,
             &DesktopStatusItem::chooseTray);
-    connect(&m_x11Tray, &X11Tray::presenceChanged, this, &DesktopStatusItem::chooseTray);
+    connect(&m_x11Tray, &X11Tray::changed, this, [this] {
+        m_trayIcon.reset();
+        chooseTray();
+    });
 }
 
-/// Called for the first time when it is known whether there is a watcher.
 void DesktopStatusItem::chooseTray()
 {
-    const bool wantsIcon = m_x11Tray.isPresent() && !m_notifierItem.hasWatcher();
+    const auto isShown = m_notifierItem.isShown();
+    if (!isShown)
+        return;
+    const bool wantsIcon = m_x11Tray.isPresent() && !*isShown;
     qCDebug(platformLog) << "X11 tray: present" << m_x11Tray.isPresent() << "used" << wantsIcon;
     if (!wantsIcon) {
         m_trayIcon.reset();
     } else if (!m_trayIcon) {
-        m_trayIcon =
-            std::make_unique<TrayIconItem>([this](const ClickEvent &event) { send(event); });
+        m_trayIcon = std::make_unique<TrayIconItem>(
+            [this](const ClickEvent &event) { send(event); }, m_x11Tray.window());
         m_trayIcon->show(m_state);
     }
     if (!isInTray() && !std::exchange(m_reportedMissingTray, true))

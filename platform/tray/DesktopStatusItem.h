@@ -10,13 +10,14 @@ namespace tidewick
 {
 
 /// The status item in whatever tray the desktop has, now or later: a status notifier item, or an
-/// icon in the old X11 tray if nothing keeps a list of status notifier items.
+/// icon in the old X11 tray if no bar shows that item.
 class DesktopStatusItem : public QObject, public StatusItem
 {
     Q_OBJECT
 
 public:
-    DesktopStatusItem();
+    /// `busAddress` is that of the session's bus if it is empty.
+    explicit DesktopStatusItem(const QString &busAddress = {});
 
     void setImage(const QImage &image, QSize points) override;
     void setAttributedTitle(const StatusTitle &title) override;
@@ -28,7 +29,10 @@ public:
     void performClick() override;
 
     /// Whether the user sees it.
-    bool isInTray() const { return m_notifierItem.hasHost() || m_trayIcon != nullptr; }
+    bool isInTray() const
+    {
+        return m_notifierItem.isShown().value_or(false) || m_trayIcon != nullptr;
+    }
 
 private:
     void chooseTray();

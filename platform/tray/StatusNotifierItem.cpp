@@ -10,7 +10,6 @@
 #include <QDBusConnectionInterface>
 #include <QDBusMessage>
 #include <QDBusPendingReply>
-#include <QDBusServiceWatcher>
 #include <QDir>
 #include <QFile>
 #include <QPointer>
@@ -27,6 +26,10 @@ const QString itemPath = QStringLiteral("/StatusNotifierItem");
 const QString menuPath = QStringLiteral("/StatusNotifierItem/Menu");
 const QString watcherName = QStringLiteral("org.kde.StatusNotifierWatcher");
 const QString watcherPath = QStringLiteral("/StatusNotifierWatcher");
+
+/// A host comes at most this much later than its watcher, and a bar than its host. One that comes
+/// later still takes the icon then.
+constexpr int barTimeoutMs = 500;
 
 const QString iconName = QStringLiteral("org.tidewick.Tidewick-status");
 
@@ -89,6 +92,22 @@ StatusNotifierItem::StatusNotifierItem(ClickHandler clicked, const QString &busA
         m_menuPlace = QCursor::pos();
         m_clicked({ClickType::rightMouseUp, {}});
     });
+    m_menu->setRead([this](const QString &reader) {
+        m_menuReaders.addWatchedService(reader);
+        if (m_hasHost)
+            lookForBar();
+    });
+    m_menuReaders.setConnection(m_bus);
+    m_menuReaders.setWatchMode(QDBusServiceWatcher::WatchForUnregistration);
+    connect(&m_menuReaders, &QDBusServiceWatcher::serviceUnregistered, this,
+            [this](const QString &reader) {
+                m_menuReaders.removeWatchedService(reader);
+                if (m_hasHost)
+                    lookForBar();
+            });
+    m_barTimeout.setSingleShot(true);
+    m_barTimeout.setInterval(barTimeoutMs);
+    connect(&m_barTimeout, &QTimer::timeout, this, [this] { setShown(false); });
     exportItem();
     m_bus.registerObject(menuPath, m_menuObject.get(), QDBusConnection::ExportAdaptors);
     auto *watcher =
@@ -172,10 +191,35 @@ void StatusNotifierItem::exportItem()
 
 void StatusNotifierItem::setPresence(bool hasWatcher, bool hasHost)
 {
-    qCDebug(platformLog) << "status notifier items: listed" << hasWatcher << "shown" << hasHost;
+    qCDebug(platformLog) << "status notifier items: listed" << hasWatcher << "host" << hasHost;
     m_hasWatcher = hasWatcher;
     m_hasHost = hasHost;
-    Q_EMIT hostChanged();
+    lookForBar();
+}
+
+/// The indicator service claims to have a host whether or not a bar shows its items, and nothing on
+/// the bus tells which bars are connected to it. But it reads only the properties of an item, and a
+/// bar that shows the item reads the item's menu at once. So a bar is there as long as a reader of
+/// the menu is. Seen with the service 22.2: the indicator plugins of Xfce 4.18 and MATE 1.26, and
+/// Xfce's own tray where it starts last, show the item and read the menu. The trays of LXQt 1.2 and
+/// MATE 1.27, and Xfce's where the service knows no item yet, do neither.
+void StatusNotifierItem::lookForBar()
+{
+    const bool hasBar =
+        m_hasHost && (m_host.tellsOfBars || !m_menuReaders.watchedServices().isEmpty());
+    if (m_hasWatcher && !hasBar) {
+        m_barTimeout.start();
+        return;
+    }
+    m_barTimeout.stop();
+    setShown(hasBar);
+}
+
+void StatusNotifierItem::setShown(bool isShown)
+{
+    qCDebug(platformLog) << "status notifier item: shown" << isShown;
+    m_isShown = isShown;
+    Q_EMIT shownChanged();
 }
 
 void StatusNotifierItem::show(const StatusItemState &state)

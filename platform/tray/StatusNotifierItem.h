@@ -7,9 +7,12 @@
 #include <QCoroTask>
 #include <QDBusConnection>
 #include <QDBusObjectPath>
+#include <QDBusServiceWatcher>
 #include <QObject>
+#include <QTimer>
 
 #include <memory>
+#include <optional>
 
 namespace tidewick
 {
@@ -34,13 +37,11 @@ public:
     /// program, the first entry is one that stands for a left click.
     void openMenu(const QList<MenuItem> &items) override;
 
-    /// Whether something keeps the session's list of items (true until that is known), and whether
-    /// a bar shows them.
-    bool hasWatcher() const { return m_hasWatcher; }
-    bool hasHost() const { return m_hasHost; }
+    /// Whether a bar shows the item; nothing until that is known.
+    std::optional<bool> isShown() const { return m_isShown; }
 
 Q_SIGNALS:
-    void hostChanged();
+    void shownChanged();
 
 private Q_SLOTS:
     void registerWithWatcher();
@@ -51,6 +52,8 @@ private:
     void exportItem();
     void setHost(const TrayHost &host);
     void setPresence(bool hasWatcher, bool hasHost);
+    void lookForBar();
+    void setShown(bool isShown);
     void redraw();
 
     const ClickHandler m_clicked;
@@ -63,8 +66,11 @@ private:
     TrayHost m_host;
     QPoint m_menuPlace; // the pointer's when the menu was about to open, so on the item
     StatusItemState m_state;
-    bool m_hasWatcher = true; // until it is known
-    bool m_hasHost = false;
+    bool m_hasWatcher = false;
+    bool m_hasHost = false; // says the watcher
+    QDBusServiceWatcher m_menuReaders;
+    QTimer m_barTimeout;
+    std::optional<bool> m_isShown;
 };
 
 } // namespace tidewick

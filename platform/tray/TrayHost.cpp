@@ -20,7 +20,8 @@ constexpr TrayHost lxqt{.keys = KeyNames::qt};
 constexpr TrayHost plasma{.keys = KeyNames::qt, .countsPixels = true};
 
 /// The indicator service, whose bars draw a menu and nothing else.
-constexpr TrayHost menuOnly{.number = NumberStyle::label, .takesPixels = false, .activates = false};
+constexpr TrayHost menuOnly{
+    .number = NumberStyle::label, .takesPixels = false, .activates = false, .tellsOfBars = false};
 
 const auto knownHosts = std::to_array<KnownHost>({
     {QLatin1String("gnome-shell"), gnome},

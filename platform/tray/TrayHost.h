@@ -19,6 +19,7 @@ struct TrayHost
     bool takesPixels = true;   // else it draws the icon by its name only
     bool activates = true;     // else every click opens the menu
     bool countsPixels = false; // in what it tells of a click; else points
+    bool tellsOfBars = true;   // else it claims to have a bar even when it has none
 
     friend bool operator==(const TrayHost &, const TrayHost &) = default;
 };

@@ -2,8 +2,10 @@
 
 #include "platform/tray/StatusItemImage.h"
 
+#include <QApplication>
 #include <QCursor>
-#include <QTimer>
+#include <QStyle>
+#include <QToolTip>
 
 #include <utility>
 
@@ -35,25 +37,43 @@ void fill(QMenu &menu, const QList<MenuItem> &items)
 
 } // namespace
 
-TrayIconItem::TrayIconItem(ClickHandler clicked) : m_clicked(std::move(clicked))
+TrayIconItem::TrayIconItem(ClickHandler clicked, xcb_window_t tray)
+    : m_clicked(std::move(clicked)), m_tray(tray)
 {
-    connect(&m_icon, &QSystemTrayIcon::activated, this, &TrayIconItem::send);
+    m_toolTipDelay.setSingleShot(true);
+    m_toolTipDelay.setInterval(QApplication::style()->styleHint(QStyle::SH_ToolTip_WakeUpDelay));
+    connect(&m_toolTipDelay, &QTimer::timeout, this, [this] {
+        QToolTip::showText(QCursor::pos(),
+                           m_state.toolTipTitle + QLatin1Char('\n') + m_state.toolTipText);
+    });
 }
 
 void TrayIconItem::show(const StatusItemState &state)
 {
+    m_state = state;
     if (state.image.isNull())
         return;
-    QIcon icon;
-    for (const int side : statusIconSides) {
-        const QImage image = state.title.text.isEmpty()
-                                 ? plainStatusImage(state.image, state.points, side)
-                                 : badgedStatusImage(state.image, state.points, state.title, side);
-        icon.addPixmap(QPixmap::fromImage(image));
+    if (m_window) {
+        m_window->update();
+        return;
     }
-    m_icon.setIcon(icon);
-    m_icon.setToolTip(state.toolTipTitle + QLatin1Char('\n') + state.toolTipText);
-    m_icon.show();
+    m_window = std::make_unique<TrayIconWindow>(m_tray, [this](int side) { return picture(side); });
+    connect(m_window.get(), &TrayIconWindow::pressed, this, &TrayIconItem::send);
+    connect(m_window.get(), &TrayIconWindow::entered, &m_toolTipDelay, qOverload<>(&QTimer::start));
+    connect(m_window.get(), &TrayIconWindow::left, this, &TrayIconItem::hideToolTip);
+}
+
+QImage TrayIconItem::picture(int side) const
+{
+    return m_state.title.text.isEmpty()
+               ? plainStatusImage(m_state.image, m_state.points, side)
+               : badgedStatusImage(m_state.image, m_state.points, m_state.title, side);
+}
+
+void TrayIconItem::hideToolTip()
+{
+    m_toolTipDelay.stop();
+    QToolTip::hideText();
 }
 
 void TrayIconItem::openMenu(const QList<MenuItem> &items)
@@ -64,11 +84,13 @@ void TrayIconItem::openMenu(const QList<MenuItem> &items)
     });
 }
 
-void TrayIconItem::send(QSystemTrayIcon::ActivationReason reason)
+void TrayIconItem::send(int button, QPoint place)
 {
-    const bool isRight = reason == QSystemTrayIcon::Context;
-    m_clicked(
-        {isRight ? ClickType::rightMouseUp : ClickType::leftMouseUp, m_icon.geometry().center()});
+    hideToolTip();
+    if (button > XCB_BUTTON_INDEX_3) // the wheel
+        return;
+    const bool isRight = button == XCB_BUTTON_INDEX_3;
+    m_clicked({isRight ? ClickType::rightMouseUp : ClickType::leftMouseUp, place, true});
 }
 
 } // namespace tidewick

@@ -1,22 +1,24 @@
 #pragma once
 
+#include "platform/tray/TrayIconWindow.h"
 #include "platform/tray/TrayPresenter.h"
 
 #include <QMenu>
-#include <QSystemTrayIcon>
+#include <QTimer>
+
+#include <memory>
 
 namespace tidewick
 {
 
-/// An icon in a tray of the old X11 kind. The toolkit draws the icon, and this program draws the
-/// menu. Make one only while there is such a tray and nothing keeps a list of status notifier
-/// items: the toolkit decides once, at its first use, which of the two it serves.
+/// An icon in a tray of the old X11 kind, with a menu and a tooltip that this program draws.
 class TrayIconItem : public QObject, public TrayPresenter
 {
     Q_OBJECT
 
 public:
-    explicit TrayIconItem(ClickHandler clicked);
+    /// `tray` is the owner of the tray's selection.
+    TrayIconItem(ClickHandler clicked, xcb_window_t tray);
 
     /// The number is inside the picture.
     void show(const StatusItemState &state) override;
@@ -24,11 +26,16 @@ public:
     void openMenu(const QList<MenuItem> &items) override;
 
 private:
-    void send(QSystemTrayIcon::ActivationReason reason);
+    QImage picture(int side) const;
+    void send(int button, QPoint place);
+    void hideToolTip();
 
     ClickHandler m_clicked;
-    QSystemTrayIcon m_icon;
+    const xcb_window_t m_tray;
+    StatusItemState m_state;
+    QTimer m_toolTipDelay;
     QMenu m_menu;
+    std::unique_ptr<TrayIconWindow> m_window;
 };
 
 } // namespace tidewick

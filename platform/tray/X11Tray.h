@@ -16,15 +16,23 @@ class X11Tray : public QObject
 public:
     X11Tray();
 
-    bool isPresent() const { return m_isPresent; }
+    bool isPresent() const { return m_window != XCB_NONE; }
+    /// The tray's own window, which icons are announced to; XCB_NONE without a tray.
+    xcb_window_t window() const { return m_window; }
 
 Q_SIGNALS:
-    void presenceChanged();
+    /// A tray came or went, or another took its place. The icons of the one before are lost.
+    void changed();
 
 private:
+    void handle(const xcb_generic_event_t &event);
+    void setWindow(xcb_window_t window);
+
     X11Connection m_x;
-    uint8_t m_selectionNotify = 0; // the code of the events
-    bool m_isPresent = false;
+    xcb_atom_t m_selection = XCB_NONE;
+    xcb_atom_t m_manager = XCB_NONE; // the type of the message of a new tray
+    uint8_t m_selectionNotify = 0;   // the code of the events
+    xcb_window_t m_window = XCB_NONE;
 };
 
 } // namespace tidewick

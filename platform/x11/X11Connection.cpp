@@ -27,12 +27,12 @@ X11Connection::X11Connection(Handler handler)
 {
     if (QGuiApplication::platformName() != QLatin1String("xcb"))
         return;
-    m_connection.reset(xcb_connect(nullptr, &m_screen));
+    m_connection.reset(xcb_connect(nullptr, &m_screenNumber));
     if (xcb_connection_has_error(m_connection.get()) != 0) {
         m_connection.reset();
         return;
     }
-    m_root = screenNumber(m_connection.get(), m_screen)->root;
+    m_screen = screenNumber(m_connection.get(), m_screenNumber);
     auto *notifier = new QSocketNotifier(xcb_get_file_descriptor(m_connection.get()),
                                          QSocketNotifier::Read, this);
     connect(notifier, &QSocketNotifier::activated, this, [this, notifier] {
@@ -43,7 +43,7 @@ X11Connection::X11Connection(Handler handler)
 
 xcb_atom_t X11Connection::screenAtom(const QByteArray &name) const
 {
-    return atom(get(), name + "_S" + QByteArray::number(m_screen));
+    return atom(get(), name + "_S" + QByteArray::number(m_screenNumber));
 }
 
 void X11Connection::sync()

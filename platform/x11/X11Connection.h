@@ -20,12 +20,14 @@ class X11Connection : public QObject
 public:
     using Handler = std::function<void(const xcb_generic_event_t &)>;
 
-    /// `handler` is called for each event, on the main thread.
+    /// `handler` is called for each event, on the main thread. The other functions need a
+    /// connection that is open, except `sync`.
     explicit X11Connection(Handler handler);
 
     bool isOpen() const { return m_connection != nullptr; }
     xcb_connection_t *get() const { return m_connection.get(); }
-    xcb_window_t root() const { return m_root; }
+    const xcb_screen_t &screen() const { return *m_screen; }
+    xcb_window_t root() const { return m_screen->root; }
     /// `name` followed by `_Sn`, where n is the number of the screen.
     xcb_atom_t screenAtom(const QByteArray &name) const;
 
@@ -37,8 +39,8 @@ private:
 
     std::unique_ptr<xcb_connection_t, void (*)(xcb_connection_t *)> m_connection;
     Handler m_handler;
-    xcb_window_t m_root = XCB_NONE;
-    int m_screen = 0;
+    const xcb_screen_t *m_screen = nullptr;
+    int m_screenNumber = 0;
 };
 
 } // namespace tidewick

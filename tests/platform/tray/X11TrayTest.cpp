@@ -1,0 +1,259 @@
+#include "platform/tray/X11Tray.h"
+#include "platform/tray/DesktopStatusItem.h"
+#include "platform/tray/StatusItemImage.h"
+#include "platform/tray/TrayIconItem.h"
+#include "tests/platform/tray/FakeTray.h"
+#include "tests/platform/tray/TrayOnABus.h"
+
+#include <QApplication>
+#include <QMenu>
+#include <QPainter>
+#include <QProcess>
+#include <QToolTip>
+
+#include <csignal>
+#include <memory>
+#include <optional>
+#include <sys/prctl.h>
+#include <unistd.h>
+
+using namespace tidewick;
+
+namespace
+{
+
+constexpr QRgb trayColor = 0xff204060;
+
+QImage blackIcon()
+{
+    QImage icon(36, 36, QImage::Format_ARGB32_Premultiplied);
+    icon.fill(Qt::black);
+    return icon;
+}
+
+StatusItemState stateWithNumber(const QString &number)
+{
+    return {.image = blackIcon(),
+            .points = {18, 18},
+            .title = {.text = number},
+            .toolTipTitle = QStringLiteral("Tidewick"),
+            .toolTipText = QStringLiteral("some servers")};
+}
+
+QImage expected(const QString &number, int side)
+{
+    const StatusItemState state = stateWithNumber(number);
+    return number.isEmpty() ? plainStatusImage(state.image, state.points, side)
+                            : badgedStatusImage(state.image, state.points, state.title, side);
+}
+
+QImage onTray(const QImage &picture, QSize size, QPoint at)
+{
+    QImage whole(size, QImage::Format_RGB32);
+    whole.fill(trayColor);
+    QPainter(&whole).drawImage(at, picture);
+    return whole;
+}
+
+/// An icon in a tray on a real X server.
+class IconInTray : public testing::Test
+{
+protected:
+    void show(FakeTray::Visual visual)
+    {
+        tray.emplace(visual, trayColor);
+        ASSERT_TRUE(waitUntil([this] { return x11.isPresent(); }));
+        item = std::make_unique<TrayIconItem>(
+            [this](const ClickEvent &event) { clicks.append(event); }, x11.window());
+        item->show(stateWithNumber({}));
+        ASSERT_TRUE(waitUntil([this] { return tray->hasIcon(); }));
+    }
+
+    bool looksLike(const QImage &picture)
+    {
+        return waitUntil([&] { return tray->picture() == picture; });
+    }
+
+    X11Tray x11;
+    std::optional<FakeTray> tray;
+    std::unique_ptr<TrayIconItem> item;
+    QList<ClickEvent> clicks;
+};
+
+/// The whole status item in a session with both kinds of tray.
+class ChoiceOfTray : public TrayOnABus
+{
+protected:
+    void startItem()
+    {
+        item.emplace(bus.address());
+        item->setImage(blackIcon(), {18, 18});
+    }
+    bool getsIcon(bool isInTray)
+    {
+        return waitUntil([this, isInTray] { return x11->hasIcon() == isInTray; });
+    }
+
+    std::optional<FakeTray> x11{std::in_place};
+    std::optional<DesktopStatusItem> item;
+};
+
+} // namespace
+
+TEST_F(IconInTray, isTransparentWhereTheTrayHasAnAlphaChannel)
+{
+    show(FakeTray::Visual::withAlpha);
+    EXPECT_TRUE(looksLike(expected({}, FakeTray::side)));
+}
+
+TEST_F(IconInTray, standsOnTheTraysBackgroundElsewhere)
+{
+    show(FakeTray::Visual::ofTheScreen);
+    EXPECT_TRUE(
+        looksLike(onTray(expected({}, FakeTray::side), {FakeTray::side, FakeTray::side}, {0, 0})));
+}
+
+TEST_F(IconInTray, followsTheNumber)
+{
+    for (const auto visual : {FakeTray::Visual::withAlpha, FakeTray::Visual::ofTheScreen}) {
+        item.reset();
+        show(visual);
+        for (const QString &number : {QStringLiteral("3"), QStringLiteral("12"), QString()}) {
+            item->show(stateWithNumber(number));
+            const QImage picture = expected(number, FakeTray::side);
+            EXPECT_TRUE(looksLike(visual == FakeTray::Visual::withAlpha
+                                      ? picture
+                                      : onTray(picture, picture.size(), {0, 0})));
+        }
+    }
+}
+
+TEST_F(IconInTray, isDrawnInTheSizeOfItsWindow)
+{
+    show(FakeTray::Visual::ofTheScreen);
+    tray->resizeIcon(48, 48);
+    EXPECT_TRUE(looksLike(onTray(expected({}, 48), {48, 48}, {0, 0})));
+    tray->resizeIcon(40, 24);
+    EXPECT_TRUE(looksLike(onTray(expected({}, 24), {40, 24}, {8, 0})));
+}
+
+TEST_F(IconInTray, tellsOfClicksWithThePlaceOfItsMiddle)
+{
+    show(FakeTray::Visual::ofTheScreen);
+    ASSERT_TRUE(looksLike(onTray(expected({}, 30), {30, 30}, {0, 0}))); // its size is known
+    for (const uint8_t button : std::initializer_list<uint8_t>{1, 4, 2, 5, 3})
+        tray->press(button, {5, 7});
+    ASSERT_TRUE(waitUntil([this] { return clicks.size() == 3; }));
+    EXPECT_EQ(clicks[0].type, ClickType::leftMouseUp);
+    EXPECT_EQ(clicks[1].type, ClickType::leftMouseUp);
+    EXPECT_EQ(clicks[2].type, ClickType::rightMouseUp);
+    for (const ClickEvent &click : clicks) {
+        EXPECT_EQ(click.position, FakeTray::place + QPoint(14, 14));
+        EXPECT_TRUE(click.isInPixels);
+    }
+}
+
+TEST_F(IconInTray, opensAMenuWithItsEntries)
+{
+    show(FakeTray::Visual::ofTheScreen);
+    bool isChosen = false;
+    item->openMenu({{QStringLiteral("Settings..."), QStringLiteral(","), {}},
+                    {},
+                    {QStringLiteral("Quit Tidewick"), {}, [&isChosen] {
+                         isChosen = true;
+                     }}});
+    const auto menu = [] {
+        return qobject_cast<QMenu *>(QApplication::activePopupWidget());
+    };
+    ASSERT_TRUE(waitUntil([&] { return menu() != nullptr; }));
+    ASSERT_EQ(menu()->actions().size(), 3);
+    EXPECT_EQ(menu()->actions()[0]->text(), QStringLiteral("Settings..."));
+    EXPECT_TRUE(menu()->actions()[1]->isSeparator());
+    menu()->actions()[2]->trigger();
+    EXPECT_TRUE(waitUntil([&] { return isChosen; }));
+}
+
+TEST_F(ChoiceOfTray, iconIsInTheX11TrayWithoutAWatcher)
+{
+    startItem();
+    EXPECT_TRUE(getsIcon(true));
+    EXPECT_TRUE(item->isInTray());
+}
+
+TEST_F(ChoiceOfTray, iconFollowsToANewTray)
+{
+    startItem();
+    ASSERT_TRUE(getsIcon(true));
+    x11.reset();
+    EXPECT_TRUE(waitUntil([this] { return !item->isInTray(); }));
+    x11.emplace(FakeTray::Visual::withAlpha);
+    EXPECT_TRUE(getsIcon(true));
+    EXPECT_TRUE(waitUntil([this] { return x11->picture().hasAlphaChannel(); }));
+    // Another takes its place while it is still there.
+    FakeTray another;
+    EXPECT_TRUE(waitUntil([&] { return another.hasIcon(); }));
+    EXPECT_TRUE(getsIcon(false));
+}
+
+TEST_F(ChoiceOfTray, hostThatShowsTheItemTakesItFromTheX11Tray)
+{
+    startItem();
+    ASSERT_TRUE(getsIcon(true));
+    startWatcher("panel-2-systray");
+    EXPECT_TRUE(getsIcon(false));
+    tray.unregisterService(QStringLiteral("org.kde.StatusNotifierWatcher"));
+    EXPECT_TRUE(getsIcon(true));
+}
+
+TEST_F(ChoiceOfTray, indicatorServiceTakesItOnlyWhileABarShowsIt)
+{
+    startWatcher("ayatana-indicat");
+    startItem();
+    EXPECT_TRUE(getsIcon(true));
+    for (int round = 0; round < 2; ++round) {
+        {
+            const Bar bar(bus);
+            readMenu(bar);
+            EXPECT_TRUE(getsIcon(false));
+            EXPECT_TRUE(item->isInTray());
+        }
+        EXPECT_TRUE(getsIcon(true));
+    }
+}
+
+TEST_F(IconInTray, showsItsToolTipUnderTheRestingPointer)
+{
+    show(FakeTray::Visual::ofTheScreen);
+    tray->movePointer(XCB_ENTER_NOTIFY);
+    EXPECT_TRUE(waitUntil([] { return QToolTip::isVisible(); }));
+    EXPECT_EQ(QToolTip::text(), QStringLiteral("Tidewick\nsome servers"));
+    tray->movePointer(XCB_LEAVE_NOTIFY);
+    EXPECT_TRUE(waitUntil([] { return !QToolTip::isVisible(); }, 5000)); // else after ten seconds
+}
+
+/// The tests need an X server, but no display. In networks of their own, two servers would choose
+/// the same number, so each begins to look for one elsewhere.
+int main(int argc, char *argv[])
+{
+    QProcess server;
+    server.setChildProcessModifier([] { prctl(PR_SET_PDEATHSIG, SIGKILL); });
+    server.start(QStringLiteral("Xvfb"),
+                 {QStringLiteral(":%1").arg(100 + getpid() % 50000), QStringLiteral("-displayfd"),
+                  QStringLiteral("1"), QStringLiteral("-screen"), QStringLiteral("0"),
+                  QStringLiteral("640x480x24"), QStringLiteral("-nolisten"),
+                  QStringLiteral("tcp")});
+    while (!server.canReadLine())
+        if (!server.waitForReadyRead(10000))
+            qFatal("Xvfb does not start");
+    qputenv("DISPLAY", ":" + server.readLine().trimmed());
+    qputenv("QT_QPA_PLATFORM", "xcb");
+    int status = 0;
+    {
+        const QApplication application(argc, argv);
+        testing::InitGoogleTest(&argc, argv);
+        status = RUN_ALL_TESTS();
+    }
+    server.kill();
+    server.waitForFinished();
+    return status;
+}
