@@ -15,8 +15,8 @@ EDGE = os.environ.get("TIDEWICK_PANEL_EDGE", "top")
 SCALE = int(os.environ.get("TIDEWICK_SCALE", "1"))
 PROGRAM_OF_PANEL = {"xfce": "xfce4-panel", "lxqt": "lxqt-panel", "mate": "mate-panel",
                     "tint2": "tint2", "trayer": "trayer", "polybar": "polybar",
-                    "i3": "i3bar", "ayatana": "xfce4-panel", "cinnamon": "cinnamon",
-                    "plasma-x11": "plasmashell", "budgie": "budgie-panel",
+                    "i3": "i3bar", "i3-indicator": "i3bar", "ayatana": "xfce4-panel",
+                    "cinnamon": "cinnamon", "plasma-x11": "plasmashell", "budgie": "budgie-panel",
                     "budgie-indicator": "budgie-panel"}[PANEL]
 PID_FILE = os.path.join(os.environ["TIDEWICK_DESKTOP"], PROGRAM_OF_PANEL + ".pid")
 WIDTH, HEIGHT = 1280 * SCALE, 800 * SCALE
