@@ -37,21 +37,19 @@ int startError(const QString &program)
     return S_ISREG(file.st_mode) ? 0 : EACCES;
 }
 
+ToolStartError notStarted(const QString &program, const QString &reason)
+{
+    return ToolStartError(program + QStringLiteral(": ") + reason);
+}
+
 class FileDescriptor
 {
 public:
-    explicit FileDescriptor(int value = -1) : m_value(value) {}
-    ~FileDescriptor() { reset(); }
+    explicit FileDescriptor(int value) : m_value(value) {}
+    ~FileDescriptor() { close(m_value); }
     Q_DISABLE_COPY_MOVE(FileDescriptor)
 
     int value() const { return m_value; }
-    bool isOpen() const { return m_value >= 0; }
-    void reset(int value = -1)
-    {
-        if (isOpen())
-            close(m_value);
-        m_value = value;
-    }
 
 private:
     int m_value;
@@ -67,41 +65,38 @@ public:
     {
     }
 
+    bool isOpen() const { return value() >= 0; }
     void kill() const { syscall(SYS_pidfd_send_signal, value(), SIGKILL, nullptr, 0U); }
 };
 
-/// Adds what the pipe holds now. False at its end.
-bool readAvailable(int pipe, QByteArray &output)
+/// Adds what the pipe holds now.
+void readAvailable(int pipe, QByteArray &output)
 {
     std::array<char, 65536> buffer;
-    ssize_t count = 0;
-    while (output.size() <= ProcessToolRunner::outputLimit &&
-           (count = read(pipe, buffer.data(), buffer.size())) > 0)
+    while (output.size() <= ProcessToolRunner::outputLimit) {
+        const ssize_t count = read(pipe, buffer.data(), buffer.size());
+        if (count <= 0)
+            return;
         output.append(buffer.data(), count);
-    return count != 0;
+    }
 }
 
-/// Reads standard output until the child has ended, and then what it has left in the pipe. Programs
-/// that hold the pipe beyond that are not awaited. A child that prints more than `outputLimit` is
-/// killed.
+/// Reads standard output until the child has ended, and then what it has left in the pipe, but not
+/// much more than `outputLimit`. Programs that hold the pipe beyond that are not awaited.
 ///
 /// QProcess would read it too, but its waitForReadyRead() loses the output of a child that prints
 /// and ends while poll(2) is between the pipe and the child (Qt 6.4).
-QByteArray readToTheEnd(FileDescriptor &pipe, const ChildHandle &child)
+QByteArray readToTheEnd(int pipe, const ChildHandle &child)
 {
     QByteArray output;
-    for (bool hasEnded = false; !hasEnded;) {
-        std::array<pollfd, 2> waiting{{{pipe.value(), POLLIN, 0}, {child.value(), POLLIN, 0}}};
-        if (child.isOpen() && poll(waiting.data(), waiting.size(), -1) < 0)
-            continue;
+    bool hasEnded = false;
+    while (!hasEnded && output.size() <= ProcessToolRunner::outputLimit) {
+        std::array<pollfd, 2> waiting{{{pipe, POLLIN, 0}, {child.value(), POLLIN, 0}}};
+        if (child.isOpen())
+            poll(waiting.data(), waiting.size(), -1);
         // The child prints nothing after this. One without a handle has ended long ago.
         hasEnded = !child.isOpen() || waiting[1].revents != 0;
-        if (pipe.isOpen() && !readAvailable(pipe.value(), output))
-            pipe.reset();
-        if (output.size() > ProcessToolRunner::outputLimit) {
-            child.kill();
-            pipe.reset();
-        }
+        readAvailable(pipe, output);
     }
     return output;
 }
@@ -114,12 +109,13 @@ ToolResult ProcessToolRunner::run(const QString &program, const QStringList &arg
     QElapsedTimer duration;
     duration.start();
     if (const int error = startError(program); error != 0)
-        throw ToolStartError(program + QStringLiteral(": ") + qt_error_string(error));
+        throw notStarted(program, qt_error_string(error));
     std::array<int, 2> ends{};
     if (pipe2(ends.data(), O_CLOEXEC) != 0)
-        throw ToolStartError(program + QStringLiteral(": ") + qt_error_string(errno));
-    FileDescriptor reading(ends[0]);
-    FileDescriptor writing(ends[1]);
+        throw notStarted(program, qt_error_string(errno));
+    const FileDescriptor reading(ends[0]);
+    // Open until the child has ended: a pipe without it would end each wait for the child at once.
+    const FileDescriptor writing(ends[1]);
     fcntl(reading.value(), F_SETFL, O_NONBLOCK);
     QProcess child;
     child.setStandardInputFile(QProcess::nullDevice());
@@ -132,22 +128,20 @@ ToolResult ProcessToolRunner::run(const QString &program, const QStringList &arg
     });
     child.start(program, arguments, QIODevice::ReadOnly);
     if (!child.waitForStarted(-1))
-        throw ToolStartError(program + QStringLiteral(": ") + child.errorString());
+        throw notStarted(program, child.errorString());
 
-    writing.reset();
     const ChildHandle handle(child.processId());
-    const int reason = handle.isOpen() ? 0 : errno;
-    // If Qt has already reaped a quick child, there is nothing left to kill.
-    if (!handle.isOpen() && reason != ESRCH) {
-        child.kill();
-        child.waitForFinished(-1);
-        throw ToolStartError(program + QStringLiteral(": ") + qt_error_string(reason));
-    }
+    // If Qt has already reaped a quick child, there is nothing left to kill. Otherwise ~QProcess()
+    // ends it.
+    if (!handle.isOpen() && errno != ESRCH)
+        throw notStarted(program, qt_error_string(errno));
     const std::stop_callback killWhenStopped(stop, [&handle] { handle.kill(); });
-    const QByteArray output = readToTheEnd(reading, handle);
+    const QByteArray output = readToTheEnd(reading.value(), handle);
+    const bool isTruncated = output.size() > outputLimit;
+    if (isTruncated)
+        handle.kill();
     child.waitForFinished(-1);
     const bool exited = child.exitStatus() == QProcess::NormalExit;
-    const bool isTruncated = output.size() > outputLimit;
     const int status = exited ? child.exitCode() : -1;
     if (duration.elapsed() > slowMs || status != 0)
         qCDebug(scanLog) << "tool" << program << arguments << "ended with" << status << "after"

@@ -9,9 +9,18 @@
 #include <QFile>
 #include <QTemporaryDir>
 
+#include <array>
 #include <cerrno>
 #include <csignal>
+#include <cstddef>
+#include <cstdio>
+#include <fcntl.h>
+#include <functional>
+#include <linux/filter.h>
+#include <linux/seccomp.h>
+#include <sys/prctl.h>
 #include <sys/resource.h>
+#include <sys/syscall.h>
 #include <sys/wait.h>
 #include <system_error>
 #include <thread>
@@ -23,6 +32,7 @@ namespace
 {
 
 const QString faultyTool = QStringLiteral(FAULTY_TOOL);
+constexpr qsizetype sixteenMegabytes = 16777216;
 
 ToolResult run(const QString &program, const QStringList &arguments = {},
                const std::stop_token &stop = {})
@@ -65,6 +75,34 @@ bool isAlive(pid_t pid)
     return kill(pid, 0) == 0;
 }
 
+/// The process id that a hanging tool writes there, once it is up.
+pid_t pidIn(const QString &path)
+{
+    pid_t pid = 0;
+    EXPECT_TRUE(waitUntil([&] {
+        QFile file(path);
+        return file.open(QIODevice::ReadOnly) && (pid = file.readAll().toInt()) > 0;
+    }));
+    return pid;
+}
+
+/// Calls `call` in a thread in which the system opens no handle of a process.
+void withoutHandles(int error, const std::function<void()> &call)
+{
+    std::array<sock_filter, 4> refusal{{
+        BPF_STMT(BPF_LD | BPF_W | BPF_ABS, offsetof(seccomp_data, nr)),
+        BPF_JUMP(BPF_JMP | BPF_JEQ | BPF_K, SYS_pidfd_open, 0, 1),
+        BPF_STMT(BPF_RET | BPF_K, SECCOMP_RET_ERRNO | static_cast<uint>(error)),
+        BPF_STMT(BPF_RET | BPF_K, SECCOMP_RET_ALLOW),
+    }};
+    std::jthread([&] {
+        const sock_fprog filter{refusal.size(), refusal.data()};
+        ASSERT_EQ(prctl(PR_SET_NO_NEW_PRIVS, 1, 0, 0, 0), 0);
+        ASSERT_EQ(prctl(PR_SET_SECCOMP, SECCOMP_MODE_FILTER, &filter), 0);
+        call();
+    });
+}
+
 /// A tool that hangs, run in a thread of its own; `pid` is the child's once it is up.
 class HangingRun
 {
@@ -75,10 +113,7 @@ public:
               isOver = true;
           })
     {
-        EXPECT_TRUE(waitUntil([this] {
-            QFile file(m_pidFile);
-            return file.open(QIODevice::ReadOnly) && (pid = file.readAll().toInt()) > 0;
-        }));
+        pid = pidIn(m_pidFile);
     }
     void requestStop() { m_thread.request_stop(); }
 
@@ -135,7 +170,24 @@ TEST(ToolRunner, killsAToolThatPrintsForEver)
 {
     const ToolResult result = runFaultyTool({QStringLiteral("overflow")});
     EXPECT_EQ(result.exitStatus, -1);
-    EXPECT_TRUE(result.standardOutput == QByteArray(ProcessToolRunner::outputLimit, 'a'));
+    EXPECT_TRUE(result.standardOutput == QByteArray(sixteenMegabytes, 'a'));
+    EXPECT_TRUE(result.isTruncated);
+}
+
+TEST(ToolRunner, keepsTheWholeOutputUpToItsLimit)
+{
+    const ToolResult result =
+        runFaultyTool({QStringLiteral("close"), QString::number(sixteenMegabytes)});
+    EXPECT_EQ(result.exitStatus, 7);
+    EXPECT_TRUE(result.standardOutput == QByteArray(sixteenMegabytes, 'a'));
+    EXPECT_FALSE(result.isTruncated);
+}
+
+TEST(ToolRunner, oneByteBeyondItsLimitIsTooMuch)
+{
+    const ToolResult result =
+        runFaultyTool({QStringLiteral("late"), QString::number(sixteenMegabytes)});
+    EXPECT_TRUE(result.standardOutput == QByteArray(sixteenMegabytes, 'a'));
     EXPECT_TRUE(result.isTruncated);
 }
 
@@ -148,7 +200,7 @@ TEST(ToolRunner, keepsWhatACrashingToolPrinted)
 
 TEST(ToolRunner, waitsForTheExitOfAToolThatClosesItsPipes)
 {
-    EXPECT_EQ(runFaultyTool({QStringLiteral("close")}).exitStatus, 7);
+    EXPECT_EQ(runFaultyTool({QStringLiteral("close"), QStringLiteral("1")}).exitStatus, 7);
 }
 
 TEST(ToolRunner, givesTheToolNothingToRead)
@@ -168,15 +220,21 @@ TEST(ToolRunner, inheritsEnvironmentAndDirectory)
 
 TEST(ToolRunner, missingToolIsAnErrorWithTheSystemsText)
 {
-    const QString error = startError(QStringLiteral("/nowhere/lsof"));
-    EXPECT_TRUE(error.contains(systemText(ENOENT))) << error.toStdString();
-    EXPECT_TRUE(error.contains(QStringLiteral("/nowhere/lsof"))) << error.toStdString();
+    EXPECT_EQ(startError(QStringLiteral("/nowhere/lsof")),
+              QStringLiteral("/nowhere/lsof: ") + systemText(ENOENT));
 }
 
 TEST(ToolRunner, directoryIsAnErrorWithTheSystemsText)
 {
-    const QString error = startError(QStringLiteral("/usr"));
-    EXPECT_TRUE(error.contains(systemText(EACCES))) << error.toStdString();
+    EXPECT_EQ(startError(QStringLiteral("/usr")), QStringLiteral("/usr: ") + systemText(EACCES));
+}
+
+TEST(ToolRunner, fileThatIsNoProgramIsAnErrorWithTheSystemsText)
+{
+    const QTemporaryDir directory;
+    const QString file = makeFile(directory, "#!/bin/sh\n");
+    QFile::setPermissions(file, QFile::ReadOwner);
+    EXPECT_EQ(startError(file), file + QStringLiteral(": ") + systemText(EACCES));
 }
 
 TEST(ToolRunner, textFileIsNeverHandedToAShell)
@@ -184,6 +242,25 @@ TEST(ToolRunner, textFileIsNeverHandedToAShell)
     const QTemporaryDir directory;
     const QString error = startError(makeFile(directory, "echo run by a shell\n"));
     EXPECT_TRUE(error.contains(systemText(ENOEXEC))) << error.toStdString();
+}
+
+TEST(PrintError, isReadAtOnce)
+{
+    std::array<int, 2> ends{};
+    ASSERT_EQ(pipe(ends.data()), 0);
+    std::fflush(stdout);
+    const pid_t program = fork();
+    if (program == 0) {
+        dup2(ends[1], STDOUT_FILENO);
+        printError("Error: ", std::runtime_error("no such tool"));
+        _exit(0); // without the end that would print what waits
+    }
+    close(ends[1]);
+    waitpid(program, nullptr, 0);
+    std::array<char, 64> text{};
+    EXPECT_GT(read(ends[0], text.data(), text.size() - 1), 0);
+    EXPECT_STREQ(text.data(), "Error: no such tool\n");
+    close(ends[0]);
 }
 
 TEST(ToolRunner, programThatAToolLeavesBehindIsNotAwaited)
@@ -225,6 +302,7 @@ TEST(ToolRunner, missingDescriptorsAreAnErrorAtAnyStep)
     };
     rlimit limit{};
     getrlimit(RLIMIT_NOFILE, &limit);
+    const int standardInput = fcntl(STDIN_FILENO, F_GETFD);
     const int lowestFree = dup(STDERR_FILENO);
     close(lowestFree);
     QList<QByteArray> outcomes;
@@ -237,8 +315,25 @@ TEST(ToolRunner, missingDescriptorsAreAnErrorAtAnyStep)
             << room << ": " << outcomes.last().toStdString();
         EXPECT_EQ(waitpid(-1, nullptr, WNOHANG), -1) << "a child is left with room for " << room;
     }
-    EXPECT_TRUE(outcomes.first().contains(systemText(EMFILE).toUtf8()));
+    EXPECT_EQ(outcomes.first(), "error: /bin/echo: " + systemText(EMFILE).toUtf8());
     EXPECT_EQ(outcomes.last(), "x\n");
+    EXPECT_EQ(fcntl(STDIN_FILENO, F_GETFD), standardInput) << "it was closed";
+}
+
+TEST(ToolRunner, childWithoutAHandleIsAnErrorAndDoesNotLiveOn)
+{
+    withoutHandles(ENFILE, [] {
+        EXPECT_EQ(startError(QStringLiteral("/usr/bin/yes")),
+                  QStringLiteral("/usr/bin/yes: ") + systemText(ENFILE));
+    });
+    EXPECT_EQ(waitpid(-1, nullptr, WNOHANG), -1) << "a child is left";
+}
+
+TEST(ToolRunner, childThatHasEndedNeedsNoHandle)
+{
+    withoutHandles(ESRCH, [] {
+        EXPECT_EQ(runFaultyTool({QStringLiteral("exit"), QStringLiteral("3")}).exitStatus, 3);
+    });
 }
 
 /// A lost output is rare: about one in 100,000. scripts/soak asks often enough.
@@ -256,6 +351,26 @@ TEST(ToolRunner, stopKillsAHangingTool)
     EXPECT_TRUE(waitUntil([&] { return hanging.isOver.load(); }));
     EXPECT_FALSE(isAlive(hanging.pid));
     EXPECT_EQ(hanging.result.exitStatus, -1);
+}
+
+TEST(ToolRunner, toolDiesWithTheProgram)
+{
+    prctl(PR_SET_CHILD_SUBREAPER, 1); // so that this process sees the tool's end
+    const QTemporaryDir directory;
+    const QString pidFile = directory.filePath(QStringLiteral("pid"));
+    const pid_t program = fork();
+    if (program == 0) {
+        run(faultyTool, {QStringLiteral("hang"), pidFile});
+        _exit(0);
+    }
+    const pid_t tool = pidIn(pidFile);
+    kill(program, SIGKILL);
+    EXPECT_EQ(waitpid(program, nullptr, 0), program);
+    int status = 0;
+    EXPECT_TRUE(waitUntil([&] { return waitpid(tool, &status, WNOHANG) == tool; }));
+    EXPECT_TRUE(WIFSIGNALED(status));
+    kill(tool, SIGKILL);
+    prctl(PR_SET_CHILD_SUBREAPER, 0);
 }
 
 TEST(ToolRunner, stopRequestedBeforehandKillsTheToolToo)

@@ -24,8 +24,9 @@ int main(int argc, char **argv)
         fill(stdout, 'a', 2500000);
         fill(stderr, 'e', 1000000);
         fill(stdout, 'b', 2500000);
-    } else if (strcmp(what, "overflow") == 0) { // prints for ever
-        for (;;)
+    } else if (strcmp(what, "overflow") == 0) { // 64 MB, whether somebody reads them or not
+        signal(SIGPIPE, SIG_IGN);
+        for (int i = 0; i < 64; ++i)
             fill(stdout, 'a', 1000000);
     } else if (strcmp(what, "complain") == 0) { // 200 MB on standard error
         fill(stderr, 'e', 200000000);
@@ -34,11 +35,16 @@ int main(int argc, char **argv)
     } else if (strcmp(what, "crash") == 0) {
         fill(stdout, 'a', 3);
         raise(SIGSEGV);
-    } else if (strcmp(what, "close") == 0) { // closes both pipes and lives on a little
+    } else if (strcmp(what, "close") == 0) { // prints, closes both pipes and lives on a little
+        fill(stdout, 'a', atol(argv[2]));
         fclose(stdout);
         fclose(stderr);
         usleep(200000);
         return 7;
+    } else if (strcmp(what, "late") == 0) { // prints, and a little later one byte more
+        fill(stdout, 'a', atol(argv[2]));
+        usleep(200000);
+        fill(stdout, 'b', 1);
     } else if (strcmp(what, "stdin") == 0) { // how many bytes wait on standard input
         printf("%ld", (long)fread((char[16]){0}, 1, 16, stdin));
     } else if (strcmp(what, "hang") == 0) { // prints its process id, ignores polite signals
