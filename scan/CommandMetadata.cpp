@@ -34,7 +34,7 @@ constexpr auto node = std::to_array<Framework>({
     {{u"nuxt"}, u"Nuxt"},
     {{u"remix"}, u"Remix"},
     {{u"astro"}, u"Astro"},
-    {{u"svelte", u"sveltekit"}, u"SvelteKit"},
+    {{u"svelte"}, u"SvelteKit"},
     {{u"vue"}, u"Vue"},
     {{u"angular", u"ng serve"}, u"Angular"},
     {{u"gatsby"}, u"Gatsby"},
@@ -48,7 +48,7 @@ constexpr auto node = std::to_array<Framework>({
 
 constexpr auto python = std::to_array<Framework>({
     {{u"manage.py runserver", u"django"}, u"Django"},
-    {{u"flask run", u"flask"}, u"Flask"},
+    {{u"flask"}, u"Flask"},
     {{u"uvicorn", u"fastapi"}, u"FastAPI"},
     {{u"streamlit"}, u"Streamlit"},
     {{u"gradio"}, u"Gradio"},
@@ -56,7 +56,7 @@ constexpr auto python = std::to_array<Framework>({
 });
 
 constexpr auto ruby = std::to_array<Framework>({
-    {{u"rails server", u"rails s"}, u"Rails"},
+    {{u"rails s"}, u"Rails"},
     {{u"sinatra"}, u"Sinatra"},
     {{u"jekyll"}, u"Jekyll"},
     {{u"middleman"}, u"Middleman"},

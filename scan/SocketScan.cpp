@@ -37,10 +37,8 @@ std::optional<HostAndPort> splitName(QStringView name)
             return std::nullopt;
         return HostAndPort{pieces[0].toString().remove(QLatin1Char('[')), pieces[1]};
     }
-    const auto firstColon = name.indexOf(u':');
-    if (firstColon < 0)
-        return std::nullopt;
-    return HostAndPort{name.first(firstColon).toString(), name.sliced(name.lastIndexOf(u':') + 1)};
+    const auto pieces = name.split(u':'); // a single one is not both a local host and a number
+    return HostAndPort{pieces.first().toString(), pieces.last()};
 }
 
 bool isLocalHost(QStringView host)
@@ -103,8 +101,6 @@ QList<PortInfo> fetchRunningPorts(const SystemInterfaces &system, const std::sto
     }
     SharedTexts texts;
     for (PortInfo &record : kept) {
-        if (stop.stop_requested())
-            break;
         record = enrichPortInfo(record, system, stop);
         texts.share(record);
     }

@@ -62,7 +62,6 @@ Look lookOf(char32_t character)
 QString visible(const QString &text, bool keepsLineFeeds)
 {
     QString result;
-    result.reserve(text.size());
     char32_t letter = U' '; // on which the next mark stands
     int marks = 0;
     for (const char32_t character : text.toUcs4()) {

@@ -206,3 +206,34 @@ INSTANTIATE_TEST_SUITE_P(Rows, FrameworkOrder,
                                                    {"symfony", "Symfony"},
                                                    {"-S localhost", "PHP Server"}}}),
                          rowName);
+
+struct Group
+{
+    const char *command;
+    const char *keyword;
+    const char *framework;
+};
+
+TEST(FrameworkGroups, laterGroupWinsOverEachEarlierOne)
+{
+    const std::vector<Group> groups{{"node", "vite", "Vite"},
+                                    {"python", "flask", "Flask"},
+                                    {"ruby", "jekyll", "Jekyll"},
+                                    {"php", "symfony", "Symfony"},
+                                    {"java", "spring", "Spring Boot"},
+                                    {"go", "run", "Go"},
+                                    {"deno", "", "Deno"},
+                                    {"bun", "", "Bun"}};
+    for (std::size_t later = 1; later < groups.size(); ++later) {
+        for (std::size_t earlier = 0; earlier < later; ++earlier) {
+            const auto both = [&](const char *Group::*text) {
+                return QStringLiteral("%1 %2").arg(QString::fromUtf8(groups[earlier].*text),
+                                                   QString::fromUtf8(groups[later].*text));
+            };
+            EXPECT_EQ(extractMetadata(both(&Group::keyword), both(&Group::command))
+                          .value(QStringLiteral("framework")),
+                      QString::fromUtf8(groups[later].framework))
+                << both(&Group::command).toStdString();
+        }
+    }
+}

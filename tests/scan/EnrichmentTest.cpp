@@ -177,6 +177,12 @@ TEST_F(EnrichmentTest, startTimeIsNowMinusTheElapsedTime)
     EXPECT_LE(*record.startTime, after.addSecs(-7265));
 }
 
+TEST_F(EnrichmentTest, startTimeIsToldAfterOneSecond)
+{
+    outputs[elapsedQuery] = "00:01";
+    EXPECT_TRUE(enrich().startTime);
+}
+
 TEST_F(EnrichmentTest, zeroAndUnreadableElapsedTimesLeaveTheStartTimeUnset)
 {
     for (const char *text : {"00:00", "-05", "1-2-3", "x", "", "0-00:00:00"}) {

@@ -97,6 +97,7 @@ INSTANTIATE_TEST_SUITE_P(
         ServiceRow{"javaOnAWebPort", "java", "java -jar app.jar", 8080, ServiceType::webServer()},
         ServiceRow{"goRun", "go", "go run .", 1, ServiceType::webServer()},
         ServiceRow{"goAlone", "go", "server", 1, ServiceType::unknown()},
+        ServiceRow{"runNeedsGo", "x", "x run", 1, ServiceType::unknown()},
         ServiceRow{"cargo", "cargo", "cargo run", 1, ServiceType::webServer()},
         ServiceRow{"mongodHoldsGoToo", "mongod", "mongod --fork run", 1,
                    ServiceType::database(QStringLiteral("MongoDB"))},

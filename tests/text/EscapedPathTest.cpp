@@ -43,6 +43,7 @@ INSTANTIATE_TEST_SUITE_P(
                     EscapedPathRow{"halfAnEscape", "/\\x4", std::nullopt},
                     EscapedPathRow{"oneDigit", "/\\x4g", std::nullopt},
                     EscapedPathRow{"caretAndWhatFollowsTheLetters", "/^`", QStringLiteral("/^`")},
+                    EscapedPathRow{"caretAndTheFirstOfThem", "/^@", std::nullopt},
                     EscapedPathRow{"caretAndTheLastOfThem", "/^_", std::nullopt},
                     EscapedPathRow{"sign", "/\\x+4", std::nullopt},
                     EscapedPathRow{"backslashAtTheEnd", "/\\", std::nullopt}),

@@ -15,5 +15,6 @@ TEST(SplitLines, endsALineAtEveryNewlineCharacter)
 TEST(SplitLines, keepsEmptyLinesAndTheLastOne)
 {
     EXPECT_EQ(splitLines(u""), QList<QStringView>({u""}));
+    EXPECT_EQ(splitLines(u"\na"), QList<QStringView>({u"", u"a"}));
     EXPECT_EQ(splitLines(u"a\r\nb\n"), QList<QStringView>({u"a", u"", u"b", u""}));
 }
