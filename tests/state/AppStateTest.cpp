@@ -7,6 +7,7 @@
 
 #include <gtest/gtest.h>
 
+#include <QElapsedTimer>
 #include <QFile>
 #include <QTemporaryDir>
 #include <QThread>
@@ -129,6 +130,9 @@ protected:
     {
         QMetaObject::invokeMethod(const_cast<QTimer *>(store->refreshTimer()), "timeout");
     }
+
+    /// From now on, no scan starts that the test has not asked for.
+    void stopTicks() { const_cast<QTimer *>(store->refreshTimer())->stop(); }
 
     bool waitForKill(int run)
     {
@@ -288,6 +292,7 @@ TEST_F(AppStateTest, fullPoolKeepsOneScanWaitingForAllRequests)
         store->refreshPorts();
     }
     ASSERT_TRUE(waitForStart(poolWidth));
+    stopTicks();
     for (int request = 0; request < 20; ++request)
         store->refreshPorts();
     EXPECT_FALSE(waitUntil([&] { return lsof.started() > poolWidth; }, 100));
@@ -678,6 +683,20 @@ TEST_F(AppStateTest, killIsStartedAtOnceWhileThePoolIsFullOfScans)
     ASSERT_TRUE(waitForKill(1));
     kill.finish(1, 0);
     EXPECT_TRUE(waitForResult());
+}
+
+TEST_F(AppStateTest, killThatHangsIsEndedAfterFiveSecondsAndHasFailed)
+{
+    publish({3000});
+    lsof.finish(2, {3000});
+    QElapsedTimer timer;
+    timer.start();
+    startKill(QStringLiteral("1"));
+    ASSERT_TRUE(waitUntil([&] { return killed.has_value(); }, 60'000));
+    EXPECT_GE(timer.elapsed(), 4'500); // a coarse timer may be early by a twentieth
+    EXPECT_EQ(killed, false);
+    EXPECT_EQ(kill.stopped(), 1);
+    EXPECT_EQ(ports(store->runningPorts()), QList<qint64>({3000}));
 }
 
 TEST_F(AppStateTest, destructionDuringAKillStopsItAndAnswersFalse)

@@ -1,4 +1,4 @@
-#include "state/WorkerPool.h"
+#include "state/Workers.h"
 
 #include <gtest/gtest.h>
 
@@ -11,10 +11,18 @@
 
 using namespace tidewick;
 
+TEST(Workers, areEightForScansAndTwoForKills)
+{
+    const Workers workers;
+    EXPECT_EQ(workers.scans.maxThreadCount(), 8);
+    EXPECT_EQ(workers.kills.maxThreadCount(), 2);
+}
+
 TEST(WorkerPool, allItsThreadsStartWithItAndServeLater)
 {
-    constexpr int width = 3;
+    constexpr int width = 50;
     WorkerPool pool(width);
+    EXPECT_LT(pool.expiryTimeout(), 0);
     const QStringList atFirst = QDir(QStringLiteral("/proc/self/task")).entryList();
     std::mutex mutex;
     QStringList used;
