@@ -342,14 +342,21 @@ Item {
                 }
             }
 
-            CardDetails {
+            // Most cards never need them.
+            Loader {
                 id: details
 
                 anchors.bottom: parent.bottom
                 width: parent.width
-                isTabStop: card.isTabStop && card.isExpanded
-                facts: card.facts
-                onReveal: card.panel.revealDirectory(card.facts.workingDirectory)
+                active: card.isExpanded || detailsPlace.height > 0 || unrolling.running
+                // Qt 6.4 loads no bound component.
+                // qmllint disable unqualified
+                sourceComponent: CardDetails {
+                    isTabStop: card.isTabStop && card.isExpanded
+                    facts: card.facts
+                    onReveal: card.panel.revealDirectory(card.facts.workingDirectory)
+                }
+                // qmllint enable unqualified
             }
         }
     }

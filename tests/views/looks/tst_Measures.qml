@@ -203,6 +203,7 @@ LooksCase {
 
     function test_levels(data) {
         show([Object.assign({}, shop, { figures: data.figures })]);
+        findChild(view, "cards").toggleExpand("3000");
         check([["memory", find(0, "memory").color, data.memory], ["MEM", find(0, "MEM").color, data.memory], ["CPU", find(0, "cpu").color, data.cpu]]);
     }
 

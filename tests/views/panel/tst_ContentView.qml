@@ -723,7 +723,7 @@ TestCase {
         for (const text of ["title", "directory", "Script"])
             compare(findChild(card(0), text).textFormat, Text.PlainText);
         const reveal = findChild(card(0), "reveal");
-        tryCompare(reveal.parent.parent, "y", 0);
+        tryCompare(findChild(card(0), "details").children[0], "y", 0);
         mouseMove(reveal, 20, reveal.height / 2);
         tryVerify(() => findChild(reveal, "tip").item?.opened ?? false, 5000);
         compare(machine.trapped, 0);
