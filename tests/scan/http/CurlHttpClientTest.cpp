@@ -1,3 +1,4 @@
+#include "scan/http/BrokenPipeGuard.h"
 #include "tests/scan/http/HttpExchange.h"
 #include "tests/support/Duration.h"
 #include "tests/support/LoopbackServer.h"
@@ -5,11 +6,15 @@
 
 #include <gtest/gtest.h>
 
+#include <QDir>
 #include <QElapsedTimer>
 #include <QFile>
 #include <QTemporaryDir>
 
+#include <array>
+#include <cerrno>
 #include <csignal>
+#include <ctime>
 #include <future>
 #include <thread>
 #include <unistd.h>
@@ -177,6 +182,16 @@ TEST(CurlHttpClient, readsNoBodyAfterHead)
         EXPECT_EQ(response.status, 200);
         EXPECT_EQ(response.body, "");
     }
+}
+
+TEST(CurlHttpClient, takesLineFeedsForLineEnds)
+{
+    const LoopbackServer server(stallingAfter("HTTP/1.1 200 OK\nServer: x\nContent-Length: 9\n\n"));
+    EXPECT_TRUE(takesLessThan(afterASecond, [&server] {
+        const HttpResponse response = responseOf(send(server.url(), "HEAD"));
+        EXPECT_EQ(response.status, 200);
+        EXPECT_EQ(response.headers.value("Server"), QStringLiteral("x"));
+    }));
 }
 
 TEST(CurlHttpClient, skipsInterimResponsesWithTheirHeaders)
@@ -355,6 +370,21 @@ TEST(CurlHttpClient, readsTheAnswerOfAServerThatHearsNoMore)
     EXPECT_EQ(responseOf(send(server.url())).body, "still here");
 }
 
+TEST(BrokenPipeGuard, keepsAWriteToNobodyFromEndingTheProgram)
+{
+    const auto before = std::signal(SIGPIPE, SIG_DFL);
+    std::array<int, 2> ends{};
+    ASSERT_EQ(pipe(ends.data()), 0);
+    close(ends[0]);
+    {
+        const tidewick::BrokenPipeGuard guard;
+        EXPECT_EQ(write(ends[1], "x", 1), -1);
+        EXPECT_EQ(errno, EPIPE);
+    }
+    close(ends[1]);
+    std::signal(SIGPIPE, before);
+}
+
 TEST(CurlHttpClient, leavesTheSignalsOfItsThreadAsTheyWere)
 {
     const LoopbackServer server([](LoopbackConnection &connection) { connection.resetAtEnd(); });
@@ -425,6 +455,32 @@ INSTANTIATE_TEST_SUITE_P(
         SlowRow{"stallingWithinAChunk",
                 stallingAfter("HTTP/1.1 200 OK\r\nTransfer-Encoding: chunked\r\n\r\nff\r\nxx")}),
     rowName);
+
+TEST(CurlHttpClient, waitsWithoutProcessorTime)
+{
+    const LoopbackServer server([](LoopbackConnection &connection) { connection.hold(); });
+    const auto processorTime = [] {
+        timespec time{};
+        clock_gettime(CLOCK_THREAD_CPUTIME_ID, &time);
+        return std::chrono::seconds(time.tv_sec) + std::chrono::nanoseconds(time.tv_nsec);
+    };
+    send(server.url());
+    const auto before = processorTime();
+    EXPECT_EQ(errorOf(send(server.url())), HttpError::timedOut);
+    EXPECT_LT(processorTime() - before, 50ms);
+}
+
+TEST(CurlHttpClient, keepsNoDescriptor)
+{
+    const auto descriptors = [] {
+        const LoopbackServer server(answering(ok("page")));
+        for (int i = 0; i < 10; ++i)
+            send(server.url());
+        return QDir(QStringLiteral("/proc/self/fd")).entryList(QDir::System | QDir::Files).size();
+    };
+    const auto before = descriptors();
+    EXPECT_LT(descriptors() - before, 10);
+}
 
 TEST(CurlHttpClient, waitsForManySilentServersAtOnce)
 {
@@ -519,9 +575,14 @@ TEST(CurlHttpClient, leavesAnEndlessHeaderLine)
 TEST(CurlHttpClient, takesHeadersUpToItsLimit)
 {
     const QByteArray lines = QByteArray("X: " + QByteArray(1019, 'x') + "\r\n"); // 1 KiB
-    const LoopbackServer under(answering(ok("page", lines.repeated(255))));
-    EXPECT_EQ(responseOf(send(under.url())).body, "page");
-    const LoopbackServer over(answering(ok("page", lines.repeated(256))));
+    const QByteArray page("page");
+    const auto withMore = [&](qsizetype bytes) {
+        return ok(page, lines.repeated(255) + "X: " + QByteArray(bytes, 'x') + "\r\n");
+    };
+    const qsizetype fitting = 262144 - (withMore(0).size() - page.size());
+    const LoopbackServer under(answering(withMore(fitting)));
+    EXPECT_EQ(responseOf(send(under.url())).body, page);
+    const LoopbackServer over(answering(withMore(fitting + 1)));
     EXPECT_EQ(errorOf(send(over.url())), HttpError::headersTooLong);
 }
 

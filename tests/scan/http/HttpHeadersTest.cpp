@@ -31,6 +31,7 @@ INSTANTIATE_TEST_SUITE_P(
         HeaderRow{"others", {"Date: today", "X-Server: b", "Servers: c"}, std::nullopt},
         HeaderRow{"asWritten", {"Server: nginx"}, QStringLiteral("nginx")},
         HeaderRow{"lineEnd", {"Server: nginx\r\n"}, QStringLiteral("nginx")},
+        HeaderRow{"lineFeed", {"Server: nginx\n"}, QStringLiteral("nginx")},
         HeaderRow{"lowerCase", {"server: nginx"}, QStringLiteral("nginx")},
         HeaderRow{"upperCase", {"SERVER: nginx"}, QStringLiteral("nginx")},
         HeaderRow{"noSpace", {"Server:nginx"}, QStringLiteral("nginx")},
