@@ -4,6 +4,8 @@
 
 #include <QLoggingCategory>
 
+#include <algorithm>
+#include <array>
 #include <csignal>
 #include <fcntl.h>
 #include <unistd.h>
@@ -35,15 +37,23 @@ void preferSoftwareRendering()
         qputenv("QT_XCB_GL_INTEGRATION", "none");
 }
 
-/// Newer toolkits also say this of a panel that was closed on a screen of fractional scale. The
-/// line has no category by which to silence it.
-constexpr const char *staleScale = "The cached device pixel ratio value was stale";
+/// Newer toolkits also say the first of a panel that was closed on a screen of fractional scale.
+/// The others are said under Plasma 6, whose plugin tries OpenGL first. The lines have no category
+/// by which to silence them.
+constexpr std::array uselessLines{
+    QLatin1String("The cached device pixel ratio value was stale"),
+    QLatin1String("QXcbIntegration: Cannot create platform OpenGL context"),
+    QLatin1String("Warning: fallback to QtQuick software backend"),
+};
 
 QtMessageHandler handlerOfTheToolkit = nullptr;
 
 void handleMessage(QtMsgType type, const QMessageLogContext &context, const QString &text)
 {
-    if (!text.startsWith(QLatin1String(staleScale)))
+    const bool isUseless =
+        std::any_of(uselessLines.begin(), uselessLines.end(),
+                    [&text](QLatin1String beginning) { return text.startsWith(beginning); });
+    if (!isUseless)
         handlerOfTheToolkit(type, context, text);
 }
 
