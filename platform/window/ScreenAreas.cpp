@@ -1,9 +1,13 @@
 #include "platform/window/ScreenAreas.h"
 
+#include "platform/session/ShellLayout.h"
 #include "platform/wayland/LayerShell.h"
 
+#include <QDBusConnection>
 #include <QGuiApplication>
 #include <QScreen>
+
+#include <algorithm>
 
 namespace tidewick
 {
@@ -34,6 +38,13 @@ QList<ScreenArea> screenAreasWithScales()
         const QSize size = pixels.value(screens[i]->name());
         if (!size.isEmpty())
             areas[i].pixelsPerPoint = qreal(size.width()) / areas[i].whole.width();
+    }
+    const bool isScaled = std::any_of(areas.begin(), areas.end(), [](const ScreenArea &area) {
+        return area.pixelsPerPoint != 1;
+    });
+    if (isScaled && shellCountsPoints(QDBusConnection::sessionBus())) {
+        for (ScreenArea &area : areas)
+            area.pixelsPerPoint = 1;
     }
     return areas;
 }

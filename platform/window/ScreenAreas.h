@@ -16,8 +16,8 @@ QList<QScreen *> screensInOrder();
 /// the toolkit rounds the scale up.
 QList<ScreenArea> screenAreas();
 
-/// The same with the real scales, for a place that may be in pixels. Asks the Wayland compositor,
-/// which may take a second.
+/// The same for a place that may be in pixels: with the real scales, or with none if GNOME Shell
+/// counts points. Asks the Wayland compositor or the shell, which may take a second.
 QList<ScreenArea> screenAreasWithScales();
 
 } // namespace tidewick
