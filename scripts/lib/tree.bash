@@ -90,6 +90,7 @@ furnish() {
     mount -t tmpfs tmpfs "$root/run"
     mount -t tmpfs tmpfs "$root/tmp"
     chmod 1777 "$root/tmp"
+    mkdir -m 1777 "$root/tmp/.X11-unix" # as a started system has it
 }
 
 # share_network - gives $root what it takes to reach the package sources from this machine.

@@ -11,7 +11,8 @@ import desktop
 
 BUTTONS = {1: 0x110, 2: 0x112, 3: 0x111}  # linux/input-event-codes.h
 KEYS = {"Escape": 0xFF1B, "Shift": 0xFFE1}  # X11/keysymdef.h
-WIDTH, HEIGHT = 1280, 800
+SCALE = int(os.environ.get("TIDEWICK_SCALE", "1"))
+WIDTH, HEIGHT = 1280 * SCALE, 800 * SCALE
 
 
 def seat():
@@ -76,9 +77,11 @@ class WaylandSeat:
         self.session, = self.bus.call(
             "org.gnome.Mutter.RemoteDesktop", "/org/gnome/Mutter/RemoteDesktop",
             "org.gnome.Mutter.RemoteDesktop.CreateSession")
+        # How many pixels of the picture one of the pointer's points has.
+        self.scale = WIDTH / int(self.bus.evaluate("global.stage.width"))
         self.send("Start")
         self.send("NotifyPointerMotionRelative", "(dd)", 2 * WIDTH, 2 * HEIGHT)
-        self.place = (WIDTH - 1, HEIGHT - 1)
+        self.place = (WIDTH - self.scale, HEIGHT - self.scale)
         self.press("Shift")  # the first key makes the keyboard, and reaches no program
 
     def send(self, member, signature="()", *arguments):
@@ -86,7 +89,8 @@ class WaylandSeat:
                       "org.gnome.Mutter.RemoteDesktop.Session." + member, signature, *arguments)
 
     def move(self, x, y):
-        self.send("NotifyPointerMotionRelative", "(dd)", x - self.place[0], y - self.place[1])
+        self.send("NotifyPointerMotionRelative", "(dd)",
+                  *((to - at) / self.scale for to, at in zip((x, y), self.place)))
         self.place = (x, y)
 
     def click(self, x, y, button=1, times=1):

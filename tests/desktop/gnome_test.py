@@ -16,7 +16,9 @@ import gnome
 KIND = os.environ["TIDEWICK_PANEL"]
 PID_FILE = os.path.join(os.environ["TIDEWICK_DESKTOP"], "gnome-shell.pid")
 EXTENSION = "ubuntu-appindicators@ubuntu.com"
-BAR, GAP = 32, 6  # the bar's height at most
+SCALE = gnome.SCALE
+BAR, GAP = 32 * SCALE, 6 * SCALE  # the bar's height at most
+BARE = (200 * SCALE, 400 * SCALE)  # a place on the desktop
 ENTRIES = {"Settings": 0.48, "Quit": 0.82}  # where they are in the menu: 0 is its upper end
 
 
@@ -58,7 +60,7 @@ class GnomeTest(unittest.TestCase):
         self.icon = self.place_of_icon()
 
     def rest(self):
-        self.seat.move(200, 400)
+        self.seat.move(*BARE)
 
     def bar(self):
         return self.seat.picture().crop((0, 0, gnome.WIDTH, BAR))
@@ -77,7 +79,8 @@ class GnomeTest(unittest.TestCase):
 
     def screenshot(self, name):
         os.makedirs(desktop.SCREENSHOTS, exist_ok=True)
-        self.seat.picture().save(os.path.join(desktop.SCREENSHOTS, f"host-{KIND}-{name}.png"))
+        file = f"host-{KIND}-{SCALE}-{name}.png"
+        self.seat.picture().save(os.path.join(desktop.SCREENSHOTS, file))
 
     def open_panel(self, **how):
         desktop.outlast_click_sequence()
@@ -87,7 +90,7 @@ class GnomeTest(unittest.TestCase):
     def is_drawn(self, left, top):
         """Whether the shell shows anything but its background in the panel's middle."""
         picture = self.seat.picture()
-        return picture.getpixel((left + 240, top + 100)) != picture.getpixel((200, 400))
+        return picture.getpixel((left + 240 * SCALE, top + 100 * SCALE)) != picture.getpixel(BARE)
 
     def assert_stays_closed(self):
         desktop.wait_until(lambda: not windows("Tidewick"), 5, "the end of the panel")
@@ -110,14 +113,18 @@ class GnomeTest(unittest.TestCase):
             desktop.end(server)
         desktop.wait_until(lambda: self.ink() == alone, 12, "the icon alone again")
 
+    @unittest.skip("has none")
+    def test_tool_tip_is_seen(self):
+        """The extension does not show it."""
+
     def test_click_opens_the_panel_beside_the_icon_and_another_closes_it(self):
         # A double click, and a middle click.
         for how in ({"times": 2}, {"button": 2}):
             left, top, *size = geometry(self.open_panel(**how))
             desktop.wait_until(lambda: self.is_drawn(left, top), 5, "the panel in the picture")
             self.screenshot("open")
-            self.assertEqual(size, [480, 540])
-            self.assertTrue(left <= self.icon[0] < left + 480, (left, self.icon))
+            self.assertEqual(size, [480 * SCALE, 540 * SCALE])
+            self.assertTrue(left <= self.icon[0] < left + size[0], (left, self.icon))
             self.assertTrue(GAP <= top - self.icon[1] <= BAR + GAP, top)
             desktop.outlast_click_sequence()
             self.seat.click(*self.icon, **how)
@@ -125,7 +132,7 @@ class GnomeTest(unittest.TestCase):
 
     @unavoidable_failure
     def test_click_outside_closes(self):
-        for place in ((200, 400), (300, self.icon[1])):
+        for place in (BARE, (300 * SCALE, self.icon[1])):
             self.open_panel()
             self.seat.click(*place)
             self.assert_stays_closed()
@@ -159,26 +166,26 @@ class GnomeTest(unittest.TestCase):
         return int(self.bus.evaluate(
             "imports.gi.Shell.WindowTracker.get_default().get_startup_sequences().length"))
 
-    def choose(self, entry):
-        """Opens the menu and clicks an entry of it."""
+    def choose(self, entry, button):
+        """Opens the menu with this button and clicks an entry of it."""
         desktop.outlast_click_sequence()
         before = self.seat.picture()
-        self.seat.click(*self.icon, button=3)
+        self.seat.click(*self.icon, button=button)
 
         def menu():
             box = ImageChops.difference(before, self.seat.picture()).getbbox()
-            return box if box and box[2] - box[0] > 80 and box[3] > 2 * BAR else None
+            return box if box and box[2] - box[0] > 80 * SCALE and box[3] > 2 * BAR else None
         left, _, right, bottom = desktop.wait_until_still(menu, 5, "the menu")
         self.screenshot("menu")
         self.seat.click((left + right) // 2, BAR + int((bottom - BAR) * ENTRIES[entry]))
 
     def test_menu_shows_settings_and_no_panel(self):
-        self.choose("Settings")
+        self.choose("Settings", button=1)
         desktop.wait_until(lambda: windows("Tidewick Settings"), 5, "the settings")
         self.assert_stays_closed()
 
     def test_menu_quits(self):
-        self.choose("Quit")
+        self.choose("Quit", button=3)
         self.assertEqual(self.program.wait(timeout=10), 0)
 
     def test_second_start_opens_the_panel_beside_the_icon(self):
@@ -195,8 +202,7 @@ class GnomeTest(unittest.TestCase):
         self.call_extensions("Disable")
         desktop.wait_until(lambda: not self.ink(), 5, "a bar without a tray")
         self.call_extensions("Enable")
-        self.icon = self.place_of_icon()
-        self.open_panel()
+        desktop.wait_until(self.opens, 15, "the panel")
 
     @unittest.skipUnless(KIND == "gnome-x11", "without its compositor, no window stays")
     def test_icon_is_back_in_a_restarted_shell(self):
@@ -213,12 +219,13 @@ class GnomeTest(unittest.TestCase):
                                                 stderr=subprocess.DEVNULL))
             print(self.shells[-1].pid, file=file)
         desktop.wait_until(self.leaves_overview, 20, "the bar")
-        self.icon = self.place_of_icon()
         desktop.wait_until(self.opens, 15, "the panel")
 
     def opens(self):
-        """Whether a click opens the panel; a shell that has just started can miss it."""
+        """Whether a click opens the panel; an icon that has just come can miss it, and moves while
+        the bar grows."""
         try:
+            self.icon = self.place_of_icon()
             return self.open_panel()
         except AssertionError:
             return False

@@ -10,6 +10,7 @@ import unittest
 from PIL import ImageChops, ImageGrab
 
 import desktop
+from wayland_input import BlackWindow
 
 EDGE = os.environ.get("TIDEWICK_PANEL_EDGE", "top")
 WIDTH, HEIGHT = 1280, 800
@@ -95,6 +96,15 @@ class PlasmaTest(unittest.TestCase):
             self.open_panel()
             desktop.press_key("Escape")
             self.assert_stays_closed()
+
+    def test_another_program_with_the_keyboard_closes(self):
+        other = BlackWindow(400, 300)
+        self.addCleanup(other.close)
+        left, top, width, height = desktop.wait_until_still(self.drawn, 5, "another window")
+        self.closed = self.without_bar()
+        self.open_panel()
+        desktop.click(left + width // 2, top + height // 2)
+        self.assert_stays_closed()
 
     def test_tool_tip_is_seen(self):
         desktop.move_pointer(*self.icon)

@@ -39,14 +39,15 @@ def has_layer_shell():
     return "LayerShellQt" in libraries
 
 
-def drawing(left, top, width, height, scale=1):
+def drawing(left, top, width, height, scale=1, least=300):
     """What is drawn on the black background in this part of the desktop: left, top, width and
-    height in points; None if nothing is. Rows of less than 300 points show only the pointer and
-    tooltips."""
+    height in points; None if nothing is. Rows with less than `least` points count as bare: 300
+    leave out the pointer and tooltips."""
     data = pixels(f"{left},{top} {width}x{height}", scale)
     row_size = 3 * round(width * scale)
     rows = [data[at:at + row_size] for at in range(0, len(data), row_size)]
-    drawn = [number for number, row in enumerate(rows) if row_size - row.count(0) > 900 * scale]
+    drawn = [number for number, row in enumerate(rows)
+             if row_size - row.count(0) > 3 * least * scale]
     if not drawn:
         return None
     first = min(row_size - len(rows[number].lstrip(b"\0")) for number in drawn) // 3

@@ -8,7 +8,7 @@ import unittest
 
 import desktop
 import sway
-from wayland_input import VirtualKeyboard, VirtualPointer
+from wayland_input import BlackWindow, VirtualKeyboard, VirtualPointer
 
 WIDTH, HEIGHT = 1280, 800
 PID_FILE = os.path.join(os.environ["TIDEWICK_DESKTOP"], "waybar.pid")
@@ -89,6 +89,17 @@ class WaybarTest(unittest.TestCase):
         self.pointer.click(100, 700)
         self.assert_stays_closed()
         self.open_panel()
+
+    def test_tool_tip_is_seen(self):
+        self.pointer.move(*self.icon)
+        desktop.wait_until(lambda: sway.drawing(0, 40, WIDTH, 100, least=80), 5, "the tooltip")
+        sway.screenshot("host-waybar-tooltip")
+
+    def test_another_program_with_the_keyboard_closes(self):
+        self.open_panel()
+        other = BlackWindow(400, 300)  # takes the keyboard
+        self.addCleanup(other.close)
+        self.assert_stays_closed()
 
     def choose(self, entry):
         """Opens the menu with a right click, and clicks `entry` pixels below the screen's edge."""
