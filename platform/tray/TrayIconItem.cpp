@@ -4,6 +4,7 @@
 
 #include <QApplication>
 #include <QCursor>
+#include <QMouseEvent>
 #include <QStyle>
 #include <QToolTip>
 
@@ -36,6 +37,17 @@ void fill(QMenu &menu, const QList<MenuItem> &items)
 }
 
 } // namespace
+
+void TrayIconMenu::mousePressEvent(QMouseEvent *event)
+{
+    constexpr int enoughMoves = 10;
+    for (int moves = 0; moves < enoughMoves; ++moves) {
+        QMouseEvent move(QEvent::MouseMove, event->position(), event->globalPosition(),
+                         Qt::NoButton, Qt::NoButton, event->modifiers());
+        mouseMoveEvent(&move);
+    }
+    QMenu::mousePressEvent(event);
+}
 
 TrayIconItem::TrayIconItem(ClickHandler clicked, xcb_window_t tray)
     : m_clicked(std::move(clicked)), m_tray(tray)

@@ -11,6 +11,14 @@
 namespace tidewick
 {
 
+/// A menu that takes the first click on an entry. Qt 6.8 closes it at a press if it has not seen
+/// the pointer move some times, because it does not know where the pointer was over the icon.
+class TrayIconMenu : public QMenu
+{
+protected:
+    void mousePressEvent(QMouseEvent *event) override;
+};
+
 /// An icon in a tray of the old X11 kind, with a menu and a tooltip that this program draws.
 class TrayIconItem : public QObject, public TrayPresenter
 {
@@ -34,7 +42,7 @@ private:
     const xcb_window_t m_tray;
     StatusItemState m_state;
     QTimer m_toolTipDelay;
-    QMenu m_menu;
+    TrayIconMenu m_menu;
     std::unique_ptr<TrayIconWindow> m_window;
 };
 
