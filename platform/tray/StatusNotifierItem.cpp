@@ -56,12 +56,13 @@ QString processName(uint pid)
     return QString::fromUtf8(comm.readAll()).trimmed();
 }
 
-QDBusMessage processQuestion()
+/// A question to the bus about who has the name `name`.
+QDBusMessage ownerQuestion(const char *method, const QString &name)
 {
     auto call = QDBusMessage::createMethodCall(
         QStringLiteral("org.freedesktop.DBus"), QStringLiteral("/org/freedesktop/DBus"),
-        QStringLiteral("org.freedesktop.DBus"), QStringLiteral("GetConnectionUnixProcessID"));
-    return call << watcherName;
+        QStringLiteral("org.freedesktop.DBus"), QLatin1String(method));
+    return call << name;
 }
 
 QDBusMessage registrationOf(const QString &service)
@@ -93,18 +94,13 @@ StatusNotifierItem::StatusNotifierItem(ClickHandler clicked, const QString &busA
         m_clicked({ClickType::rightMouseUp, {}});
     });
     m_menu->setRead([this](const QString &reader) {
-        m_menuReaders.addWatchedService(reader);
-        if (m_hasHost)
-            lookForBar();
+        if (!m_menuReaders.watchedServices().contains(reader))
+            addReader(reader);
     });
     m_menuReaders.setConnection(m_bus);
     m_menuReaders.setWatchMode(QDBusServiceWatcher::WatchForUnregistration);
     connect(&m_menuReaders, &QDBusServiceWatcher::serviceUnregistered, this,
-            [this](const QString &reader) {
-                m_menuReaders.removeWatchedService(reader);
-                if (m_hasHost)
-                    lookForBar();
-            });
+            &StatusNotifierItem::removeReader);
     m_barTimeout.setSingleShot(true);
     m_barTimeout.setInterval(barTimeoutMs);
     connect(&m_barTimeout, &QTimer::timeout, this, [this] { setShown(false); });
@@ -112,10 +108,10 @@ StatusNotifierItem::StatusNotifierItem(ClickHandler clicked, const QString &busA
     m_bus.registerObject(menuPath, m_menuObject.get(), QDBusConnection::ExportAdaptors);
     auto *watcher =
         new QDBusServiceWatcher(watcherName, m_bus, QDBusServiceWatcher::WatchForOwnerChange, this);
-    connect(watcher, &QDBusServiceWatcher::serviceRegistered, this,
-            &StatusNotifierItem::registerWithWatcher);
-    connect(watcher, &QDBusServiceWatcher::serviceUnregistered, this,
-            [this] { setPresence(false, false); });
+    connect(watcher, &QDBusServiceWatcher::serviceOwnerChanged, this,
+            [this](const QString & /*name*/, const QString & /*before*/, const QString &now) {
+                changeWatcher(!now.isEmpty());
+            });
     for (const char *signal : {"StatusNotifierHostRegistered", "StatusNotifierHostUnregistered"})
         m_bus.connect(watcherName, watcherPath, watcherName, QLatin1String(signal), this,
                       SLOT(registerWithWatcher()));
@@ -133,11 +129,22 @@ void StatusNotifierItem::registerWithWatcher()
     registerItem();
 }
 
+/// The name may pass from one process to the next that waits for it.
+void StatusNotifierItem::changeWatcher(bool hasWatcher)
+{
+    m_menuReaders.setWatchedServices({}); // the bars of the one before
+    if (hasWatcher)
+        registerItem();
+    else
+        setPresence(false, false);
+}
+
 /// A host reads an item once, when it registers. So the style of the host must be known before.
 QCoro::Task<> StatusNotifierItem::registerItem()
 {
     const QPointer<StatusNotifierItem> self(this);
-    const QDBusPendingReply<uint> process = m_bus.asyncCall(processQuestion());
+    const QDBusPendingReply<uint> process =
+        m_bus.asyncCall(ownerQuestion("GetConnectionUnixProcessID", watcherName));
     co_await process;
     if (!self)
         co_return;
@@ -213,6 +220,26 @@ void StatusNotifierItem::lookForBar()
     }
     m_barTimeout.stop();
     setShown(hasBar);
+}
+
+QCoro::Task<> StatusNotifierItem::addReader(QString reader)
+{
+    m_menuReaders.addWatchedService(reader);
+    if (m_hasHost)
+        lookForBar();
+    // It may have left before its end was watched for.
+    const QPointer<StatusNotifierItem> self(this);
+    const QDBusPendingReply<bool> isThere = m_bus.asyncCall(ownerQuestion("NameHasOwner", reader));
+    co_await isThere;
+    if (self && isThere.isValid() && !isThere.value())
+        removeReader(reader);
+}
+
+void StatusNotifierItem::removeReader(const QString &reader)
+{
+    m_menuReaders.removeWatchedService(reader);
+    if (m_hasHost)
+        lookForBar();
 }
 
 void StatusNotifierItem::setShown(bool isShown)

@@ -52,7 +52,10 @@ private:
     void exportItem();
     void setHost(const TrayHost &host);
     void setPresence(bool hasWatcher, bool hasHost);
+    void changeWatcher(bool hasWatcher);
     void lookForBar();
+    QCoro::Task<> addReader(QString reader);
+    void removeReader(const QString &reader);
     void setShown(bool isShown);
     void redraw();
 

@@ -1,6 +1,7 @@
 #include "tests/platform/tray/TrayOnABus.h"
 #include "platform/tray/StatusNotifierItem.h"
 
+#include <QDBusConnectionInterface>
 #include <QDBusVariant>
 
 #include <memory>
@@ -120,4 +121,52 @@ TEST_F(ItemOnABus, isShownByTheIndicatorServiceWhileABarHasReadTheMenu)
         }
         EXPECT_TRUE(becomesShown(false));
     }
+}
+
+TEST_F(ItemOnABus, registersWithTheNextProcessInTheQueueForTheList)
+{
+    show("panel-2-systray");
+    QDBusConnection queued = bus.connect();
+    Watcher next;
+    queued.registerObject(QStringLiteral("/StatusNotifierWatcher"), &next,
+                          QDBusConnection::ExportAllContents);
+    queued.interface()->registerService(QStringLiteral("org.kde.StatusNotifierWatcher"),
+                                        QDBusConnectionInterface::QueueService);
+    tray.unregisterService(QStringLiteral("org.kde.StatusNotifierWatcher"));
+    EXPECT_TRUE(waitUntil([&] { return next.item == watcher.item; }));
+    PrivateBus::disconnect(queued);
+}
+
+TEST_F(ItemOnABus, readerThatLeavesAtOnceIsNoBar)
+{
+    show("ayatana-indicat");
+    QString reader;
+    {
+        const Bar bar(bus);
+        reader = bar.connection.baseService();
+        auto read = QDBusMessage::createMethodCall(
+            watcher.item, QStringLiteral("/StatusNotifierItem/Menu"),
+            QStringLiteral("com.canonical.dbusmenu"), QStringLiteral("GetLayout"));
+        read.setArguments({0, -1, QStringList()});
+        bar.connection.send(read);
+        bar.connection.interface()->isServiceRegistered(reader); // the bus has it when it answers
+    }
+    while (tray.interface()->isServiceRegistered(reader)) {
+    }
+    EXPECT_TRUE(becomesShown(true));
+    EXPECT_TRUE(becomesShown(false));
+}
+
+TEST_F(ItemOnABus, readerThatAnEarlierListHadIsNoBar)
+{
+    show("panel-2-systray");
+    const Bar bar(bus);
+    readMenu(bar);
+    tray.unregisterService(QStringLiteral("org.kde.StatusNotifierWatcher"));
+    ASSERT_TRUE(becomesShown(false));
+    watcher.item.clear();
+    startWatcher("ayatana-indicat");
+    EXPECT_FALSE(waitUntil([this] { return item->isShown() == true; }, 800));
+    readMenu(bar);
+    EXPECT_EQ(item->isShown(), true);
 }
