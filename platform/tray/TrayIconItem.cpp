@@ -60,6 +60,11 @@ TrayIconItem::TrayIconItem(ClickHandler clicked, xcb_window_t tray)
     });
 }
 
+TrayIconItem::~TrayIconItem()
+{
+    hideToolTip();
+}
+
 void TrayIconItem::show(const StatusItemState &state)
 {
     m_state = state;

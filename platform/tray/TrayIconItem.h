@@ -27,6 +27,8 @@ class TrayIconItem : public QObject, public TrayPresenter
 public:
     /// `tray` is the owner of the tray's selection.
     TrayIconItem(ClickHandler clicked, xcb_window_t tray);
+    ~TrayIconItem() override;
+    Q_DISABLE_COPY_MOVE(TrayIconItem)
 
     /// The number is inside the picture.
     void show(const StatusItemState &state) override;

@@ -58,6 +58,8 @@ uint8_t depthOf(xcb_visualid_t wanted, const xcb_screen_t &screen)
 QImage::Format formatOf(uint8_t depth)
 {
     switch (depth) {
+    case 15:
+        return QImage::Format_RGB555;
     case 16:
         return QImage::Format_RGB16;
     case 30:

@@ -48,7 +48,7 @@ void X11Tray::handle(const xcb_generic_event_t &event)
     if (type == XCB_CLIENT_MESSAGE) {
         const auto &message = reinterpret_cast<const xcb_client_message_event_t &>(event);
         if (message.type == m_manager && message.data.data32[1] == m_selection)
-            setWindow(message.data.data32[2]);
+            setWindow(selectionOwner(m_x.get(), m_selection)); // anybody may send the message
     } else if (type == m_selectionNotify && m_selectionNotify != 0) {
         const auto &change = reinterpret_cast<const xcb_xfixes_selection_notify_event_t &>(event);
         if (change.owner != m_window)

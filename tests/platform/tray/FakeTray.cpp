@@ -46,10 +46,10 @@ FakeTray::FakeTray(Visual visual, QRgb background)
     if (hasAlpha)
         xcb_change_property(x, XCB_PROP_MODE_REPLACE, m_window, atom(x, "_NET_SYSTEM_TRAY_VISUAL"),
                             XCB_ATOM_VISUALID, 32, 1, &id);
-    announce();
+    announce(m_window);
 }
 
-void FakeTray::announce()
+void FakeTray::announce(xcb_window_t window)
 {
     xcb_client_message_event_t message = {};
     message.response_type = XCB_CLIENT_MESSAGE;
@@ -57,7 +57,7 @@ void FakeTray::announce()
     message.window = m_screen->root;
     message.type = atom(m_x.get(), "MANAGER");
     message.data.data32[1] = atom(m_x.get(), "_NET_SYSTEM_TRAY_S0");
-    message.data.data32[2] = m_window;
+    message.data.data32[2] = window;
     xcb_send_event(m_x.get(), 0, m_screen->root, XCB_EVENT_MASK_STRUCTURE_NOTIFY,
                    reinterpret_cast<const char *>(&message));
     xcb_flush(m_x.get());

@@ -20,6 +20,8 @@ public:
     /// A tray whose background has this colour.
     explicit FakeTray(Visual visual = Visual::ofTheScreen, QRgb background = 0xff204060);
 
+    /// Tells all that `window` is a tray.
+    void announce(xcb_window_t window);
     /// Whether it has an icon now; takes a new one.
     bool hasIcon();
     void resizeIcon(int width, int height);
@@ -31,7 +33,6 @@ public:
     void movePointer(uint8_t event);
 
 private:
-    void announce();
     void take(xcb_window_t icon);
 
     std::unique_ptr<xcb_connection_t, void (*)(xcb_connection_t *)> m_x;

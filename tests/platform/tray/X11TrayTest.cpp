@@ -231,6 +231,26 @@ TEST_F(IconInTray, showsItsToolTipUnderTheRestingPointer)
     EXPECT_TRUE(waitUntil([] { return !QToolTip::isVisible(); }, 5000)); // else after ten seconds
 }
 
+TEST_F(IconInTray, takesItsToolTipAlong)
+{
+    show(FakeTray::Visual::ofTheScreen);
+    tray->movePointer(XCB_ENTER_NOTIFY);
+    ASSERT_TRUE(waitUntil([] { return QToolTip::isVisible(); }));
+    item.reset();
+    EXPECT_TRUE(waitUntil([] { return !QToolTip::isVisible(); }, 5000)); // else after ten seconds
+}
+
+TEST_F(IconInTray, onlyTheOwnerOfTheSelectionIsATray)
+{
+    show(FakeTray::Visual::ofTheScreen);
+    const xcb_window_t window = x11.window();
+    bool isTold = false;
+    QObject::connect(&x11, &X11Tray::changed, &x11, [&] { isTold = true; });
+    tray->announce(window + 1);
+    ASSERT_TRUE(waitUntil([&] { return isTold; }));
+    EXPECT_EQ(x11.window(), window);
+}
+
 /// The tests need an X server, but no display. In networks of their own, two servers would choose
 /// the same number, so each begins to look for one elsewhere.
 int main(int argc, char *argv[])
@@ -247,6 +267,8 @@ int main(int argc, char *argv[])
             qFatal("Xvfb does not start");
     qputenv("DISPLAY", ":" + server.readLine().trimmed());
     qputenv("QT_QPA_PLATFORM", "xcb");
+    // The toolkit would connect to the user's session.
+    qputenv("DBUS_SESSION_BUS_ADDRESS", "unix:path=/nonexistent");
     int status = 0;
     {
         const QApplication application(argc, argv);
