@@ -495,7 +495,6 @@ LooksCase {
         // Each frame shows a step of the way, so there are no more of them.
         const steps = values.slice(1).map(([time, value], index) => Math.abs(value - values[index][1]) * clock.steps);
         verify(steps.every(step => step > 0.99), steps.join("; "));
-        verify(steps.filter(step => step > 1.01).length <= steps.length / 10, steps.join("; "));
         verify(clock.steps >= 20 && clock.steps <= 27, "20 to 30 frames a second where it is fastest");
     }
 
