@@ -5,12 +5,16 @@
 
 using namespace tidewick;
 
-struct NumberRow
+template <typename Value>
+struct Row
 {
     const char *name;
     const char16_t *text;
-    std::optional<double> number;
+    std::optional<Value> number;
 };
+
+using NumberRow = Row<double>;
+using IntegerRow = Row<qint64>;
 
 class Number : public testing::TestWithParam<NumberRow>
 {
@@ -39,13 +43,6 @@ INSTANTIATE_TEST_SUITE_P(
                     NumberRow{"overflow", u"1e999", std::nullopt},
                     NumberRow{"notANumber", u"nan", std::nullopt}),
     rowName);
-
-struct IntegerRow
-{
-    const char *name;
-    const char16_t *text;
-    std::optional<qint64> number;
-};
 
 class Integer : public testing::TestWithParam<IntegerRow>
 {
