@@ -120,6 +120,7 @@ ListView {
     Timer {
         id: settling
 
+        objectName: "settling"
         interval: 0
         onTriggered: list.bringIntoView()
     }

@@ -518,7 +518,7 @@ LooksCase {
         const at = directory => [1, 2, 3, 4, 5, 6, 7].map(port => Object.assign({}, shop, { port: 3000 + port, pid: String(port), directory: directory }));
         show(at("/srv/shop"));
         const list = findChild(view, "cards");
-        const isStill = () => find(4, "details").opacity === 1 && find(4, "details").height === find(4, "details").children[0].height;
+        const isStill = () => !find(4, "unrolling").running && !findChild(list, "settling").running;
         list.contentY = list.originY - list.topMargin;
         list.toggleExpand("3005");
         tryVerify(isStill);
