@@ -30,7 +30,8 @@ namespace tidewick
 namespace
 {
 
-/// How long a start by hand waits for a tray before it shows the panel without one.
+/// How long a start by hand waits for a tray before it shows the panel without one. A desktop that
+/// is too busy to answer may take longer.
 constexpr int trayTimeoutMs = 1500;
 
 /// How long the end waits for tasks that were told to stop.
@@ -50,6 +51,7 @@ struct Shell
     QPointer<DesktopStatusItem> statusItem;
 
     bool hasItem() const { return statusItem && statusItem->isInTray(); }
+    bool isTrayKnown() const { return !statusItem || statusItem->isTrayKnown(); }
 };
 
 /// `shell` must outlive everything that the result makes.
@@ -153,11 +155,16 @@ int TidewickApp::run()
         QObject::connect(&instance, &SingleInstance::activated, &delegate,
                          [&delegate](const QVariantMap &data) { activate(delegate, data); });
         delegate.applicationDidFinishLaunching();
+        QTimer trayTimeout;
+        QObject::connect(&trayTimeout, &QTimer::timeout, &delegate, [&] {
+            if (!shell.isTrayKnown())
+                return;
+            trayTimeout.stop();
+            if (!shell.hasItem())
+                activate(delegate, m_platformData);
+        });
         if (!m_isAutostarted)
-            QTimer::singleShot(trayTimeoutMs, &delegate, [this, &delegate, &shell] {
-                if (!shell.hasItem())
-                    activate(delegate, m_platformData);
-            });
+            trayTimeout.start(trayTimeoutMs);
         status = QApplication::exec();
     }
     qCDebug(appLog) << "ends with status" << status;

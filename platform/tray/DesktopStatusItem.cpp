@@ -3,12 +3,11 @@
 #include "platform/Logging.h"
 
 #include <cstdio>
-#include <utility>
 
 namespace tidewick
 {
 
-DesktopStatusItem::DesktopStatusItem(const QString &busAddress)
+DesktopStatusItem::DesktopStatusItem(const QString &busAddress, std::chrono::milliseconds patience)
     : m_notifierItem([this](const ClickEvent &event) { send(event); }, busAddress)
 {
     connect(&m_notifierItem, &StatusNotifierItem::shownChanged, this,
@@ -16,6 +15,12 @@ DesktopStatusItem::DesktopStatusItem(const QString &busAddress)
     connect(&m_x11Tray, &X11Tray::changed, this, [this] {
         m_trayIcon.reset();
         chooseTray();
+    });
+    m_missingTray.setSingleShot(true);
+    m_missingTray.setInterval(patience);
+    connect(&m_missingTray, &QTimer::timeout, this, [this] {
+        m_reportedMissingTray = true;
+        std::fputs("tidewick: this desktop shows no status items; waiting for a tray\n", stderr);
     });
 }
 
@@ -33,8 +38,15 @@ void DesktopStatusItem::chooseTray()
             [this](const ClickEvent &event) { send(event); }, m_x11Tray.window());
         m_trayIcon->show(m_state);
     }
-    if (!isInTray() && !std::exchange(m_reportedMissingTray, true))
-        std::fputs("tidewick: this desktop shows no status items; waiting for a tray\n", stderr);
+    watchForMissingTray();
+}
+
+void DesktopStatusItem::watchForMissingTray()
+{
+    if (isInTray())
+        m_missingTray.stop();
+    else if (!m_reportedMissingTray && !m_missingTray.isActive())
+        m_missingTray.start();
 }
 
 void DesktopStatusItem::setImage(const QImage &image, QSize points)

@@ -4,6 +4,9 @@
 #include "platform/tray/TrayIconItem.h"
 #include "platform/tray/X11Tray.h"
 
+#include <QTimer>
+
+#include <chrono>
 #include <memory>
 
 namespace tidewick
@@ -16,8 +19,10 @@ class DesktopStatusItem : public QObject, public StatusItem
     Q_OBJECT
 
 public:
-    /// `busAddress` is that of the session's bus if it is empty.
-    explicit DesktopStatusItem(const QString &busAddress = {});
+    /// `busAddress` is that of the session's bus if it is empty. A desktop that starts with the
+    /// program has `patience` to show the item before a line on standard error says it does not.
+    explicit DesktopStatusItem(const QString &busAddress = {},
+                               std::chrono::milliseconds patience = std::chrono::seconds(5));
 
     void setImage(const QImage &image, QSize points) override;
     void setAttributedTitle(const StatusTitle &title) override;
@@ -28,6 +33,9 @@ public:
     void setMenu(const QList<MenuItem> &items) override;
     void performClick() override;
 
+    /// Whether the desktop has answered if it shows the item.
+    bool isTrayKnown() const { return m_notifierItem.isShown().has_value(); }
+
     /// Whether the user sees it.
     bool isInTray() const
     {
@@ -36,6 +44,8 @@ public:
 
 private:
     void chooseTray();
+    /// Says once that there is no tray when there has been none for long.
+    void watchForMissingTray();
     /// Shows the state if it differs from the one shown.
     void show(const StatusItemState &state);
     void send(const ClickEvent &event);
@@ -44,6 +54,7 @@ private:
     std::function<void()> m_action;
     std::optional<ClickEvent> m_event;
     QList<MenuItem> m_menu;
+    QTimer m_missingTray;
     bool m_reportedMissingTray = false;
 
     StatusNotifierItem m_notifierItem;

@@ -4,10 +4,19 @@ import os
 import re
 import signal
 import subprocess
+import sys
 import time
 import unittest
 
 import desktop
+
+
+# Has the name of the list of status items, and refuses whatever it is asked.
+WATCHER = """
+from gi.repository import Gio, GLib
+Gio.bus_own_name(Gio.BusType.SESSION, "org.kde.StatusNotifierWatcher", 0, None, None, None)
+GLib.MainLoop().run()
+"""
 
 
 def xdotool(*arguments):
@@ -38,22 +47,28 @@ class NoTrayTest(unittest.TestCase):
     def wait_until_resident(self):
         desktop.wait_until(lambda: desktop.owner("org.tidewick.Tidewick"), 5, "the program")
 
-    def end_and_read_errors(self, program):
+    def assert_only_prints(self, program, *lines):
+        """Until its end, which is as quick as ever."""
+        printed = []
+
+        def has_printed_all():
+            printed.extend(program.read_errors())
+            return set(lines) <= set(printed)
+        desktop.wait_until(has_printed_all, 8, "its lines on standard error")
         time.sleep(1)
         self.assertIsNone(program.poll())
         status, seconds = desktop.terminate(program)
         self.assertEqual(status, 0)
         self.assertLess(seconds, 3)
-        return program.read_errors()
+        self.assertEqual((*printed, *program.read_errors()), lines)
 
     def test_missing_tray_is_one_line_and_no_crash(self):
-        self.assertEqual(self.end_and_read_errors(self.launch()),
-                         [desktop.NO_TRAY])
+        self.assert_only_prints(self.launch(), desktop.NO_TRAY)
 
     def test_without_a_session_bus_the_panel_is_a_window(self):
         program = self.launch(DBUS_SESSION_BUS_ADDRESS="unix:path=/nowhere/bus")
         self.wait_for_panel()
-        self.assertEqual(self.end_and_read_errors(program), [desktop.NO_BUS, desktop.NO_TRAY])
+        self.assert_only_prints(program, desktop.NO_BUS, desktop.NO_TRAY)
 
     def test_start_by_hand_shows_the_panel_as_a_window_like_any_other(self):
         program = self.launch()
@@ -69,6 +84,17 @@ class NoTrayTest(unittest.TestCase):
         desktop.wait_until(lambda: not panels(), 5, "the end of the window")
         self.assertIsNone(program.poll())
         self.assertEqual(self.launch().wait(timeout=5), 0)
+        self.wait_for_panel()
+
+    def test_panel_is_no_window_before_a_busy_tray_has_answered(self):
+        watcher = subprocess.Popen([sys.executable, "-c", WATCHER])
+        self.addCleanup(desktop.end, watcher)
+        desktop.wait_until(lambda: desktop.owner("org.kde.StatusNotifierWatcher"), 5, "a watcher")
+        watcher.send_signal(signal.SIGSTOP)
+        self.launch()
+        time.sleep(3)
+        self.assertEqual(panels(), [])
+        watcher.send_signal(signal.SIGCONT)
         self.wait_for_panel()
 
     def test_second_start_shows_the_panel_again(self):

@@ -11,6 +11,7 @@
 #include <QProcess>
 #include <QToolTip>
 
+#include <chrono>
 #include <csignal>
 #include <memory>
 #include <optional>
@@ -84,9 +85,9 @@ protected:
 class ChoiceOfTray : public TrayOnABus
 {
 protected:
-    void startItem()
+    void startItem(std::chrono::milliseconds patience = std::chrono::seconds(5))
     {
-        item.emplace(bus.address());
+        item.emplace(bus.address(), patience);
         item->setImage(blackIcon(), {18, 18});
     }
     bool getsIcon(bool isInTray)
@@ -219,6 +220,37 @@ TEST_F(ChoiceOfTray, indicatorServiceTakesItOnlyWhileABarShowsIt)
         }
         EXPECT_TRUE(getsIcon(true));
     }
+}
+
+TEST_F(ChoiceOfTray, trayThatComesSoonIsNotCalledMissing)
+{
+    x11.reset();
+    startWatcher("ayatana-indicat");
+    testing::internal::CaptureStderr();
+    startItem(std::chrono::seconds(3));
+    // The item counts as unseen after half a second, and the line is due three later.
+    EXPECT_FALSE(waitUntil([this] { return item->isInTray(); }, 1000));
+    const Bar bar(bus);
+    readMenu(bar);
+    EXPECT_TRUE(waitUntil([this] { return item->isInTray(); }));
+    EXPECT_FALSE(waitUntil([this] { return !item->isInTray(); }, 3500));
+    EXPECT_EQ(testing::internal::GetCapturedStderr(), "");
+}
+
+TEST_F(ChoiceOfTray, missingTrayIsReportedOnce)
+{
+    x11.reset();
+    testing::internal::CaptureStderr();
+    startItem(std::chrono::milliseconds(50));
+    for (int round = 0; round < 2; ++round) {
+        EXPECT_FALSE(waitUntil([this] { return item->isInTray(); }, 500));
+        x11.emplace();
+        EXPECT_TRUE(waitUntil([this] { return item->isInTray(); }));
+        x11.reset();
+        EXPECT_TRUE(waitUntil([this] { return !item->isInTray(); }));
+    }
+    EXPECT_EQ(testing::internal::GetCapturedStderr(),
+              "tidewick: this desktop shows no status items; waiting for a tray\n");
 }
 
 TEST_F(IconInTray, showsItsToolTipUnderTheRestingPointer)
