@@ -77,27 +77,34 @@ class WaylandSeat:
         self.session, = self.bus.call(
             "org.gnome.Mutter.RemoteDesktop", "/org/gnome/Mutter/RemoteDesktop",
             "org.gnome.Mutter.RemoteDesktop.CreateSession")
-        # How many pixels of the picture one of the pointer's points has.
-        self.scale = WIDTH / int(self.bus.evaluate("global.stage.width"))
         self.send("Start")
         self.send("NotifyPointerMotionRelative", "(dd)", 2 * WIDTH, 2 * HEIGHT)
-        self.place = (WIDTH - self.scale, HEIGHT - self.scale)
+        self.place = (WIDTH - SCALE, HEIGHT - SCALE)
         self.press("Shift")  # the first key makes the keyboard, and reaches no program
 
     def send(self, member, signature="()", *arguments):
         self.bus.call("org.gnome.Mutter.RemoteDesktop", self.session,
                       "org.gnome.Mutter.RemoteDesktop.Session." + member, signature, *arguments)
 
+    def send_button(self, button, is_down):
+        """Does not wait for an answer: a busy shell would make one click of two."""
+        self.bus.connection.call(
+            "org.gnome.Mutter.RemoteDesktop", self.session,
+            "org.gnome.Mutter.RemoteDesktop.Session", "NotifyPointerButton",
+            GLib.Variant("(ib)", (BUTTONS[button], is_down)), None, Gio.DBusCallFlags.NONE, 10000,
+            None, None)
+
     def move(self, x, y):
+        # Whether the shell lays the desktop out in points or in pixels, ways are in points.
         self.send("NotifyPointerMotionRelative", "(dd)",
-                  *((to - at) / self.scale for to, at in zip((x, y), self.place)))
+                  *((to - at) / SCALE for to, at in zip((x, y), self.place)))
         self.place = (x, y)
 
     def click(self, x, y, button=1, times=1):
         self.move(x, y)
         for _ in range(times):
             for is_down in (True, False):
-                self.send("NotifyPointerButton", "(ib)", BUTTONS[button], is_down)
+                self.send_button(button, is_down)
 
     def press(self, key):
         for is_down in (True, False):
