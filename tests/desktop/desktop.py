@@ -111,9 +111,10 @@ def start_program(path=PROGRAM, wrapper=(), **environment):
     return Program([*wrapper, path], env={**os.environ, **environment})
 
 
-def start_again():
+def start_again(**environment):
     """Starts the program beside the one that runs; it ends at once and prints nothing."""
-    second = subprocess.run([PROGRAM], stderr=subprocess.PIPE, text=True, check=False, timeout=5)
+    second = subprocess.run([PROGRAM], env={**os.environ, **environment}, stderr=subprocess.PIPE,
+                            text=True, check=False, timeout=5)
     assert (second.returncode, second.stderr) == (0, ""), second
 
 
@@ -156,19 +157,19 @@ def start_server(directory=None, port=0, wrapper=()):
     return server
 
 
-TWO_PORT_SERVER = """
-import http.server, threading
-for _ in range(2):
+MANY_PORT_SERVER = """
+import http.server, sys, threading
+for _ in range(int(sys.argv[1])):
     server = http.server.ThreadingHTTPServer(("127.0.0.1", 0), http.server.SimpleHTTPRequestHandler)
     threading.Thread(target=server.serve_forever).start()
 print("listening", flush=True)
 """
 
 
-def start_two_port_server():
-    """One process that answers HTTP on two ports."""
-    server = subprocess.Popen([sys.executable, "-c", TWO_PORT_SERVER], stdout=subprocess.PIPE,
-                              stderr=subprocess.DEVNULL, text=True)
+def start_server_on_ports(number):
+    """One process that answers HTTP on so many ports."""
+    server = subprocess.Popen([sys.executable, "-c", MANY_PORT_SERVER, str(number)],
+                              stdout=subprocess.PIPE, stderr=subprocess.DEVNULL, text=True)
     assert server.stdout.readline() == "listening\n"
     return server
 

@@ -158,7 +158,7 @@ class PanelTest(PanelCase):
 
     def test_confirmed_kill_ends_the_process_and_takes_all_its_rows(self):
         shop = self.serve("shop")
-        doomed = desktop.start_two_port_server()
+        doomed = desktop.start_server_on_ports(2)
         self.addCleanup(desktop.end, doomed)
         panel = self.launch_held(3)
         # No scan has a part in what follows.

@@ -1,5 +1,6 @@
-"""Plasma under Wayland. Its compositor draws into an X server, whose pointer and keyboard the test
-uses; the X server knows nothing of Plasma's windows, so the panel is what changes in the picture."""
+"""Plasma under Wayland, where Tidewick is a Wayland program or, without LayerShellQt, one of X11. The
+compositor draws into an X server, whose pointer and keyboard the test uses; the X server knows
+nothing of Plasma's windows, so the panel is what changes in the picture."""
 
 import os
 import signal
@@ -17,11 +18,22 @@ WIDTH, HEIGHT = 1280, 800
 BAR, GAP = 32, 6
 PANEL = (480, 540)
 ENTRIES = {"Settings": 0.5, "Quit": 0.87}  # where they are in the menu: 0 is its upper end
+IS_X11 = "TIDEWICK_X11_DISPLAY" in os.environ
+# The compositor's own X server, where it has one, is not the one that the test uses.
+X_SERVER = {"DISPLAY": os.environ["TIDEWICK_X11_DISPLAY"],
+            "XAUTHORITY": os.environ["TIDEWICK_X11_AUTHORITY"]} if IS_X11 else {}
 PID_FILE = os.path.join(os.environ["TIDEWICK_DESKTOP"], "plasmashell.pid")
 
 
 def picture():
     return ImageGrab.grab(xdisplay=os.environ["DISPLAY"]).convert("RGB")
+
+
+def x11_panels():
+    """The panel among the windows of the compositor's X server."""
+    return subprocess.run(["xdotool", "search", "--onlyvisible", "--name", "^Tidewick$"],
+                          env={**os.environ, **X_SERVER}, capture_output=True, text=True,
+                          check=False).stdout.split()
 
 
 class PlasmaTest(unittest.TestCase):
@@ -31,7 +43,7 @@ class PlasmaTest(unittest.TestCase):
         self.rest()
         self.addCleanup(desktop.wait_until, lambda: not desktop.Picture().ink(), 10,
                         "the end of the icon")
-        self.program = desktop.start_program()
+        self.program = desktop.start_program(**X_SERVER)
         self.addCleanup(desktop.end, self.program)
         self.icon = self.place_of_icon()
         self.closed = self.without_bar()
@@ -72,8 +84,7 @@ class PlasmaTest(unittest.TestCase):
 
     def test_icon_and_number_are_seen(self):
         alone = desktop.Picture().ink()
-        for _ in range(12):
-            self.addCleanup(desktop.end, desktop.start_server())
+        self.addCleanup(desktop.end, desktop.start_server_on_ports(12))
         desktop.wait_until(lambda: desktop.Picture().ink() not in ([], alone), 15, "the number")
         desktop.screenshot(f"host-plasma-wayland-{EDGE}-number")
 
@@ -81,6 +92,7 @@ class PlasmaTest(unittest.TestCase):
         left, top, *size = self.open_panel()
         desktop.screenshot(f"host-plasma-wayland-{EDGE}-open")
         self.assertEqual(tuple(size), PANEL)
+        self.assertEqual(bool(x11_panels()), IS_X11)
         self.assertEqual(top, BAR + GAP if EDGE == "top" else HEIGHT - BAR - GAP - PANEL[1])
         self.assertTrue(left <= self.icon[0] < left + PANEL[0], (left, self.icon))
         desktop.click(*self.icon)
@@ -154,7 +166,7 @@ class PlasmaTest(unittest.TestCase):
         self.open_panel()
 
     def test_second_start_opens_the_panel(self):
-        desktop.start_again()
+        desktop.start_again(**X_SERVER)
         desktop.wait_until(self.panel, 5, "the panel")
 
 
