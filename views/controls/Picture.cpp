@@ -13,8 +13,9 @@ namespace tidewick
 namespace
 {
 
-/// One node for each piece.
-class PictureNode : public QSGNode
+/// One node for each piece. It is a transform that changes nothing: what is added to a plain node
+/// later, the software scene graph draws in the corner of the window.
+class PictureNode : public QSGTransformNode
 {
 public:
     void show(QQuickWindow &window, const QList<PicturePiece> &pieces)

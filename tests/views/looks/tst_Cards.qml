@@ -146,6 +146,18 @@ LooksCase {
         tryVerify(() => !machine.hasChanged(view));
     }
 
+    // The pieces of a frame come back where they were.
+    function test_cardLooksTheSameAfterThePointerHasGone() {
+        show([shop, api]);
+        settle();
+        machine.rememberPicture(view);
+        mouseMove(card(1), 200, 10);
+        tryVerify(() => isSame(find(1, "surface").color, white(0.06)));
+        mouseMove(test, 240, 20);
+        tryVerify(() => isSame(find(1, "surface").color, white(0)));
+        tryVerify(() => !machine.hasChanged(view));
+    }
+
     function test_keyThatOpensACardScrollsItIntoView_data() {
         return [{ tag: "Space", key: Qt.Key_Space }, { tag: "Enter", key: Qt.Key_Enter }];
     }
