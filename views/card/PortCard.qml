@@ -53,6 +53,8 @@ Item {
     Accessible.focusable: true
     Accessible.onPressAction: toggleExpand()
     onIsExpandedChanged: unrolling.isByToggle = true
+    // A card that is created expanded has not been toggled.
+    Component.onCompleted: unrolling.isByToggle = false
     Keys.onEscapePressed: event => {
         event.accepted = showKillConfirmation;
         withdraw();

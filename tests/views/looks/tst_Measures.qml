@@ -532,6 +532,23 @@ LooksCase {
         compare(list.contentY, place);
     }
 
+    // Its card is a new one, which is expanded as the one before.
+    function test_restartedServerDoesNotScroll() {
+        const started = second => ["1", second, "3", "4", "5", "6"].map((pid, row) => Object.assign({}, shop, { port: 3001 + row, pid: pid }));
+        show(started("2"));
+        const list = findChild(view, "cards");
+        const isStill = () => !find(1, "unrolling").running && !findChild(list, "settling").running;
+        list.toggleExpand("3002");
+        tryVerify(isStill);
+        const height = card(1).height;
+        list.contentY = card(1).y + 40;
+        machine.listen(started("77"));
+        machine.panel.refresh();
+        tryVerify(() => card(1)?.facts.pid === "77" && card(1).height === height);
+        tryVerify(isStill);
+        compare(list.contentY, card(1).y + 40);
+    }
+
     function test_digitsAreEquallyWide() {
         show([shop, api]);
         const port = find(0, "port");
