@@ -7,11 +7,15 @@ Column {
 
     required property CardFacts facts
     property bool isTabStop: true
+    property bool isExpanded: true
+    readonly property bool hasDirectory: facts.workingDirectory !== ""
 
     // How far below its top the row of values has its baseline, whatever the fonts.
     readonly property real line: Math.ceil(Math.max(proportional.ascent, fixed.ascent))
 
     signal reveal
+    // The button that had the focus goes.
+    signal leave(reason: int)
 
     topPadding: 4 + spacing
     spacing: 10
@@ -111,7 +115,7 @@ Column {
 
     Row {
         spacing: 10
-        visible: details.facts.workingDirectory !== ""
+        visible: details.hasDirectory
 
         Symbol {
             anchors.verticalCenter: parent.verticalCenter
@@ -124,13 +128,18 @@ Column {
             id: revealing
 
             readonly property bool isElided: width < implicitWidth
+            readonly property bool isWanted: details.isExpanded && details.hasDirectory
 
             objectName: "reveal"
             width: Math.min(implicitWidth, details.width - 22)
-            isTabStop: details.isTabStop
+            isTabStop: details.isTabStop && (isWanted || activeFocus)
             help: "Show in Finder"
             tip: isElided ? details.facts.directoryName + "\n" + help : help
             onClicked: details.reveal()
+            onIsWantedChanged: {
+                if (!isWanted && activeFocus)
+                    details.leave(visualFocus ? Qt.TabFocusReason : Qt.OtherFocusReason);
+            }
 
             contentItem: PlainText {
                 objectName: "directory"

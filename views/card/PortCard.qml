@@ -354,9 +354,11 @@ Item {
                 // Qt 6.4 loads no bound component.
                 // qmllint disable unqualified
                 sourceComponent: CardDetails {
-                    isTabStop: card.isTabStop && card.isExpanded
+                    isTabStop: card.isTabStop
+                    isExpanded: card.isExpanded
                     facts: card.facts
                     onReveal: card.panel.revealDirectory(card.facts.workingDirectory)
+                    onLeave: reason => expand.forceActiveFocus(reason)
                 }
                 // qmllint enable unqualified
             }

@@ -626,6 +626,30 @@ TestCase {
         compare(findChild(card(0), "surface").borderWidth, 2);
     }
 
+    function test_focusOfTheDetailsGoesToWhatOpensThem_data() {
+        const bare = Object.assign({}, shop, { directory: "" });
+        const refresh = listeners => {
+            machine.listen(listeners);
+            machine.panel.refresh();
+        };
+        return [
+            { tag: "closed", change: () => card(0).Accessible.pressAction() },
+            { tag: "another opened", change: () => card(1).Accessible.pressAction() },
+            { tag: "no directory left", change: () => refresh([bare, api]) }
+        ];
+    }
+
+    function test_focusOfTheDetailsGoesToWhatOpensThem(row) {
+        show([shop, api]);
+        const isThere = () => findChild(card(0), "reveal")?.visible ?? false;
+        press(0, "expand");
+        tryVerify(isThere);
+        findChild(card(0), "reveal").forceActiveFocus(Qt.TabFocusReason);
+        row.change();
+        tryVerify(() => !isThere());
+        verify(findChild(card(0), "expand").visualFocus);
+    }
+
     function test_helpTextComesToARestingPointer() {
         show([shop]);
         const stop = findChild(card(0), "stop");
