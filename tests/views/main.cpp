@@ -11,6 +11,7 @@
 #include <QJSValue>
 #include <QKeyEvent>
 #include <QMouseEvent>
+#include <QQmlAbstractUrlInterceptor>
 #include <QQmlEngine>
 #include <QQmlExtensionPlugin>
 #include <QQuickItem>
@@ -427,6 +428,24 @@ private:
                         }};
 };
 
+/// Takes the views from a directory, so that a change in one needs no build.
+class ViewsFromDirectory : public QQmlAbstractUrlInterceptor
+{
+public:
+    explicit ViewsFromDirectory(QString directory) : m_directory(std::move(directory)) {}
+
+    QUrl intercept(const QUrl &url, DataType type) override
+    {
+        const QString place = QStringLiteral("/qt/qml/Tidewick/");
+        if (type != QmlFile || url.scheme() != QLatin1String("qrc") || !url.path().startsWith(place))
+            return url;
+        return QUrl::fromLocalFile(m_directory + u'/' + url.path().mid(place.size()));
+    }
+
+private:
+    const QString m_directory;
+};
+
 class Setup : public QObject
 {
     Q_OBJECT
@@ -436,8 +455,13 @@ public Q_SLOTS:
     {
         // The views come from the program's own resources.
         engine->addImportPath(QStringLiteral("qrc:/qt/qml"));
+        if (const QString directory = qEnvironmentVariable("TIDEWICK_VIEWS"); !directory.isEmpty())
+            engine->addUrlInterceptor(&m_elsewhere.emplace(directory));
         qmlRegisterType<Machine>("TidewickTest", 1, 0, "Machine");
     }
+
+private:
+    std::optional<ViewsFromDirectory> m_elsewhere;
 };
 
 QUICK_TEST_MAIN_WITH_SETUP(views, Setup)
