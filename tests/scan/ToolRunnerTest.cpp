@@ -313,9 +313,12 @@ TEST(ToolRunner, missingDescriptorsAreAnErrorAtAnyStep)
         setrlimit(RLIMIT_NOFILE, &limit);
         EXPECT_TRUE(outcomes.last() == "x\n" || outcomes.last().startsWith("error: /bin/echo: "))
             << room << ": " << outcomes.last().toStdString();
+        EXPECT_FALSE(outcomes.last().endsWith(systemText(EINVAL).toUtf8()))
+            << "it goes on without a child with room for " << room;
         EXPECT_EQ(waitpid(-1, nullptr, WNOHANG), -1) << "a child is left with room for " << room;
     }
-    EXPECT_EQ(outcomes.first(), "error: /bin/echo: " + systemText(EMFILE).toUtf8());
+    for (int room = 0; room < 2; ++room) // too little for the pipe
+        EXPECT_EQ(outcomes[room], "error: /bin/echo: " + systemText(EMFILE).toUtf8());
     EXPECT_EQ(outcomes.last(), "x\n");
     EXPECT_EQ(fcntl(STDIN_FILENO, F_GETFD), standardInput) << "it was closed";
 }
