@@ -18,7 +18,7 @@ class CurlHttpClient : public HttpClient
 public:
     /// Trusts the certificate authorities of the system.
     CurlHttpClient() = default;
-    /// Trusts those in the PEM file `authorities` alone.
+    /// Trusts those in the PEM file `authorities` too.
     explicit CurlHttpClient(const QString &authorities);
 
     HttpOutcome send(const HttpRequest &request, TlsEvidence &evidence,

@@ -41,10 +41,8 @@ EasyHandle newRequest(const LoopbackUrl &url, const QByteArray &method, const QB
     curl_easy_setopt(easy.get(), CURLOPT_HTTP09_ALLOWED, 1L);
     if (!userAgent.isEmpty())
         curl_easy_setopt(easy.get(), CURLOPT_USERAGENT, userAgent.constData());
-    if (!authorities.isEmpty()) {
+    if (!authorities.isEmpty())
         curl_easy_setopt(easy.get(), CURLOPT_CAINFO, authorities.constData());
-        curl_easy_setopt(easy.get(), CURLOPT_CAPATH, nullptr);
-    }
     return easy;
 }
 

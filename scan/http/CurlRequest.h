@@ -18,9 +18,9 @@ struct EasyCleanup
 using EasyHandle = std::unique_ptr<CURL, EasyCleanup>;
 
 /// A request that goes to loopback addresses alone, by no proxy and with no credential. It trusts
-/// the certificate authorities in the PEM file `authorities`, those of the system where that is
-/// empty. An empty `userAgent` means that it carries no such header. Bytes that are no HTTP come as
-/// a body without headers; the body of a HEAD is the caller's to refuse.
+/// the certificate authorities of the system, and those in the PEM file `authorities` unless that
+/// is empty. An empty `userAgent` means that it carries no such header. Bytes that are no HTTP come
+/// as a body without headers; the body of a HEAD is the caller's to refuse.
 EasyHandle newRequest(const LoopbackUrl &url, const QByteArray &method, const QByteArray &userAgent,
                       const QByteArray &authorities);
 

@@ -10,7 +10,6 @@
 #include <linux/netlink.h>
 #include <linux/sock_diag.h>
 #include <netinet/in.h>
-#include <netinet/tcp.h>
 #include <unistd.h>
 
 namespace tidewick
@@ -28,7 +27,8 @@ struct Question
     inet_diag_req_v2 request;
 };
 
-/// Asks which listener a connection to the address would reach (sock_diag(7)).
+/// Asks which listener a connection to the address would reach (sock_diag(7)). Only a listener has
+/// no peer, as in this question.
 Question questionAbout(const sockaddr &address)
 {
     Question question{};
@@ -38,7 +38,6 @@ Question questionAbout(const sockaddr &address)
     inet_diag_req_v2 &request = question.request;
     request.sdiag_family = AF_INET;
     request.sdiag_protocol = IPPROTO_TCP;
-    request.idiag_states = 1U << unsigned(TCP_LISTEN);
     request.id.idiag_if = loopbackInterface;
     request.id.idiag_cookie[0] = INET_DIAG_NOCOOKIE;
     request.id.idiag_cookie[1] = INET_DIAG_NOCOOKIE;
@@ -62,8 +61,6 @@ Question questionAbout(const sockaddr &address)
 std::optional<uid_t> listenerOwner(const sockaddr &address)
 {
     const int netlink = socket(AF_NETLINK, SOCK_RAW | SOCK_CLOEXEC, NETLINK_SOCK_DIAG);
-    if (netlink < 0)
-        return std::nullopt;
     const Question question = questionAbout(address);
     std::array<char, 4096> answer;
     const bool isAsked = send(netlink, &question, sizeof question, 0) == sizeof question;
@@ -76,9 +73,8 @@ std::optional<uid_t> listenerOwner(const sockaddr &address)
         return std::nullopt;
     memcpy(&header, answer.data(), sizeof header);
     memcpy(&found, answer.data() + NLMSG_HDRLEN, sizeof found);
-    const bool isListener =
-        header.nlmsg_type == SOCK_DIAG_BY_FAMILY && found.idiag_state == TCP_LISTEN;
-    return isListener ? std::optional<uid_t>(found.idiag_uid) : std::nullopt;
+    return header.nlmsg_type == SOCK_DIAG_BY_FAMILY ? std::optional<uid_t>(found.idiag_uid)
+                                                    : std::nullopt;
 }
 
 } // namespace

@@ -14,11 +14,15 @@
 #include <array>
 #include <cerrno>
 #include <csignal>
+#include <cstddef>
 #include <ctime>
 #include <future>
+#include <memory>
+#include <new>
 #include <thread>
 #include <unistd.h>
 
+using tidewick::BrokenPipeGuard;
 using tidewick::HttpError;
 using tidewick::HttpOutcome;
 using tidewick::HttpResponse;
@@ -377,12 +381,24 @@ TEST(BrokenPipeGuard, keepsAWriteToNobodyFromEndingTheProgram)
     ASSERT_EQ(pipe(ends.data()), 0);
     close(ends[0]);
     {
-        const tidewick::BrokenPipeGuard guard;
+        const BrokenPipeGuard guard;
         EXPECT_EQ(write(ends[1], "x", 1), -1);
         EXPECT_EQ(errno, EPIPE);
     }
     close(ends[1]);
     std::signal(SIGPIPE, before);
+}
+
+TEST(BrokenPipeGuard, keepsBackNoOtherSignal)
+{
+    alignas(BrokenPipeGuard) std::array<std::byte, sizeof(BrokenPipeGuard)> memory;
+    memory.fill(std::byte{0xff}); // it must not count on zeros
+    auto *const guard = new (memory.data()) BrokenPipeGuard;
+    sigset_t mask;
+    pthread_sigmask(SIG_BLOCK, nullptr, &mask);
+    EXPECT_EQ(sigismember(&mask, SIGPIPE), 1);
+    EXPECT_EQ(sigismember(&mask, SIGTERM), 0);
+    std::destroy_at(guard);
 }
 
 TEST(CurlHttpClient, leavesTheSignalsOfItsThreadAsTheyWere)

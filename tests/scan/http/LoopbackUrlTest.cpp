@@ -3,6 +3,8 @@
 
 #include <gtest/gtest.h>
 
+#include <malloc.h>
+
 using tidewick::LoopbackUrl;
 using tidewick::loopbackUrl;
 using tidewick::redirectTarget;
@@ -144,6 +146,17 @@ TEST(LoopbackUrl, knowsAnAddressAndTheSameUrlAgain)
     for (const char *other : {"https://127.0.0.1:3000/a?b", "http://127.0.0.2:3000/a?b",
                               "http://127.0.0.1:3001/a?b", "http://127.0.0.1:3000/a?c"})
         EXPECT_NE(url, loopbackUrl(other)) << other;
+}
+
+TEST(LoopbackUrl, keepsNoMemory)
+{
+    const auto memory = [] {
+        for (int i = 0; i < 1000; ++i)
+            EXPECT_TRUE(loopbackUrl("http://127.0.0.1:3000/a?b"));
+        return mallinfo2().uordblks;
+    };
+    const size_t before = memory();
+    EXPECT_LT(memory(), before + 10'000);
 }
 
 class RedirectTarget : public testing::TestWithParam<UrlRow>

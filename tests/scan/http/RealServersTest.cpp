@@ -109,16 +109,17 @@ protected:
         return error == nullptr ? 0 : error->code;
     }
 
-    /// A certificate authority in ca.pem; server.pem and server.key, which it has signed for all
-    /// names of this machine.
-    bool makeCertificates()
+    /// A certificate authority in ca.pem; server.pem and server.key, which it has signed for
+    /// `names`: all of this machine, unless others are given.
+    bool makeCertificates(const QByteArray &names = "DNS:localhost,IP:127.0.0.1,IP:::1")
     {
         return openssl("req -x509 -newkey rsa:2048 -nodes -days 2 -subj /CN=authority "
                        "-keyout ca.key -out ca.pem") &&
                openssl("req -x509 -newkey rsa:2048 -nodes -days 2 -subj /CN=localhost "
                        "-CA ca.pem -CAkey ca.key -keyout server.key -out server.pem "
                        "-addext basicConstraints=critical,CA:FALSE "
-                       "-addext subjectAltName=DNS:localhost,IP:127.0.0.1,IP:::1");
+                       "-addext subjectAltName=" +
+                       names);
     }
 
     CurlHttpClient trustingClient() const { return CurlHttpClient(path("ca.pem")); }
@@ -139,10 +140,10 @@ private:
         return m_server->isUp();
     }
 
-    bool openssl(const char *arguments) const
+    bool openssl(const QByteArray &arguments) const
     {
-        return runAsOrdinaryUser(findProgram(QStringLiteral("openssl")), words(arguments),
-                                 m_directory.path());
+        return runAsOrdinaryUser(findProgram(QStringLiteral("openssl")),
+                                 words(arguments.constData()), m_directory.path());
     }
 
     QTemporaryDir m_directory;
@@ -313,6 +314,17 @@ TEST_F(RealServers, nodeWithAnUnknownCertificate)
     EXPECT_EQ(errorOf("https", "HEAD"), HttpError::certificateUntrusted);
     EXPECT_EQ(probe(), nothing);
     EXPECT_EQ(server().output(), "");
+}
+
+TEST_F(RealServers, pythonWithTheCertificateOfAnotherName)
+{
+    NEEDS("python3");
+    NEEDS("openssl");
+    ASSERT_TRUE(makeCertificates("DNS:example.org"));
+    write("tls.py", pythonTls);
+    ASSERT_TRUE(start("python3", "tls.py PORT"));
+    EXPECT_EQ(errorOf("http", "GET", trustingClient()), HttpError::secureConnectionFailed);
+    EXPECT_EQ(errorOf("https", "HEAD", trustingClient()), HttpError::certificateUntrusted);
 }
 
 TEST_F(RealServers, nodeWithAnUnknownCertificateOnADevelopmentPort)
