@@ -20,8 +20,7 @@ qint64 whole(double seconds, double unit)
     const double quotient = seconds / unit;
     if (!std::isfinite(quotient))
         qFatal("tidewick: an uptime is not finite");
-    constexpr double limit = 9223372036854775808.0; // 2^63
-    if (quotient <= -limit || quotient >= limit)
+    if (quotient >= 0x1p63)
         qFatal("tidewick: an uptime does not fit 64 bits");
     return static_cast<qint64>(quotient);
 }

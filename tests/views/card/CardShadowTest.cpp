@@ -5,6 +5,7 @@
 
 #include <QImage>
 
+#include <algorithm>
 #include <cmath>
 
 using namespace tidewick;
@@ -50,6 +51,33 @@ TEST_P(CardShadowAt, isAQuarterOfBlackBlurredByEightPointsAndFourPointsLower)
     for (const double distance : {0.5, 2.5, 4.5, 6.5, 8.5}) {
         EXPECT_NEAR(alpha(side / 2, bottom + distance), darkness(distance - 4), 4) << distance;
         EXPECT_NEAR(alpha(side / 2, top - distance), darkness(distance + 4), 4) << distance;
+    }
+}
+
+TEST_P(CardShadowAt, hasACornerInEachPixel)
+{
+    const double scale = GetParam();
+    ASSERT_EQ(image.width(), 2 * std::ceil(34 * scale) + 1);
+    const double reach = std::ceil(12 * scale) / scale;
+    // What lies within the card's corners of 14 points; from there, distances are radii.
+    const QRectF inner =
+        QRectF(0, 0, side, side).adjusted(reach, reach, -reach, -reach).adjusted(14, 14, -14, -14);
+    const auto distance = [](const QRectF &rectangle, double x, double y) {
+        return std::hypot(std::max({rectangle.left() - x, x - rectangle.right(), 0.0}),
+                          std::max({rectangle.top() - y, y - rectangle.bottom(), 0.0})) -
+               14;
+    };
+    for (int row = 0; row < image.height(); ++row) {
+        for (int column = 0; column < image.width(); ++column) {
+            const double x = (column + 0.5) / scale;
+            const double y = (row + 0.5) / scale;
+            const double free = std::clamp(distance(inner, x, y) * scale + 0.5, 0.0, 1.0);
+            const double fromEdge = distance(inner.translated(0, 4), x, y);
+            const double dark = 0.25 * std::erfc(fromEdge / (4 * std::sqrt(2.0))) / 2;
+            ASSERT_EQ(image.pixelColor(column, row),
+                      QColor(0, 0, 0, int(std::lround(255 * dark * free))))
+                << column << ", " << row;
+        }
     }
 }
 

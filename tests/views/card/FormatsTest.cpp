@@ -101,4 +101,6 @@ TEST(UptimeDeathTest, whatIsNotFiniteEndsTheProgram)
 TEST(UptimeDeathTest, whatDoesNotFitEndsTheProgram)
 {
     EXPECT_DEATH(formatElapsed(1e30), "64 bits");
+    EXPECT_DEATH(formatElapsed(86400 * 0x1p63), "64 bits");
+    EXPECT_EQ(formatElapsed(86400 * 0x1p62), QStringLiteral("4611686018427387904d"));
 }
