@@ -24,9 +24,10 @@ TOKENS = {is_qml: re.compile(TOKEN % (r"|'(?:[^'\\\n]|\\.)*'" if is_qml else "")
                              re.VERBOSE | re.MULTILINE | re.DOTALL) for is_qml in (False, True)}
 PAIRS = {"(": ")", "[": "]", "{": "}"}
 ENDS = set(PAIRS.values())
-# Logging, checks of the compiler, and macros with a meaning of their own.
-LEFT_ALONE = re.compile(r"static_assert|Q_ASSERT|Q_LOGGING_CATEGORY|Q_PROPERTY|Q_ENUM|Q_DECLARE_\w+"
-                        r"|qC?(Debug|Info|Warning|Critical)|using|objectName|id$")
+# Logging, checks of the compiler, and macros with a meaning of their own. In QML the names of objects.
+LEFT_ALONE = {False: re.compile(r"static_assert|Q_ASSERT|Q_LOGGING_CATEGORY|Q_PROPERTY|Q_ENUM"
+                                r"|Q_DECLARE_\w+|qC?(Debug|Info|Warning|Critical)|using"),
+              True: re.compile(r"objectName|id")}
 DECLARATION = set("return co_return if for while switch case default const constexpr auto static using "
                   "typedef struct class enum union else do try goto template friend public private "
                   "protected signals slots virtual explicit inline extern let var function yield "
@@ -72,7 +73,7 @@ class Source:
         """The indices of the tokens that stay as they are."""
         silent = set()
         for i, token in enumerate(self.tokens):
-            if token.kind == "word" and LEFT_ALONE.fullmatch(token.text):
+            if token.kind == "word" and LEFT_ALONE[self.is_qml].fullmatch(token.text):
                 end = i
                 while end < len(self.tokens) and self.at(end) != ";" and (
                         not self.is_qml or self.line(end) == self.line(i)):

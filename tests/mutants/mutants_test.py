@@ -110,6 +110,10 @@ class Cpp(unittest.TestCase):
         self.assertEqual(in_body('static_assert(1 < 2, "a"); qCDebug(a) << "b" << 1;'), [])
         self.assertEqual(changed("Q_LOGGING_CATEGORY(a, \"b\")\n[[nodiscard(\"c\")]] int d();"), [])
 
+    def test_a_parameter_is_no_name_of_qml(self):
+        self.assertEqual(changed("A f(B id) { return a(1); }"),
+                         [("constant", "A f(B id) { return a(2); }")])
+
     def test_lines_keep_their_numbers(self):
         text = "void f()\n{\n    a(b,\n      c);\n    d();\n}\n"
         for mutation in mutants.mutations("scan/A.cpp", text):
