@@ -174,6 +174,23 @@ def start_server_on_ports(number):
     return server
 
 
+def see_numbers(test, ink, keep_picture):
+    """Sees that the icon has the numbers 1 and 12 and is alone again. `ink` tells where its colour
+    stands, and `keep_picture` keeps a picture under a name."""
+    alone = ink()
+    seen = [[], alone]
+    servers = []
+    for more, number in ((1, 1), (11, 12)):
+        servers.append(start_server_on_ports(more))
+        test.addCleanup(end, servers[-1])
+        wait_until(lambda: ink() not in seen, 12, f"the number {number}")
+        seen.append(wait_until_still(ink, 12, "a picture that stays"))
+        keep_picture(f"number-{number}")
+    for server in servers:
+        end(server)
+    wait_until(lambda: ink() == alone, 12, "the icon alone again")
+
+
 CLOSING_SERVER = """
 import socket
 listener = socket.create_server(("127.0.0.1", 0))

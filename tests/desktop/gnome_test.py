@@ -98,19 +98,8 @@ class GnomeTest(unittest.TestCase):
         self.assertEqual(windows("Tidewick"), [])
 
     def test_icon_and_number_are_seen(self):
-        alone = self.ink()
-        seen = [alone]
-        servers = []
-        for more, number in ((1, 1), (11, 12)):
-            servers.append(desktop.start_server_on_ports(more))
-            self.addCleanup(desktop.end, servers[-1])
-            # The bar's label stands beside the icon, which therefore moves.
-            desktop.wait_until(lambda: self.ink() not in ([], *seen), 12, f"the number {number}")
-            seen.append(desktop.wait_until_still(self.ink, 12, "a picture that stays"))
-            self.screenshot(f"number-{number}")
-        for server in servers:
-            desktop.end(server)
-        desktop.wait_until(lambda: self.ink() == alone, 12, "the icon alone again")
+        # The bar's label stands beside the icon, which therefore moves.
+        desktop.see_numbers(self, self.ink, self.screenshot)
 
     @unittest.skip("has none")
     def test_tool_tip_is_seen(self):

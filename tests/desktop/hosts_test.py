@@ -118,18 +118,9 @@ class HostTest(unittest.TestCase):
         return self.wait_for_panel()
 
     def test_icon_and_number_are_seen(self):
-        alone = ink_in_bar()
-        seen = [[], alone]
-        servers = []
-        for more, number in ((1, 1), (11, 12)):
-            servers.append(desktop.start_server_on_ports(more))
-            self.addCleanup(desktop.end, servers[-1])
-            desktop.wait_until(lambda: ink_in_bar() not in seen, 12, f"the number {number}")
-            seen.append(desktop.wait_until_still(ink_in_bar, 12, "a picture that stays"))
-            desktop.screenshot(f"host-{PANEL}-{EDGE}-{SCALE}-number-{number}")
-        for server in servers:
-            desktop.end(server)
-        desktop.wait_until(lambda: ink_in_bar() == alone, 12, "the icon alone again")
+        desktop.see_numbers(
+            self, ink_in_bar,
+            lambda name: desktop.screenshot(f"host-{PANEL}-{EDGE}-{SCALE}-{name}"))
 
     @unittest.skipUnless(CLICK_OPENS, "has none")
     def test_tool_tip_is_seen(self):

@@ -83,10 +83,9 @@ class PlasmaTest(unittest.TestCase):
         self.assertIsNone(self.panel())
 
     def test_icon_and_number_are_seen(self):
-        alone = desktop.Picture().ink()
-        self.addCleanup(desktop.end, desktop.start_server_on_ports(12))
-        desktop.wait_until(lambda: desktop.Picture().ink() not in ([], alone), 15, "the number")
-        desktop.screenshot(f"host-plasma-wayland-{EDGE}-number")
+        desktop.see_numbers(
+            self, lambda: desktop.Picture().ink(),
+            lambda name: desktop.screenshot(f"host-plasma-wayland-{EDGE}-{name}"))
 
     def test_click_opens_the_panel_beside_the_icon_and_another_closes_it(self):
         left, top, *size = self.open_panel()

@@ -64,11 +64,7 @@ class WaybarTest(unittest.TestCase):
         self.assertEqual(panel_sizes(), [])
 
     def test_icon_and_number_are_seen(self):
-        alone = ink()
-        server = desktop.start_server()
-        self.addCleanup(desktop.end, server)
-        desktop.wait_until(lambda: ink() not in ([], alone), 12, "the number")
-        sway.screenshot("host-waybar-number")
+        desktop.see_numbers(self, ink, lambda name: sway.screenshot("host-waybar-" + name))
 
     def test_escape_closes_because_the_panel_has_the_keyboard(self):
         self.open_panel()
