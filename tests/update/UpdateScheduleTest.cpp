@@ -1,9 +1,13 @@
 #include "update/UpdateSchedule.h"
 #include "tests/support/TestText.h"
 
+#include "update/UpdateCheck.h"
+#include "update/UpdaterController.h"
+
 #include <gtest/gtest.h>
 
 using namespace tidewick;
+using namespace std::chrono_literals;
 
 struct DueRow
 {
@@ -41,3 +45,20 @@ INSTANTIATE_TEST_SUITE_P(
                     DueRow{"dayOfTwentyThreeHours", "2026-03-28T12:00:00+01:00",
                            "2026-03-29T12:00:00+02:00", false}),
     rowName);
+
+TEST(UpdateTimes, areShortForAnAnswerAndLongForAnInstallation)
+{
+    const UpdaterSystem system;
+    EXPECT_EQ(system.firstCheck, 5min);
+    EXPECT_EQ(system.tick, 1h);
+    EXPECT_EQ(system.echo, 30s);
+    EXPECT_EQ(system.callTimeout, 25s);
+    const UpdateRequest request{QDBusConnection(QStringLiteral("none")), {}};
+    EXPECT_EQ(request.callTimeout, 25s);
+    EXPECT_EQ(request.timeout, 2min);
+    EXPECT_EQ(request.refreshTimeout, 5min);
+    const TransactionCall installation = installationOf({});
+    EXPECT_EQ(installation.callTimeout, 25s);
+    EXPECT_EQ(installation.timeout, 15min);
+    EXPECT_EQ(TransactionCall().timeout, 2min);
+}

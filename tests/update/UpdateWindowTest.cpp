@@ -7,6 +7,7 @@
 
 #include <QAccessible>
 #include <QApplication>
+#include <QDialogButtonBox>
 #include <QLabel>
 #include <QPlainTextEdit>
 #include <QProgressBar>
@@ -220,71 +221,145 @@ TEST_F(UpdateWindowTest, hasANameForEveryControl)
     EXPECT_EQ(nameOf(shown<QProgressBar>().first()), QStringLiteral("Progress"));
 }
 
-struct StatusRow
+TEST_F(UpdateWindowTest, isADialogOfTheSystemsSize)
 {
-    const char *name;
-    uint status;
-    const char *text;
-};
-
-class InstallationStatus : public testing::TestWithParam<StatusRow>
-{
-};
-
-TEST_P(InstallationStatus, isToldInWords)
-{
-    const UpdateNotice notice = installingNotice({}, {GetParam().status, {}, true});
-    EXPECT_EQ(notice.text, QString::fromUtf8(GetParam().text));
+    window.show(failedNotice(), Focus::take);
+    EXPECT_EQ(dialog()->windowTitle(), QStringLiteral("Tidewick"));
+    EXPECT_FALSE(dialog()->testAttribute(Qt::WA_QuitOnClose)) << "the program goes on without it";
+    const auto labels = shown<QLabel>();
+    ASSERT_EQ(labels.size(), 2);
+    EXPECT_TRUE(labels[0]->font().bold());
+    EXPECT_FALSE(labels[1]->font().bold());
+    for (const QLabel *label : labels) {
+        EXPECT_EQ(label->width(), 380);
+        EXPECT_TRUE(label->wordWrap());
+    }
+    const QSize closed = dialog()->size();
+    EXPECT_EQ(dialog()->minimumSize(), closed);
+    EXPECT_EQ(dialog()->maximumSize(), closed);
+    QPushButton *opening = button(QStringLiteral("Details"));
+    EXPECT_EQ(opening->x(), labels[0]->x()) << "on the left";
+    opening->click();
+    EXPECT_EQ(shown<QPlainTextEdit>().first()->height(), 120);
+    EXPECT_TRUE(waitUntil([&] { return dialog()->height() > closed.height() + 100; }));
 }
 
-INSTANTIATE_TEST_SUITE_P(Rows, InstallationStatus,
-                         testing::Values(StatusRow{"setUp", 2, "Preparing…"},
-                                         StatusRow{"download", 8, "Downloading…"},
-                                         StatusRow{"install", 9, "Installing…"},
-                                         StatusRow{"locked", 30, "Waiting for the package system…"},
-                                         StatusRow{"password", 31, "Waiting for your permission…"},
-                                         StatusRow{"unheardOf", 4000, "Preparing…"}),
-                         rowName);
+TEST_F(UpdateWindowTest, hasItsPartsInTheirOrder)
+{
+    UpdateNotice notice = failedNotice();
+    notice.progress = UpdateProgress{};
+    window.show(notice, Focus::take);
+    button(QStringLiteral("Details"))->click();
+    EXPECT_TRUE(waitUntil([this] { return shown<QPlainTextEdit>().first()->y() > 0; }));
+    const auto place = [this](const QWidget *widget) {
+        return widget->mapTo(dialog(), QPoint()).y();
+    };
+    const QList<int> places{place(shown<QLabel>()[0]),
+                            place(shown<QLabel>()[1]),
+                            place(shown<QProgressBar>().first()),
+                            place(button(QStringLiteral("Details"))),
+                            place(shown<QPlainTextEdit>().first()),
+                            place(button(QStringLiteral("OK")))};
+    for (int i = 1; i < places.size(); ++i)
+        EXPECT_LT(places[i - 1], places[i]) << i;
+}
 
-struct OutcomeRow
+TEST_F(UpdateWindowTest, detailsAreToBeReadAndLeftByTheTabKey)
+{
+    window.show(failedNotice(), Focus::take);
+    QPushButton *opening = button(QStringLiteral("Details"));
+    EXPECT_TRUE(opening->isCheckable());
+    EXPECT_FALSE(opening->autoDefault()) << "the Return key stays with the default button";
+    opening->click();
+    EXPECT_TRUE(shown<QPlainTextEdit>().first()->isReadOnly());
+    EXPECT_TRUE(shown<QPlainTextEdit>().first()->tabChangesFocus());
+    opening->click();
+    EXPECT_TRUE(shown<QPlainTextEdit>().isEmpty());
+}
+
+TEST_F(UpdateWindowTest, detailsStayOpenWhileTheyAreTheSame)
+{
+    UpdateNotice notice = failedNotice();
+    window.show(notice, Focus::take);
+    button(QStringLiteral("Details"))->click();
+    window.change(notice);
+    EXPECT_EQ(shown<QPlainTextEdit>().size(), 1);
+    notice.details = QStringLiteral("other words");
+    window.change(notice);
+    EXPECT_TRUE(shown<QPlainTextEdit>().isEmpty());
+    button(QStringLiteral("Details"))->click();
+    EXPECT_EQ(shown<QPlainTextEdit>().first()->toPlainText(), QStringLiteral("other words"));
+}
+
+TEST_F(UpdateWindowTest, progressIsOutOfAHundredOrBusy)
+{
+    window.show(installingNotice({}, {8, 100, true}), Focus::take);
+    EXPECT_EQ(shown<QProgressBar>().first()->minimum(), 0);
+    EXPECT_EQ(shown<QProgressBar>().first()->maximum(), 100);
+    EXPECT_EQ(shown<QProgressBar>().first()->value(), 100);
+    window.change(installingNotice({}, {9, {}, true}));
+    EXPECT_EQ(shown<QProgressBar>().first()->maximum(), 0);
+    window.change(offer());
+    EXPECT_TRUE(shown<QProgressBar>().isEmpty());
+}
+
+TEST_F(UpdateWindowTest, firstButtonHasTheFocus)
+{
+    window.show(offer(), Focus::take);
+    EXPECT_EQ(dialog()->focusWidget(), button(QStringLiteral("Install")));
+    window.change(installedNotice({}));
+    EXPECT_EQ(dialog()->focusWidget(), button(QStringLiteral("Restart Now")));
+    EXPECT_TRUE(button(QStringLiteral("Restart Now"))->isDefault());
+    EXPECT_FALSE(button(QStringLiteral("Later"))->isDefault());
+}
+
+TEST_F(UpdateWindowTest, comesToTheFrontOnlyToTakeTheFocus)
+{
+    window.show(offer(), Focus::take);
+    ASSERT_TRUE(waitUntil([this] { return dialog()->isActiveWindow(); }));
+    QWidget other;
+    other.show();
+    other.activateWindow();
+    ASSERT_TRUE(waitUntil([&] { return other.isActiveWindow(); }));
+    window.show(checkingNotice(), Focus::leave);
+    EXPECT_EQ(texts().first(), checkingNotice().heading);
+    EXPECT_FALSE(waitUntil([this] { return dialog()->isActiveWindow(); }, 200));
+    EXPECT_FALSE(dialog()->testAttribute(Qt::WA_ShowWithoutActivating)) << "it is open already";
+    window.show(offer(), Focus::take);
+    EXPECT_TRUE(waitUntil([this] { return dialog()->isActiveWindow(); }));
+}
+
+struct ButtonRow
 {
     const char *name;
-    UpdateOutcome::Kind kind;
-    const char *heading;
-    const char *text;
+    UpdateAction action;
+    const char *title;
+    QDialogButtonBox::ButtonRole role;
 };
 
-class OutcomeNotice : public testing::TestWithParam<OutcomeRow>
+class UpdateButtonOf : public UpdateWindowTest, public testing::WithParamInterface<ButtonRow>
 {
 };
 
-TEST_P(OutcomeNotice, tellsWhatWasFound)
+TEST_P(UpdateButtonOf, hasItsTitleAndPlace)
 {
-    const UpdateNotice notice =
-        outcomeNotice({GetParam().kind,
-                       {QStringLiteral("tidewick"), QStringLiteral("1.0"), {}, {}},
-                       {QStringLiteral("tidewick"), QStringLiteral("1.1"), {}, {}},
-                       {},
-                       {UpdateError::sources, {}}});
-    EXPECT_EQ(notice.heading, QString::fromUtf8(GetParam().heading));
-    EXPECT_EQ(notice.text, QString::fromUtf8(GetParam().text));
-    EXPECT_FALSE(notice.buttons.isEmpty());
+    UpdateNotice notice = checkingNotice();
+    notice.buttons = {{GetParam().action}};
+    window.show(notice, Focus::take);
+    QPushButton *one = button(QString::fromUtf8(GetParam().title));
+    EXPECT_EQ(dialog()->findChild<QDialogButtonBox *>()->buttonRole(one), GetParam().role);
+    one->click();
+    EXPECT_EQ(answers, Actions({GetParam().action}));
 }
 
 INSTANTIATE_TEST_SUITE_P(
-    Rows, OutcomeNotice,
-    testing::Values(OutcomeRow{"upToDate", UpdateOutcome::upToDate, "Tidewick is up to date",
-                               "You have the newest version, 1.0."},
-                    OutcomeRow{"available", UpdateOutcome::available, "Tidewick 1.1 is available",
-                               "You have version 1.0."},
-                    OutcomeRow{"heldBack", UpdateOutcome::heldBack, "Tidewick 1.1 is held back",
-                               "This system holds it back. You have version 1.0."},
-                    OutcomeRow{"notPackaged", UpdateOutcome::notPackaged,
-                               "This copy cannot be updated here",
-                               "Tidewick was not installed from a package."},
-                    OutcomeRow{"notOffered", UpdateOutcome::notOffered,
-                               "This copy cannot be updated here",
-                               "None of this system's package sources offers Tidewick."},
-                    OutcomeRow{"failed", UpdateOutcome::failed, "Updates could not be checked",
-                               "A package source could not be reached."}),
+    Rows, UpdateButtonOf,
+    testing::Values(
+        ButtonRow{"cancel", UpdateAction::cancel, "Cancel", QDialogButtonBox::RejectRole},
+        ButtonRow{"install", UpdateAction::install, "Install", QDialogButtonBox::AcceptRole},
+        ButtonRow{"remind", UpdateAction::remindMeLater, "Remind Me Later",
+                  QDialogButtonBox::RejectRole},
+        ButtonRow{"restart", UpdateAction::restartNow, "Restart Now", QDialogButtonBox::AcceptRole},
+        ButtonRow{"later", UpdateAction::later, "Later", QDialogButtonBox::RejectRole},
+        ButtonRow{"close", UpdateAction::close, "OK", QDialogButtonBox::AcceptRole}),
     rowName);
