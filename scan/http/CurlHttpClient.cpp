@@ -1,6 +1,7 @@
 #include "scan/http/CurlHttpClient.h"
 
 #include "scan/http/BrokenPipeGuard.h"
+#include "scan/http/CurlMultiPool.h"
 #include "scan/http/HttpAttempt.h"
 
 #include <QFile>
@@ -11,7 +12,7 @@ namespace tidewick
 {
 
 CurlHttpClient::CurlHttpClient(const QString &authorities)
-    : m_authorities(QFile::encodeName(authorities))
+    : m_authorities(QFile::encodeName(authorities)), m_multis(std::make_shared<CurlMultiPool>())
 {
 }
 
@@ -22,7 +23,7 @@ HttpOutcome CurlHttpClient::send(const HttpRequest &request, TlsEvidence &eviden
     if (ready != CURLE_OK)
         return HttpError{};
     const BrokenPipeGuard guard;
-    return HttpAttempt(m_authorities, evidence, stop).run(request);
+    return HttpAttempt(m_authorities, *m_multis, evidence, stop).run(request);
 }
 
 } // namespace tidewick

@@ -2,8 +2,12 @@
 
 #include "scan/http/HttpClient.h"
 
+#include <memory>
+
 namespace tidewick
 {
+
+class CurlMultiPool;
 
 /// Speaks HTTP/1.1, and HTTP/2 over TLS, to this machine alone: every address it connects to is a
 /// loopback one. No proxy, cookie, credential or cache, whatever the environment holds.
@@ -17,7 +21,7 @@ class CurlHttpClient : public HttpClient
 {
 public:
     /// Trusts the certificate authorities of the system.
-    CurlHttpClient() = default;
+    CurlHttpClient() : CurlHttpClient(QString()) {}
     /// Trusts those in the PEM file `authorities` too.
     explicit CurlHttpClient(const QString &authorities);
 
@@ -26,6 +30,7 @@ public:
 
 private:
     QByteArray m_authorities;
+    std::shared_ptr<CurlMultiPool> m_multis;
 };
 
 } // namespace tidewick

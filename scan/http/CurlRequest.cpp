@@ -10,6 +10,8 @@ namespace tidewick
 namespace
 {
 
+constexpr long authoritiesSeconds = 60;
+
 curl_socket_t openLoopbackSocket(void * /*context*/, curlsocktype /*purpose*/,
                                  curl_sockaddr *address)
 {
@@ -26,7 +28,22 @@ EasyHandle newHandle(const LoopbackUrl &url)
     curl_easy_setopt(easy.get(), CURLOPT_PROXY, "");
     curl_easy_setopt(easy.get(), CURLOPT_NOSIGNAL, 1L);
     curl_easy_setopt(easy.get(), CURLOPT_OPENSOCKETFUNCTION, &openLoopbackSocket);
+    // No request learns from another.
+    curl_easy_setopt(easy.get(), CURLOPT_FORBID_REUSE, 1L);
+    curl_easy_setopt(easy.get(), CURLOPT_SSL_SESSIONID_CACHE, 0L);
     return easy;
+}
+
+/// Lets curl keep the system's authorities for a minute. It keeps only what comes from one file, so
+/// it is not to read the directory, which holds the same ones.
+void keepAuthorities(CURL *easy)
+{
+    const char *file = nullptr;
+    curl_easy_getinfo(easy, CURLINFO_CAINFO, &file);
+    if (file == nullptr)
+        return;
+    curl_easy_setopt(easy, CURLOPT_CAPATH, nullptr);
+    curl_easy_setopt(easy, CURLOPT_CA_CACHE_TIMEOUT, authoritiesSeconds);
 }
 
 } // namespace
@@ -41,7 +58,9 @@ EasyHandle newRequest(const LoopbackUrl &url, const QByteArray &method, const QB
     curl_easy_setopt(easy.get(), CURLOPT_HTTP09_ALLOWED, 1L);
     if (!userAgent.isEmpty())
         curl_easy_setopt(easy.get(), CURLOPT_USERAGENT, userAgent.constData());
-    if (!authorities.isEmpty())
+    if (authorities.isEmpty())
+        keepAuthorities(easy.get());
+    else
         curl_easy_setopt(easy.get(), CURLOPT_CAINFO, authorities.constData());
     return easy;
 }

@@ -2,11 +2,13 @@
 
 #include "scan/http/CurlError.h"
 
+#include <utility>
+
 namespace tidewick
 {
 
-CurlTransfers::CurlTransfers(const std::stop_token &stop)
-    : m_stop(stop), m_wakeWhenStopped(stop, Wake{m_multi.get()})
+CurlTransfers::CurlTransfers(CurlMultiPool::Handle multi, const std::stop_token &stop)
+    : m_stop(stop), m_multi(std::move(multi)), m_wakeWhenStopped(stop, Wake{m_multi.get()})
 {
 }
 

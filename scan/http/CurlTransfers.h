@@ -1,11 +1,11 @@
 #pragma once
 
+#include "scan/http/CurlMultiPool.h"
 #include "scan/http/HttpClient.h"
 
 #include <QtGlobal>
 
 #include <chrono>
-#include <memory>
 #include <optional>
 #include <stop_token>
 
@@ -20,7 +20,7 @@ class CurlTransfers
 public:
     using Clock = std::chrono::steady_clock;
 
-    explicit CurlTransfers(const std::stop_token &stop);
+    CurlTransfers(CurlMultiPool::Handle multi, const std::stop_token &stop);
 
     /// Takes part in each wait for as long as it lives.
     class Running
@@ -50,10 +50,6 @@ public:
     std::optional<HttpError> run(CURL *easy, Clock::time_point deadline) const;
 
 private:
-    struct MultiCleanup
-    {
-        void operator()(CURLM *multi) const { curl_multi_cleanup(multi); }
-    };
     struct Wake
     {
         CURLM *multi;
@@ -61,7 +57,7 @@ private:
     };
 
     std::stop_token m_stop;
-    std::unique_ptr<CURLM, MultiCleanup> m_multi{curl_multi_init()};
+    CurlMultiPool::Handle m_multi;
     std::stop_callback<Wake> m_wakeWhenStopped;
 };
 

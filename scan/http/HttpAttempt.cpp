@@ -18,11 +18,12 @@ constexpr size_t redirectLimit = 5;
 
 } // namespace
 
-HttpAttempt::HttpAttempt(QByteArray authorities, TlsEvidence &evidence, const std::stop_token &stop)
+HttpAttempt::HttpAttempt(QByteArray authorities, CurlMultiPool &multis, TlsEvidence &evidence,
+                         const std::stop_token &stop)
     : m_authorities(std::move(authorities)),
       m_evidence(evidence),
       m_stop(stop),
-      m_transfers(stop),
+      m_transfers(multis.take(), stop),
       m_deadline(Clock::now() + attemptTime)
 {
 }

@@ -20,7 +20,8 @@ class HttpAttempt
 {
 public:
     /// `authorities` as newRequest() takes it. Reads `evidence` and adds to it.
-    HttpAttempt(QByteArray authorities, TlsEvidence &evidence, const std::stop_token &stop);
+    HttpAttempt(QByteArray authorities, CurlMultiPool &multis, TlsEvidence &evidence,
+                const std::stop_token &stop);
 
     HttpOutcome run(const HttpRequest &request) const;
 

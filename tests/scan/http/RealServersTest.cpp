@@ -150,6 +150,14 @@ private:
     std::unique_ptr<ServerProgram> m_server;
 };
 
+/// How many bytes this thread has read from files since its start, proc(5).
+qint64 bytesRead()
+{
+    QFile counts(QStringLiteral("/proc/thread-self/io"));
+    EXPECT_TRUE(counts.open(QIODevice::ReadOnly));
+    return counts.readLine().split(' ').value(1).trimmed().toLongLong();
+}
+
 // NOLINTNEXTLINE(cppcoreguidelines-macro-usage): FAIL returns from the test
 #define NEEDS(program)                                                                             \
     if (findProgram(QStringLiteral(program)).isEmpty())                                            \
@@ -314,6 +322,25 @@ TEST_F(RealServers, nodeWithAnUnknownCertificate)
     EXPECT_EQ(errorOf("https", "HEAD"), HttpError::certificateUntrusted);
     EXPECT_EQ(probe(), nothing);
     EXPECT_EQ(server().output(), "");
+}
+
+// They fill hundreds of kilobytes, and reading them takes longer than all else of a request.
+TEST_F(RealServers, theSystemsAuthoritiesAreReadOnce)
+{
+    NEEDS("node");
+    NEEDS("openssl");
+    constexpr qint64 fewBytes = 100'000;
+    ASSERT_TRUE(makeCertificates());
+    write("tls.js", nodeTls);
+    ASSERT_TRUE(start("node", "tls.js PORT"));
+    const CurlHttpClient client;
+    qint64 before = bytesRead();
+    EXPECT_EQ(errorOf("https", "HEAD", client), HttpError::certificateUntrusted);
+    EXPECT_GT(bytesRead() - before, fewBytes);
+    before = bytesRead();
+    EXPECT_EQ(errorOf("https", "HEAD", client), HttpError::certificateUntrusted);
+    EXPECT_EQ(errorOf("https", "HEAD", client), HttpError::certificateUntrusted);
+    EXPECT_LT(bytesRead() - before, fewBytes);
 }
 
 TEST_F(RealServers, pythonWithTheCertificateOfAnotherName)
