@@ -1,6 +1,5 @@
 #include "update/UpdateSchedule.h"
 #include "tests/support/TestText.h"
-
 #include "update/UpdateCheck.h"
 #include "update/UpdaterController.h"
 

@@ -210,6 +210,14 @@ TEST_F(X11Windows, pressesAreNotHeardThroughXWayland)
     qunsetenv("WAYLAND_DISPLAY");
 }
 
+TEST_F(X11Windows, serverThatDoesNotAnswerIsNone)
+{
+    const QByteArray display = qgetenv("DISPLAY");
+    qputenv("DISPLAY", ":65000");
+    EXPECT_FALSE(PointerButtons().canHear());
+    qputenv("DISPLAY", display);
+}
+
 TEST_F(X11Windows, windowOfTheSettingsHasAFrameAndIsInTheMiddle)
 {
     DesktopWindow window;
