@@ -153,12 +153,10 @@ QPoint positionInRoom(QSize size, QPoint anchor, Qt::Edge edge, const ScreenArea
     return clamped(clamped(wanted, size, room), size, screen.available);
 }
 
-/// Where a stretch of `length` leaves `point` out: `wanted` if it does, else before or after the
-/// point, wherever there is room between `first` and `last`.
+/// Where a stretch of `length` leaves `point` out: before or after it, wherever there is room
+/// between `first` and `last`, else as `wanted`.
 int clearOf(int point, int wanted, int length, int first, int last)
 {
-    if (point < wanted || point >= wanted + length)
-        return wanted;
     const int before = point - itemReach - gap - length;
     const int after = point + itemReach + gap;
     if (before >= first)

@@ -93,7 +93,57 @@ INSTANTIATE_TEST_SUITE_P(
                  {{{0, 0, 400, 300}, {0, 20, 400, 280}}},
                  QPoint(200, 10),
                  {0, 20}},
+        PlaceRow{"afterThePointerWhereItJustFits",
+                 {{{0, 0, 902, 800}, {0, 0, 902, 770}}},
+                 QPoint(400, 500),
+                 {422, 224}},
+        PlaceRow{"onThePointerWhereAPointIsMissingAfterIt",
+                 {{{0, 0, 901, 800}, {0, 0, 901, 770}}},
+                 QPoint(400, 500),
+                 {160, 224}},
+        PlaceRow{"beforeThePointerWhereItJustFits",
+                 {{{0, 0, 1000, 800}, {0, 0, 1000, 770}}},
+                 QPoint(502, 500),
+                 {0, 224}},
+        PlaceRow{"onThePointerWhereAPointIsMissingBeforeIt",
+                 {{{0, 0, 1000, 800}, {0, 0, 1000, 770}}},
+                 QPoint(501, 500),
+                 {261, 224}},
         PlaceRow{"nowhereWithoutAScreen", {}, QPoint(200, 10), {0, 0}}),
+    rowName);
+
+struct EdgeRow
+{
+    const char *name;
+    QPoint place;
+    std::optional<Qt::Edge> edge;
+    QRect screen = full;
+};
+
+class NearEdge : public testing::TestWithParam<EdgeRow>
+{
+};
+
+TEST_P(NearEdge, isWithinTheHeightOfABar)
+{
+    EXPECT_EQ(nearEdge(GetParam().place, GetParam().screen), GetParam().edge);
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Rows, NearEdge,
+    testing::Values(EdgeRow{"top", {640, 64}, Qt::TopEdge},
+                    EdgeRow{"belowTop", {640, 65}, std::nullopt},
+                    EdgeRow{"bottom", {640, 735}, Qt::BottomEdge},
+                    EdgeRow{"aboveBottom", {640, 734}, std::nullopt},
+                    EdgeRow{"left", {64, 400}, Qt::LeftEdge},
+                    EdgeRow{"besideLeft", {65, 400}, std::nullopt},
+                    EdgeRow{"right", {1215, 400}, Qt::RightEdge},
+                    EdgeRow{"besideRight", {1214, 400}, std::nullopt},
+                    EdgeRow{"upperCorner", {0, 0}, Qt::TopEdge},
+                    EdgeRow{"lowerCorner", {1279, 799}, Qt::BottomEdge},
+                    EdgeRow{"middleOfALowScreen", {640, 50}, Qt::TopEdge, {0, 0, 1280, 101}},
+                    EdgeRow{"secondScreen", {1300, 400}, Qt::LeftEdge, {1280, 0, 1280, 800}},
+                    EdgeRow{"lowerScreen", {640, 830}, Qt::TopEdge, {0, 800, 1280, 800}}),
     rowName);
 
 struct AnchorRow

@@ -65,9 +65,12 @@ TEST_F(PopoverWindowTest, loadsItsContentWhenItIsShown)
 
 TEST_F(PopoverWindowTest, isMadeReadyUnseenAndNotAtOnce)
 {
+    QElapsedTimer timer;
+    timer.start();
     window->makeReady();
     EXPECT_EQ(window->rootObject(), nullptr);
     EXPECT_TRUE(waitUntil([this] { return cards() >= 3; }));
+    EXPECT_GE(timer.elapsed(), 290);
     EXPECT_FALSE(window->isVisible());
 }
 
