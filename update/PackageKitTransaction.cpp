@@ -20,7 +20,7 @@ namespace
 
 constexpr qsizetype maxPackages = 1000;
 
-/// Asks for the service's unique name, because newer Qt does not tell the sender of a reply.
+/// Asks for the service's unique name. Not every Qt tells the sender of a reply.
 QDBusMessage ownerQuestion()
 {
     auto question = QDBusMessage::createMethodCall(
@@ -37,7 +37,6 @@ PackageKitTransaction::PackageKitTransaction(QDBusConnection bus, TransactionCal
 {
     qCDebug(updateLog) << "begin" << m_call.method;
     m_promise.start();
-    m_silence.setSingleShot(true);
     m_silence.setInterval(m_call.timeout);
     connect(&m_silence, &QTimer::timeout, this, [this] {
         deliver(UpdateFailure{UpdateError::timedOut, {}});
@@ -75,14 +74,11 @@ QCoro::Task<> PackageKitTransaction::run()
         deliver(UpdateFailure{UpdateError::other, {}});
         co_return;
     }
-    m_owner = created->service();
-    if (m_owner.isEmpty()) {
-        auto question = ask(ownerQuestion());
-        const std::optional<QDBusMessage> answer = co_await question;
-        if (!answer)
-            co_return;
-        m_owner = answer->arguments().value(0).toString();
-    }
+    auto question = ask(ownerQuestion());
+    const std::optional<QDBusMessage> answer = co_await question;
+    if (!answer)
+        co_return;
+    m_owner = answer->arguments().value(0).toString();
     if (m_isCancelled) {
         deliver(UpdateFailure{UpdateError::cancelled, {}});
         co_return;

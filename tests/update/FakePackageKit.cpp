@@ -136,7 +136,10 @@ void FakePackageKit::callService(const QDBusMessage &message)
     }
     const QString path = QStringLiteral("/%1_test").arg(m_byPath.size() + 1);
     m_byPath.insert(path, std::make_shared<FakeTransaction>(m_bus, path));
-    answer(message, {QVariant::fromValue(QDBusObjectPath(path))});
+    if (m_tellsPaths)
+        answer(message, {QVariant::fromValue(QDBusObjectPath(path))});
+    else
+        answer(message);
 }
 
 void FakePackageKit::callTransaction(const QDBusMessage &message,

@@ -49,6 +49,8 @@ public:
     void refuse(const QString &method, const QString &error);
     /// Leaves calls of `method` without any answer.
     void ignore(const QString &method);
+    /// Tells no path of a new transaction.
+    void leaveOutPaths() { m_tellsPaths = false; }
     /// What GetTimeSinceAction answers.
     void setAge(uint seconds) { m_age = seconds; }
     void emitUpdatesChanged();
@@ -57,6 +59,8 @@ public:
 
     /// The methods of the transactions, in the order they came.
     const QStringList &calls() const { return m_calls; }
+    /// How many transactions have been created.
+    qsizetype transactions() const { return m_byPath.size(); }
     /// The latest transaction with this method; null before there is one.
     std::shared_ptr<FakeTransaction> transaction(const QString &method) const;
 
@@ -72,6 +76,7 @@ private:
     QMap<QString, Behaviour> m_behaviours;
     QMap<QString, QString> m_refusals;
     QStringList m_ignored;
+    bool m_tellsPaths = true;
     uint m_age = 4294967295;
     QStringList m_calls;
     QMap<QString, std::shared_ptr<FakeTransaction>> m_byPath;

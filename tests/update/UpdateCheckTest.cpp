@@ -4,10 +4,12 @@
 #include "tests/support/WaitUntil.h"
 #include "tests/update/FakePackageKit.h"
 #include "update/PackageKit.h"
+#include "update/PackageKitTransaction.h"
 
 #include <gtest/gtest.h>
 
 #include <QDBusConnectionInterface>
+#include <QLocale>
 
 using namespace tidewick;
 using namespace std::chrono_literals;
@@ -278,6 +280,37 @@ TEST_F(UpdateCheckTest, stopsAtOnceAndTellsTheService)
     const auto refresh = service.transaction(QStringLiteral("RefreshCache"));
     EXPECT_TRUE(waitUntil([&refresh] { return refresh->isCancelled; }));
     EXPECT_EQ(service.calls().size(), 2) << "nothing is asked after a stop";
+}
+
+TEST_F(UpdateCheckTest, asksNothingAfterAStop)
+{
+    stop.request_stop();
+    EXPECT_EQ(check().failure.error, UpdateError::cancelled);
+    EXPECT_FALSE(waitUntil([this] { return service.transactions() > 0; }, 100));
+}
+
+TEST_F(UpdateCheckTest, failsWhereATransactionHasNoPath)
+{
+    service.leaveOutPaths();
+    EXPECT_EQ(check().failure.error, UpdateError::other);
+}
+
+TEST_F(UpdateCheckTest, givesHintsOfTheUsersLanguageAndPatience)
+{
+    check();
+    EXPECT_EQ(
+        service.transaction(QStringLiteral("GetUpdates"))->hints,
+        QStringList({QStringLiteral("locale=%1.UTF-8").arg(QLocale::system().name()),
+                     QStringLiteral("background=true"), QStringLiteral("interactive=false")}));
+}
+
+TEST_F(UpdateCheckTest, cancelsNothingThatHasEnded)
+{
+    PackageKitTransaction transaction(bus.connect(), {QStringLiteral("GetUpdates"), {}});
+    ASSERT_TRUE(waitUntil([&] { return transaction.ending().isFinished(); }));
+    transaction.cancel();
+    const auto ended = service.transaction(QStringLiteral("GetUpdates"));
+    EXPECT_FALSE(waitUntil([&] { return ended->isCancelled; }, 100));
 }
 
 struct StepRow
