@@ -437,7 +437,8 @@ public:
     QUrl intercept(const QUrl &url, DataType type) override
     {
         const QString place = QStringLiteral("/qt/qml/Tidewick/");
-        if (type != QmlFile || url.scheme() != QLatin1String("qrc") || !url.path().startsWith(place))
+        if (type != QmlFile || url.scheme() != QLatin1String("qrc") ||
+            !url.path().startsWith(place))
             return url;
         return QUrl::fromLocalFile(m_directory + u'/' + url.path().mid(place.size()));
     }
@@ -451,6 +452,13 @@ class Setup : public QObject
     Q_OBJECT
 
 public Q_SLOTS:
+    void applicationAvailable()
+    {
+        // No view counts on the size of the desktop's font.
+        QFont font = QGuiApplication::font();
+        font.setPixelSize(23);
+        QGuiApplication::setFont(font);
+    }
     void qmlEngineAvailable(QQmlEngine *engine)
     {
         // The views come from the program's own resources.

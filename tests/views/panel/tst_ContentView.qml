@@ -455,6 +455,46 @@ TestCase {
         }
         compare(findChild(view, "refresh").Accessible.name, "Refresh");
         compare(card(0).Accessible.name, "<b>shop, live on port 3000, Vite, 600 MB, 45% CPU, 2h 5m");
+        compare(card(0).Accessible.role, Accessible.ListItem);
+        verify(card(0).Accessible.focusable);
+        const list = findChild(view, "cards");
+        compare(list.Accessible.role, Accessible.List);
+        compare(list.Accessible.name, "Listeners");
+        const running = findChild(view, "running");
+        compare(running.Accessible.role, Accessible.StaticText);
+        compare(running.Accessible.name, "1 running");
+    }
+
+    function test_listIsThereOnlyWithListeners() {
+        show([]);
+        verify(!findChild(view, "cards").visible);
+        machine.listen([shop]);
+        machine.panel.refresh();
+        tryVerify(() => findChild(view, "cards").visible);
+    }
+
+    function test_onlyTheCurrentCardIsATabStop() {
+        show([shop, api]);
+        for (const name of ["open", "expand", "stop", "cancel", "confirm"]) {
+            compare(findChild(card(0), name).focusPolicy, Qt.StrongFocus, name);
+            compare(findChild(card(1), name).focusPolicy, Qt.ClickFocus, name);
+        }
+    }
+
+    function test_questionThatIsWithdrawnLeavesTheFocusElsewhere() {
+        show([shop]);
+        press(0, "stop");
+        const refresh = findChild(view, "refresh");
+        refresh.forceActiveFocus(Qt.TabFocusReason);
+        card(0).withdraw();
+        verify(!card(0).showKillConfirmation);
+        wait(0);
+        verify(refresh.activeFocus);
+    }
+
+    function test_questionGrowsFromTheRight() {
+        show([shop]);
+        compare(findChild(card(0), "confirmation").transformOrigin, Item.Right);
     }
 
     function test_keyboardReachesAndPressesTheControls() {
