@@ -313,6 +313,56 @@ TEST_F(UpdateCheckTest, cancelsNothingThatHasEnded)
     EXPECT_FALSE(waitUntil([&] { return ended->isCancelled; }, 100));
 }
 
+TEST_F(UpdateCheckTest, waitsAsLongAsTheServiceShowsLife)
+{
+    request.timeout = 1500ms;
+    service.on(QStringLiteral("GetUpdates"), [](const FakeTransaction & /*slow*/) {});
+    start();
+    ASSERT_TRUE(
+        waitUntil([this] { return service.calls().contains(QStringLiteral("GetUpdates")); }));
+    const auto slow = service.transaction(QStringLiteral("GetUpdates"));
+    for (uint percentage = 0; percentage < 20; ++percentage) {
+        slow->set({{QStringLiteral("Percentage"), percentage}});
+        EXPECT_FALSE(waitUntil([this] { return outcome->has_value(); }, 100));
+    }
+    slow->finish();
+    ASSERT_TRUE(waitUntil([this] { return outcome->has_value(); }));
+    EXPECT_EQ((*outcome)->kind, UpdateOutcome::upToDate);
+}
+
+TEST_F(UpdateCheckTest, tellsTheFirstOfSeveralErrors)
+{
+    service.on(QStringLiteral("GetUpdates"), [](const FakeTransaction &transaction) {
+        transaction.errorCode(2, QStringLiteral("first"));
+        transaction.fail(46, QStringLiteral("second"));
+    });
+    request.refresh = Refresh::never;
+    EXPECT_EQ(check().failure.error, UpdateError::noNetwork);
+}
+
+TEST_F(UpdateCheckTest, keepsAThousandPackagesAtMost)
+{
+    service.on(QStringLiteral("GetUpdates"), [](const FakeTransaction &transaction) {
+        for (int i = 0; i < 1005; ++i)
+            transaction.package(infoNormal, QStringLiteral("other%1;1;amd64;here").arg(i));
+        transaction.finish();
+    });
+    const PackageKitTransaction transaction(bus.connect(), {QStringLiteral("GetUpdates"), {}});
+    ASSERT_TRUE(waitUntil([&] { return transaction.ending().isFinished(); }));
+    EXPECT_EQ(transaction.ending().result().packages.size(), 1000);
+}
+
+TEST_F(UpdateCheckTest, findsAVersionThatIsHeldBackAmongThousands)
+{
+    service.on(QStringLiteral("Resolve"), [](const FakeTransaction &transaction) {
+        for (int i = 0; i < 1005; ++i)
+            transaction.package(infoAvailable, QStringLiteral("other%1;1;amd64;here").arg(i));
+        transaction.package(infoAvailable, updateId);
+        transaction.finish();
+    });
+    EXPECT_EQ(check().kind, UpdateOutcome::heldBack);
+}
+
 struct StepRow
 {
     const char *name;

@@ -6,6 +6,10 @@
 
 #include <gtest/gtest.h>
 
+#include <QCoreApplication>
+
+#include <cstdlib>
+
 using namespace tidewick;
 using namespace std::chrono_literals;
 
@@ -294,6 +298,40 @@ TEST_F(UpdaterControllerTest, cancelsAnInstallationOnceTheServiceHasStopped)
     installation()->finish(3);
     EXPECT_TRUE(waitUntil([this] { return updater->canCheckForUpdates(); }));
     EXPECT_FALSE(dialogs->isOpen);
+}
+
+TEST_F(UpdaterControllerTest, installsAgainAfterACancel)
+{
+    start();
+    ASSERT_TRUE(startInstalling());
+    dialogs->answer(UpdateAction::cancel);
+    installation()->finish(3);
+    ASSERT_TRUE(waitUntil([this] { return updater->canCheckForUpdates(); }));
+    ASSERT_TRUE(checkAndOffer());
+    dialogs->answer(UpdateAction::install);
+    EXPECT_EQ(dialogs->notice.heading, installing);
+    EXPECT_TRUE(dialogs->notice.buttons.first().isEnabled) << "it is not being cancelled";
+}
+
+TEST_F(UpdaterControllerTest, offersAScheduledFindAfterTheUsersCheckWasCancelled)
+{
+    start(true);
+    ASSERT_TRUE(waitForCalls(QStringLiteral("Resolve"), 1));
+    ASSERT_TRUE(waitUntil([this] { return updater->canCheckForUpdates(); }));
+    updater->checkForUpdates();
+    dialogs->answer(UpdateAction::cancel);
+    offer(updateId);
+    now = now.addDays(1);
+    EXPECT_TRUE(waitForHeading(QStringLiteral("Tidewick 1.1-1 is available")));
+}
+
+TEST(UpdaterSystem, isThatOfTheRunningProgram)
+{
+    const UpdaterSystem system = UpdaterSystem::real();
+    EXPECT_EQ(system.executable, QCoreApplication::applicationFilePath());
+    EXPECT_FALSE(system.isReplaced());
+    EXPECT_LT(std::abs(system.now().secsTo(QDateTime::currentDateTimeUtc())), 60);
+    EXPECT_NE(system.dialogs, nullptr);
 }
 
 TEST_F(UpdaterControllerTest, tellsAnInstallationThatCouldNoLongerBeCancelled)
