@@ -118,12 +118,14 @@ LooksCase {
             [capsule.opacity, capsule.scale, control.implicitWidth]);
         const ends = [state(), [0, 0, 1, 1, capsule.width]];
         const changes = [["ask", ...ends], ["withdraw", ends[1], ends[0]]];
+        const rightEdge = () => capsule.mapToItem(control, capsule.width, 0).x;
         const onTheWay = { ask: 0, withdraw: 0 };
         // Twice, because a busy machine may miss the way.
         for (const [change, from, to] of changes.concat(changes)) {
             const steps = [];
             card(0)[change]();
             tryVerify(() => {
+                fuzzyCompare(rightEdge(), control.width, 0.01);
                 steps.push(progress(from, state(), to));
                 return isSame(state(), to);
             });

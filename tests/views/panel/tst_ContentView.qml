@@ -71,6 +71,12 @@ TestCase {
     }
 
     Component {
+        id: tipComponent
+
+        HelpTip {}
+    }
+
+    Component {
         id: viewComponent
 
         ContentView {
@@ -492,11 +498,6 @@ TestCase {
         verify(refresh.activeFocus);
     }
 
-    function test_questionGrowsFromTheRight() {
-        show([shop]);
-        compare(findChild(card(0), "confirmation").transformOrigin, Item.Right);
-    }
-
     function test_keyboardReachesAndPressesTheControls() {
         show([shop]);
         findChild(card(0), "stop").forceActiveFocus(Qt.TabFocusReason);
@@ -697,6 +698,17 @@ TestCase {
         tryVerify(() => findChild(stop, "tip").item?.opened ?? false, 5000);
         compare(findChild(stop, "tip").item.contentItem.text, "Stop service");
         compare(findChild(stop, "tip").item.contentItem.textFormat, Text.PlainText);
+    }
+
+    function test_helpTextStaysInItsWidth() {
+        show([shop]);
+        const tip = tipComponent.createObject(view, { text: "x".repeat(500) });
+        tip.open();
+        tryVerify(() => tip.opened);
+        fuzzyCompare(tip.width, 436, 1);
+        verify(tip.contentItem.lineCount > 1);
+        verify(tip.contentItem.contentWidth <= tip.contentItem.width);
+        tip.destroy();
     }
 
     // The right edge of a shown item within the card.
