@@ -118,12 +118,13 @@ TEST_F(UpdateCheckTest, mayAskForAPasswordOnlyWhereTheUserAsked)
 {
     request.isInteractive = true;
     check();
-    EXPECT_TRUE(service.transaction(QStringLiteral("RefreshCache"))
-                    ->hints.contains(QStringLiteral("interactive=true")));
+    QStringList hints = service.transaction(QStringLiteral("RefreshCache"))->hints;
+    EXPECT_TRUE(hints.contains(QStringLiteral("interactive=true")));
+    EXPECT_TRUE(hints.contains(QStringLiteral("background=false")));
     outcome->reset();
     request.isInteractive = false;
     check();
-    const QStringList hints = service.transaction(QStringLiteral("RefreshCache"))->hints;
+    hints = service.transaction(QStringLiteral("RefreshCache"))->hints;
     EXPECT_TRUE(hints.contains(QStringLiteral("interactive=false")));
     EXPECT_TRUE(hints.contains(QStringLiteral("background=true")));
 }

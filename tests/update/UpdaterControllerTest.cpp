@@ -278,6 +278,8 @@ TEST_F(UpdaterControllerTest, showsTheProgressOfTheDownloadAndTheInstallationOnl
     EXPECT_TRUE(shows("Downloading…", {})) << "the 100 was the cache's";
     installation()->set({{percentage, 40U}});
     EXPECT_TRUE(shows("Downloading…", 40));
+    installation()->set({{status, 9U}});
+    EXPECT_TRUE(shows("Installing…", {})) << "the 40 was the download's";
     installation()->set({{status, 9U}, {percentage, 70U}});
     EXPECT_TRUE(shows("Installing…", 70));
     installation()->set({{percentage, 101U}, {QStringLiteral("AllowCancel"), false}});
