@@ -327,6 +327,19 @@ TEST_F(UpdaterControllerTest, offersAScheduledFindAfterTheUsersCheckWasCancelled
     EXPECT_TRUE(waitForHeading(QStringLiteral("Tidewick 1.1-1 is available")));
 }
 
+TEST_F(UpdaterControllerTest, stopsAScheduledCheckForAnInstallation)
+{
+    offer(updateId);
+    start(true);
+    ASSERT_TRUE(waitForHeading(QStringLiteral("Tidewick 1.1-1 is available")));
+    service.on(QStringLiteral("SearchFiles"), [](const FakeTransaction & /*silent*/) {});
+    now = now.addDays(1);
+    ASSERT_TRUE(waitForCalls(QStringLiteral("SearchFiles"), 2));
+    dialogs->answer(UpdateAction::install);
+    EXPECT_TRUE(waitUntil(
+        [this] { return service.transaction(QStringLiteral("SearchFiles"))->isCancelled; }));
+}
+
 TEST(UpdaterSystem, isThatOfTheRunningProgram)
 {
     const UpdaterSystem system = UpdaterSystem::real();
