@@ -31,6 +31,9 @@ const QString watcherPath = QStringLiteral("/StatusNotifierWatcher");
 /// later still takes the icon then.
 constexpr int barTimeoutMs = 500;
 
+/// The pause before a watcher that gave no answer is asked again.
+constexpr int retryMs = 1000;
+
 const QString iconName = QStringLiteral("org.tidewick.Tidewick-status");
 
 /// The directory of icon themes beside the program, where the icon is even if no theme that the
@@ -133,23 +136,29 @@ void StatusNotifierItem::registerWithWatcher()
 void StatusNotifierItem::changeWatcher(bool hasWatcher)
 {
     m_menuReaders.setWatchedServices({}); // the bars of the one before
-    if (hasWatcher)
+    if (hasWatcher) {
         registerItem();
-    else
+    } else {
+        ++m_registrations; // its answers do not count any more
         setPresence(false, false);
+    }
 }
 
 /// A host reads an item once, when it registers. So the style of the host must be known before.
 QCoro::Task<> StatusNotifierItem::registerItem()
 {
     const QPointer<StatusNotifierItem> self(this);
+    const int number = ++m_registrations;
+    const auto isOver = [self, number] {
+        return !self || self->m_registrations != number;
+    };
     const QDBusPendingReply<uint> process =
         m_bus.asyncCall(ownerQuestion("GetConnectionUnixProcessID", watcherName));
     co_await process;
-    if (!self)
+    if (isOver())
         co_return;
     if (!process.isValid()) {
-        setPresence(false, false);
+        fail(process.error());
         co_return;
     }
     const QString host = processName(process.value());
@@ -158,17 +167,31 @@ QCoro::Task<> StatusNotifierItem::registerItem()
 
     const QDBusPendingReply<> registration = m_bus.asyncCall(registrationOf(m_bus.baseService()));
     co_await registration;
-    if (!self)
+    if (isOver())
         co_return;
     if (!registration.isValid()) {
-        setPresence(false, false);
+        fail(registration.error());
         co_return;
     }
 
     const QDBusPendingReply<QDBusVariant> hasHost = m_bus.asyncCall(hostQuestion());
     co_await hasHost;
-    if (self)
-        setPresence(true, hasHost.isValid() && hasHost.value().variant().toBool());
+    if (isOver())
+        co_return;
+    if (!hasHost.isValid()) {
+        fail(hasHost.error());
+        co_return;
+    }
+    setPresence(true, hasHost.value().variant().toBool());
+}
+
+/// A desktop that was too busy to answer in time still has the registration, and shows the item as
+/// soon as it can.
+void StatusNotifierItem::fail(const QDBusError &error)
+{
+    setPresence(false, false);
+    if (error.type() == QDBusError::NoReply)
+        QTimer::singleShot(retryMs, this, &StatusNotifierItem::registerWithWatcher);
 }
 
 void StatusNotifierItem::setHost(const TrayHost &host)

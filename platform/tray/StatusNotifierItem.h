@@ -6,6 +6,7 @@
 
 #include <QCoroTask>
 #include <QDBusConnection>
+#include <QDBusError>
 #include <QDBusObjectPath>
 #include <QDBusServiceWatcher>
 #include <QObject>
@@ -48,7 +49,10 @@ private Q_SLOTS:
 
 private:
     /// Registers the item as the watcher's process needs it, then asks whether a bar shows it.
+    /// Answers to an earlier call do not count any more.
     QCoro::Task<> registerItem();
+    /// The item counts as unseen. A watcher that gave no answer is asked again.
+    void fail(const QDBusError &error);
     void exportItem();
     void setHost(const TrayHost &host);
     void setPresence(bool hasWatcher, bool hasHost);
@@ -69,6 +73,7 @@ private:
     TrayHost m_host;
     QPoint m_menuPlace; // the pointer's when the menu was about to open, so on the item
     StatusItemState m_state;
+    int m_registrations = 0; // begun, or ended with their watcher
     bool m_hasWatcher = false;
     bool m_hasHost = false; // says the watcher
     QDBusServiceWatcher m_menuReaders;

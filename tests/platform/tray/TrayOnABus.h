@@ -5,6 +5,8 @@
 
 #include <gtest/gtest.h>
 
+#include <QDBusConnectionInterface>
+#include <QDBusContext>
 #include <QDBusMessage>
 #include <QDBusPendingReply>
 #include <QObject>
@@ -12,7 +14,7 @@
 #include <sys/prctl.h>
 
 /// What keeps the list of status notifier items.
-class Watcher : public QObject
+class Watcher : public QObject, protected QDBusContext
 {
     Q_OBJECT
     Q_CLASSINFO("D-Bus Interface", "org.kde.StatusNotifierWatcher")
@@ -21,12 +23,21 @@ class Watcher : public QObject
 public:
     QString item; // that registered last
     bool claimsHost = true;
+    bool answers = true;
+    QDBusMessage unanswered; // the last registration that got no answer
 
     bool hasHost() const { return claimsHost; }
 
 public Q_SLOTS:
     // NOLINTBEGIN(readability-identifier-naming): the names are the protocol's.
-    void RegisterStatusNotifierItem(const QString &service) { item = service; }
+    void RegisterStatusNotifierItem(const QString &service)
+    {
+        item = service;
+        if (answers)
+            return;
+        setDelayedReply(true);
+        unanswered = message();
+    }
 
 Q_SIGNALS:
     void StatusNotifierHostRegistered();
@@ -57,6 +68,21 @@ protected:
         tray.registerObject(QStringLiteral("/StatusNotifierWatcher"), &watcher,
                             QDBusConnection::ExportAllContents);
         tray.registerService(QStringLiteral("org.kde.StatusNotifierWatcher"));
+    }
+
+    /// Makes `next` the watcher in place of the first one.
+    void replaceWatcher(QDBusConnection connection, Watcher &next)
+    {
+        connection.registerObject(QStringLiteral("/StatusNotifierWatcher"), &next,
+                                  QDBusConnection::ExportAllContents);
+        connection.interface()->registerService(QStringLiteral("org.kde.StatusNotifierWatcher"),
+                                                QDBusConnectionInterface::QueueService);
+        tray.unregisterService(QStringLiteral("org.kde.StatusNotifierWatcher"));
+    }
+    /// What the bus or Qt says to the item when it waits no longer for the watcher's answer.
+    void endWait()
+    {
+        tray.send(watcher.unanswered.createErrorReply(QDBusError::NoReply, QString()));
     }
 
     /// The item's answer to `client`.

@@ -15,12 +15,17 @@ namespace
 class ItemOnABus : public TrayOnABus
 {
 protected:
-    /// The item in the tray of the process `host`.
-    void show(const char *host)
+    /// The item in a session whose list the process `host` keeps.
+    void start(const char *host)
     {
         startWatcher(host);
         item = std::make_unique<StatusNotifierItem>(
             [this](const ClickEvent &event) { clicks.append(event); }, bus.address());
+    }
+    /// The same, when it is known if a bar shows it.
+    void show(const char *host)
+    {
+        start(host);
         ASSERT_TRUE(waitUntil([this] { return item->isShown().has_value(); }));
     }
 
@@ -126,15 +131,35 @@ TEST_F(ItemOnABus, isShownByTheIndicatorServiceWhileABarHasReadTheMenu)
 TEST_F(ItemOnABus, registersWithTheNextProcessInTheQueueForTheList)
 {
     show("panel-2-systray");
-    QDBusConnection queued = bus.connect();
+    const Bar another(bus);
     Watcher next;
-    queued.registerObject(QStringLiteral("/StatusNotifierWatcher"), &next,
-                          QDBusConnection::ExportAllContents);
-    queued.interface()->registerService(QStringLiteral("org.kde.StatusNotifierWatcher"),
-                                        QDBusConnectionInterface::QueueService);
-    tray.unregisterService(QStringLiteral("org.kde.StatusNotifierWatcher"));
+    replaceWatcher(another.connection, next);
     EXPECT_TRUE(waitUntil([&] { return next.item == watcher.item; }));
-    PrivateBus::disconnect(queued);
+}
+
+TEST_F(ItemOnABus, desktopThatIsTooBusyToAnswerIsAskedAgain)
+{
+    watcher.answers = false;
+    start("panel-2-systray");
+    ASSERT_TRUE(waitUntil([this] { return !watcher.item.isEmpty(); }));
+    EXPECT_FALSE(item->isShown().has_value());
+    endWait();
+    EXPECT_TRUE(becomesShown(false));
+    watcher.answers = true;
+    EXPECT_TRUE(becomesShown(true));
+}
+
+TEST_F(ItemOnABus, lateAnswerOfAnEarlierListDoesNotCount)
+{
+    watcher.answers = false;
+    start("panel-2-systray");
+    ASSERT_TRUE(waitUntil([this] { return !watcher.item.isEmpty(); }));
+    const Bar another(bus);
+    Watcher next;
+    replaceWatcher(another.connection, next);
+    ASSERT_TRUE(becomesShown(true));
+    endWait();
+    EXPECT_FALSE(waitUntil([this] { return item->isShown() == false; }, 500));
 }
 
 TEST_F(ItemOnABus, readerThatLeavesAtOnceIsNoBar)
