@@ -152,10 +152,13 @@ int TidewickApp::run()
                          &AppDelegate::quitApp);
         QObject::connect(&instance, &SingleInstance::sessionEnded, &delegate,
                          &AppDelegate::quitApp);
-        QObject::connect(&instance, &SingleInstance::activated, &delegate,
-                         [&delegate](const QVariantMap &data) { activate(delegate, data); });
-        delegate.applicationDidFinishLaunching();
         QTimer trayTimeout;
+        QObject::connect(&instance, &SingleInstance::activated, &delegate,
+                         [&](const QVariantMap &data) {
+                             trayTimeout.stop(); // the user has found the panel
+                             activate(delegate, data);
+                         });
+        delegate.applicationDidFinishLaunching();
         QObject::connect(&trayTimeout, &QTimer::timeout, &delegate, [&] {
             if (!shell.isTrayKnown())
                 return;

@@ -86,16 +86,32 @@ class NoTrayTest(unittest.TestCase):
         self.assertEqual(self.launch().wait(timeout=5), 0)
         self.wait_for_panel()
 
-    def test_panel_is_no_window_before_a_busy_tray_has_answered(self):
+    def start_beside_a_busy_tray(self):
+        """The process that keeps the list, stopped, and does not answer the program."""
         watcher = subprocess.Popen([sys.executable, "-c", WATCHER])
         self.addCleanup(desktop.end, watcher)
         desktop.wait_until(lambda: desktop.owner("org.kde.StatusNotifierWatcher"), 5, "a watcher")
         watcher.send_signal(signal.SIGSTOP)
         self.launch()
+        return watcher
+
+    def test_panel_is_no_window_before_a_busy_tray_has_answered(self):
+        watcher = self.start_beside_a_busy_tray()
         time.sleep(3)
         self.assertEqual(panels(), [])
         watcher.send_signal(signal.SIGCONT)
         self.wait_for_panel()
+
+    def test_panel_that_was_seen_and_closed_does_not_open_by_itself(self):
+        watcher = self.start_beside_a_busy_tray()
+        self.wait_until_resident()
+        self.assertEqual(self.launch().wait(timeout=5), 0)
+        window = self.wait_for_panel()
+        subprocess.run(["xdotool", "windowfocus", "--sync", window, "key", "Escape"], check=True)
+        desktop.wait_until(lambda: not panels(), 5, "the end of the window")
+        watcher.send_signal(signal.SIGCONT)
+        time.sleep(2.5)
+        self.assertEqual(panels(), [])
 
     def test_second_start_shows_the_panel_again(self):
         self.launch()
