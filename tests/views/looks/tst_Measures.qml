@@ -532,9 +532,9 @@ LooksCase {
         compare(list.contentY, place);
     }
 
-    // Its card is a new one, which is expanded as the one before.
+    // Its card is a new one, which is expanded as the one before. The end of the list is far below.
     function test_restartedServerDoesNotScroll() {
-        const started = second => ["1", second, "3", "4", "5", "6"].map((pid, row) => Object.assign({}, shop, { port: 3001 + row, pid: pid }));
+        const started = second => ["1", second, "3", "4", "5", "6", "7", "8", "9", "10", "11", "12"].map((pid, row) => Object.assign({}, shop, { port: 3001 + row, pid: pid }));
         show(started("2"));
         const list = findChild(view, "cards");
         const isStill = () => !find(1, "unrolling").running && !findChild(list, "settling").running;
