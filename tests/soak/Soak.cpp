@@ -231,13 +231,14 @@ public:
     int missedTicks(int calls) const
     {
         waitUntil([this] { return m_ticks >= leastTicks; }, 60'000);
+        const auto dueTicks =
+            static_cast<int>(m_sinceStart.elapsed() / AppState::refreshInterval.count());
+        waitUntil([this, dueTicks] { return m_ticks >= dueTicks; }, 2500); // the last may be late
         const auto due = [this, calls] {
             return 1 + calls + m_ticks - m_heldBack;
         };
+        // At last, since the list of each tick comes a little after it.
         waitUntil([this, due] { return m_lists >= due(); });
-        const auto dueTicks =
-            static_cast<int>(m_sinceStart.elapsed() / AppState::refreshInterval.count());
-        waitUntil([this, dueTicks] { return m_ticks >= dueTicks; }, 1000); // the last may be late
         return std::max(0, dueTicks - m_ticks) + std::abs(due() - m_lists);
     }
     int ticks() const { return m_ticks; }
