@@ -44,6 +44,18 @@ FakePackageKit::Behaviour fails(uint code, const QString &details = QStringLiter
     };
 }
 
+/// Tells of `count` packages that are not looked for, and then of `id`, if it is given.
+FakePackageKit::Behaviour saysAmongOthers(int count, uint info, const QString &id = {})
+{
+    return [=](const FakeTransaction &transaction) {
+        for (int number = 0; number < count; ++number)
+            transaction.package(info, QStringLiteral("other%1;1;amd64;here").arg(number));
+        if (!id.isEmpty())
+            transaction.package(info, id);
+        transaction.finish();
+    };
+}
+
 void finishes(const FakeTransaction &transaction)
 {
     transaction.finish();
@@ -190,12 +202,7 @@ TEST_F(UpdateCheckTest, ignoresOtherPackagesArchitecturesAndTheSameVersion)
 
 TEST_F(UpdateCheckTest, findsTheUpdateAmongThousands)
 {
-    service.on(QStringLiteral("GetUpdates"), [](const FakeTransaction &transaction) {
-        for (int number = 0; number < 5000; ++number)
-            transaction.package(infoNormal, QStringLiteral("other%1;1;amd64;here").arg(number));
-        transaction.package(infoNormal, updateId);
-        transaction.finish();
-    });
+    service.on(QStringLiteral("GetUpdates"), saysAmongOthers(5000, infoNormal, updateId));
     EXPECT_EQ(check().kind, UpdateOutcome::available);
 }
 
@@ -343,11 +350,7 @@ TEST_F(UpdateCheckTest, tellsTheFirstOfSeveralErrors)
 
 TEST_F(UpdateCheckTest, keepsAThousandPackagesAtMost)
 {
-    service.on(QStringLiteral("GetUpdates"), [](const FakeTransaction &transaction) {
-        for (int i = 0; i < 1005; ++i)
-            transaction.package(infoNormal, QStringLiteral("other%1;1;amd64;here").arg(i));
-        transaction.finish();
-    });
+    service.on(QStringLiteral("GetUpdates"), saysAmongOthers(1005, infoNormal));
     const PackageKitTransaction transaction(bus.connect(), {QStringLiteral("GetUpdates"), {}});
     ASSERT_TRUE(waitUntil([&] { return transaction.ending().isFinished(); }));
     EXPECT_EQ(transaction.ending().result().packages.size(), 1000);
@@ -355,12 +358,7 @@ TEST_F(UpdateCheckTest, keepsAThousandPackagesAtMost)
 
 TEST_F(UpdateCheckTest, findsAVersionThatIsHeldBackAmongThousands)
 {
-    service.on(QStringLiteral("Resolve"), [](const FakeTransaction &transaction) {
-        for (int i = 0; i < 1005; ++i)
-            transaction.package(infoAvailable, QStringLiteral("other%1;1;amd64;here").arg(i));
-        transaction.package(infoAvailable, updateId);
-        transaction.finish();
-    });
+    service.on(QStringLiteral("Resolve"), saysAmongOthers(1005, infoAvailable, updateId));
     EXPECT_EQ(check().kind, UpdateOutcome::heldBack);
 }
 
