@@ -43,17 +43,15 @@ PackageKitTransaction::PackageKitTransaction(QDBusConnection bus, TransactionCal
     });
     if (stop.stop_requested()) {
         deliver(UpdateFailure{UpdateError::cancelled, {}});
-        return;
-    }
-    if (!m_bus.isConnected()) {
+    } else if (!m_bus.isConnected()) {
         deliver(UpdateFailure{UpdateError::noBus, asParagraphs(m_bus.lastError().message())});
-        return;
+    } else {
+        run();
+        m_onStop.emplace(stop, [this] {
+            cancel();
+            deliver(UpdateFailure{UpdateError::cancelled, {}});
+        });
     }
-    run();
-    m_onStop.emplace(stop, [this] {
-        cancel();
-        deliver(UpdateFailure{UpdateError::cancelled, {}});
-    });
 }
 
 PackageKitTransaction::~PackageKitTransaction()

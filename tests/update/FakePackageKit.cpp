@@ -1,7 +1,5 @@
 #include "tests/update/FakePackageKit.h"
 
-#include "update/PackageKit.h"
-
 #include "tests/support/PrivateBus.h"
 #include "update/PackageKitTransaction.h"
 
@@ -32,12 +30,12 @@ void FakeTransaction::errorCode(uint code, const QString &details) const
     signal(QStringLiteral("ErrorCode"), {code, details});
 }
 
-void FakeTransaction::set(const QVariantMap &properties) const
+void FakeTransaction::set(const QVariantMap &properties, const QString &interface) const
 {
     QDBusMessage message =
         QDBusMessage::createSignal(m_path, QStringLiteral("org.freedesktop.DBus.Properties"),
                                    QStringLiteral("PropertiesChanged"));
-    message << packagekit::transactionInterface << properties << QStringList();
+    message << interface << properties << QStringList();
     m_bus.send(message);
 }
 

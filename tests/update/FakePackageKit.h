@@ -1,5 +1,7 @@
 #pragma once
 
+#include "update/PackageKit.h"
+
 #include <QDBusConnection>
 #include <QDBusMessage>
 #include <QDBusVirtualObject>
@@ -22,7 +24,9 @@ public:
 
     void package(uint info, const QString &id, const QString &summary = {}) const;
     void errorCode(uint code, const QString &details) const;
-    void set(const QVariantMap &properties) const;
+    /// Tells of properties of the transaction, or of another interface at its path.
+    void set(const QVariantMap &properties,
+             const QString &interface = tidewick::packagekit::transactionInterface) const;
     /// 1 is success.
     void finish(uint exit = 1) const;
     void fail(uint code, const QString &details) const;

@@ -200,6 +200,16 @@ TEST_F(UpdateCheckTest, ignoresOtherPackagesArchitecturesAndTheSameVersion)
     EXPECT_EQ(check().kind, UpdateOutcome::upToDate);
 }
 
+TEST_F(UpdateCheckTest, takesNoOtherSignalForAPackage)
+{
+    service.on(QStringLiteral("GetUpdates"), [](const FakeTransaction &transaction) {
+        transaction.signal(QStringLiteral("MediaChangeRequired"),
+                           {infoNormal, updateId, QStringLiteral("the disc")});
+        transaction.finish();
+    });
+    EXPECT_EQ(check().kind, UpdateOutcome::upToDate);
+}
+
 TEST_F(UpdateCheckTest, findsTheUpdateAmongThousands)
 {
     service.on(QStringLiteral("GetUpdates"), saysAmongOthers(5000, infoNormal, updateId));
@@ -310,6 +320,45 @@ TEST_F(UpdateCheckTest, givesHintsOfTheUsersLanguageAndPatience)
         service.transaction(QStringLiteral("GetUpdates"))->hints,
         QStringList({QStringLiteral("locale=%1.UTF-8").arg(QLocale::system().name()),
                      QStringLiteral("background=true"), QStringLiteral("interactive=false")}));
+}
+
+TEST_F(UpdateCheckTest, callsNothingWhereItIsCancelledBeforeTheServiceAnswers)
+{
+    PackageKitTransaction transaction(bus.connect(), {QStringLiteral("GetUpdates"), {}});
+    transaction.cancel();
+    ASSERT_TRUE(waitUntil([&] { return transaction.ending().isFinished(); }));
+    EXPECT_EQ(transaction.ending().result().failure->error, UpdateError::cancelled);
+    EXPECT_EQ(service.transactions(), 1);
+    EXPECT_EQ(service.calls(), Calls());
+}
+
+TEST_F(UpdateCheckTest, mayBeForgottenBeforeTheServiceAnswers)
+{
+    std::make_unique<PackageKitTransaction>(bus.connect(),
+                                            TransactionCall{QStringLiteral("GetUpdates"), {}})
+        .reset();
+    ASSERT_TRUE(waitUntil([this] { return service.transactions() == 1; }));
+    EXPECT_FALSE(waitUntil([this] { return !service.calls().isEmpty(); }, 100));
+}
+
+TEST_F(UpdateCheckTest, tellsOfItsProgress)
+{
+    service.on(QStringLiteral("GetUpdates"), [](const FakeTransaction &transaction) {
+        const QString percentage = QStringLiteral("Percentage");
+        transaction.set({{QStringLiteral("Status"), uint{packagekit::statusDownload}}});
+        transaction.set({{percentage, 100U}});
+        transaction.set({{percentage, 100U}});
+        transaction.set({{percentage, 50U}}, QStringLiteral("org.example.Another"));
+        transaction.set({{percentage, 101U}});
+        transaction.finish();
+    });
+    PackageKitTransaction transaction(bus.connect(), {QStringLiteral("GetUpdates"), {}});
+    QList<TransactionProgress> told;
+    QObject::connect(&transaction, &PackageKitTransaction::progressed,
+                     [&told](const TransactionProgress &progress) { told.append(progress); });
+    ASSERT_TRUE(waitUntil([&] { return transaction.ending().isFinished(); }));
+    EXPECT_EQ(told, QList<TransactionProgress>({{packagekit::statusDownload, {}, true},
+                                                {packagekit::statusDownload, 100, true}}));
 }
 
 TEST_F(UpdateCheckTest, cancelsNothingThatHasEnded)
