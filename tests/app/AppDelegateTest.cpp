@@ -100,7 +100,11 @@ public:
     bool isShown() const override { return m_record.isPopoverShown; }
     void show(const std::optional<ClickEvent> &event) override
     {
-        const QPoint at = event ? event->position.value_or(QPoint()) : QPoint();
+        if (!event) {
+            m_record.log(QStringLiteral("show"));
+            return;
+        }
+        const QPoint at = event->position.value_or(QPoint());
         m_record.log(QStringLiteral("show at %1,%2").arg(at.x()).arg(at.y()));
     }
     void performClose() override { m_record.log(QStringLiteral("close")); }
@@ -289,6 +293,7 @@ TEST_F(AppDelegateTest, startsTheUpdaterAndBuildsNothingElseBeforeLaunchHasFinis
 {
     delegate->updateStatusIcon(3);
     delegate->togglePopover();
+    delegate->activate();
     EXPECT_EQ(record.lines, lines("updater starting"));
 }
 
@@ -298,7 +303,7 @@ TEST_F(AppDelegateTest, showsTheIconAloneAtLaunch)
               lines("image 18x18; title ''; action; menu of 0; popover 480x540; transient; "
                     "image 18x18; title ''; tooltip 'Tidewick' 'No active services'; "
                     "view ContentView.qml; ready"));
-    EXPECT_FALSE(record.image.isNull());
+    EXPECT_EQ(record.image, QImage(QStringLiteral(":/menubar_icon.png")));
 }
 
 TEST_F(AppDelegateTest, showsTheNumberOfListenersOnceTheyAreKnown)
@@ -374,6 +379,15 @@ TEST_F(AppDelegateTest, leftClickShowsThePanelWithTheKeyboardAndStartsNoRefresh)
     EXPECT_EQ(logOf([this] { click(ClickType::leftMouseUp); }), lines("show at 7,8; key"));
     QCoreApplication::processEvents();
     EXPECT_FALSE(record.panel->isLoading());
+}
+
+TEST_F(AppDelegateTest, activationShowsThePanelWithTheKeyboardWhereverItIs)
+{
+    delegate->applicationDidFinishLaunching();
+    for (const bool isShown : {false, true}) {
+        record.isPopoverShown = isShown;
+        EXPECT_EQ(logOf([this] { delegate->activate(); }), lines("show; key"));
+    }
 }
 
 TEST_F(AppDelegateTest, leftClickClosesAShownPanel)
@@ -537,6 +551,7 @@ TEST(StatusImage, fallsBackToTheNetworkSymbol)
     EXPECT_EQ(fallback.size(), QSize(144, 144));
     EXPECT_NE(fallback, statusImage(QStringLiteral(":/menubar_icon.png")));
     EXPECT_NE(fallback.pixelColor(72, 16).alpha(), 0); // on the globe's rim
+    EXPECT_EQ(fallback.pixelColor(0, 0).alpha(), 0);
 }
 
 struct SummaryRow
