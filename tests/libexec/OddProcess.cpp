@@ -8,6 +8,7 @@
 #include <array>
 #include <cerrno>
 #include <csignal>
+#include <cstdlib>
 
 #include <fcntl.h>
 #include <grp.h>
@@ -53,6 +54,16 @@ pid_t start(int executable, const std::string &program, std::vector<std::string>
     _exit(127);
 }
 
+/// The locale, and the mistake that scripts/mutants has chosen.
+std::vector<std::string> environmentOf(const char *locale)
+{
+    std::vector<std::string> environment{std::string("LC_ALL=") + locale};
+    // NOLINTNEXTLINE(concurrency-mt-unsafe): nothing here changes the environment
+    if (const char *mistake = std::getenv("TIDEWICK_MISTAKE"))
+        environment.push_back(std::string("TIDEWICK_MISTAKE=") + mistake);
+    return environment;
+}
+
 std::string readAll(int descriptor)
 {
     std::string text;
@@ -92,8 +103,8 @@ Output runProgram(const std::string &program, const std::vector<std::string> &ar
         return {};
     std::vector<std::string> list{program};
     list.insert(list.end(), arguments.begin(), arguments.end());
-    const pid_t pid = start(-1, program, list, {std::string("LC_ALL=") + locale}, before, {},
-                            output[1], fileno(errors));
+    const pid_t pid =
+        start(-1, program, list, environmentOf(locale), before, {}, output[1], fileno(errors));
     close(output[1]);
     Output result;
     result.text = readAll(output[0]);
