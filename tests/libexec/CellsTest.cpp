@@ -114,6 +114,17 @@ TEST(Cells, textsAsPsPrintsThem)
     EXPECT_EQ(printed("\xe1\xc3\x80\xc2\x85", true), "?\xc3\x80?");
     EXPECT_EQ(printed("\xe0\x80\x80 \xed\xa0\x80 \xf4\x90\x80\x80", true), "??? ??? ????");
     EXPECT_EQ(printed("\xf0\x9f\x98\x80", true), "\xf0\x9f\x98\x80");
+    EXPECT_EQ(printed("\xff b", true), "? b");
+}
+
+TEST(Cells, theFirstAndLastSequencesOfEachLength)
+{
+    for (const char *const text : {"\xc2\xa0", "\xdf\xbf", "\xe0\xa0\x80", "\xef\xbf\xbd",
+                                   "\xf0\x90\x80\x80", "\xf4\x8f\xbf\xbd"})
+        EXPECT_EQ(printed(text, true), text);
+    // After a byte that begins no sequence, no other is one.
+    for (const char *const text : {"\x80\xc2\xa0", "\xc1\xc2\xa0", "\xf5\xc2\xa0"})
+        EXPECT_EQ(printed(text, true), "???");
 }
 
 TEST(Cells, theCharactersThatTheSystemPrints)
@@ -143,14 +154,18 @@ TEST(Cells, numbers)
     EXPECT_EQ(percent(23, 1.14), "20.3");
     EXPECT_EQ(percent(23, 1.25), "18.4");
     EXPECT_EQ(percent(10000, 100), " 100");
+    EXPECT_EQ(percent(1, 0.01), " 100");
     EXPECT_EQ(percent(123456, 100), "1234");
     EXPECT_EQ(resident("VmHWM:\t 9 kB\nVmRSS:\t     988 kB\n"), "  988");
     EXPECT_EQ(resident("VmRSS:\t 1234567 kB\n"), "1234567");
     EXPECT_EQ(resident(""), "    0");
+    EXPECT_EQ(resident("VmRSS:\t x kB\n"), "    0");
     ProcessStat stat;
     stat.startTime = 5150;
     EXPECT_EQ(lifeTime(stat, "1000.25 7.00\n", 100), 948.75);
     EXPECT_EQ(lifeTime(stat, "", 100), 0);
+    EXPECT_EQ(lifeTime({}, "x.25 7.00\n", 100), 0.25);
+    EXPECT_EQ(lifeTime({}, "12.x 7.00\n", 100), 12);
     EXPECT_EQ(addedText([](TextBuffer &line) { addNumber(line, UINT64_MAX); }),
               "18446744073709551615");
     EXPECT_EQ(elapsed(5), "      00:05");
