@@ -1,6 +1,7 @@
 """The dialogs of the updates beside another program's window, with real keys."""
 
 import os
+import select
 import subprocess
 import time
 import unittest
@@ -17,7 +18,9 @@ def xdotool(*arguments):
 
 
 def active_window():
-    return xdotool("getactivewindow", "getwindowname")
+    """The title of the window that is active and gets the keys; none while they differ."""
+    active = xdotool("getactivewindow")
+    return xdotool("getwindowname", active) if active == xdotool("getwindowfocus") else ""
 
 
 def picture(name):
@@ -44,7 +47,11 @@ class UpdateDialogs(unittest.TestCase):
         desktop.wait_until(lambda: active_window() == "Tidewick", 10, "the dialog has the focus")
 
     def answer(self):
-        return self.dialogs.stdout.readline().strip()
+        """The answer, once the dialog has gone."""
+        self.assertTrue(select.select([self.dialogs.stdout], [], [], 40)[0], "there is no answer")
+        answer = self.dialogs.stdout.readline().strip()
+        desktop.wait_until(lambda: active_window() == "Editor", 10, "the editor has the focus again")
+        return answer
 
     def test_a_scheduled_one_leaves_the_focus_where_it_is(self):
         self.order("scheduled")
