@@ -114,7 +114,7 @@ def start_program(path=PROGRAM, wrapper=(), **environment):
 def start_again(**environment):
     """Starts the program beside the one that runs; it ends at once and prints nothing."""
     second = subprocess.run([PROGRAM], env={**os.environ, **environment}, stderr=subprocess.PIPE,
-                            text=True, check=False, timeout=5)
+                            text=True, check=False, timeout=40)
     assert (second.returncode, second.stderr) == (0, ""), second
 
 

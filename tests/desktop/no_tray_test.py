@@ -83,7 +83,7 @@ class NoTrayTest(unittest.TestCase):
         subprocess.run(["xdotool", "windowfocus", "--sync", window, "key", "alt+F4"], check=True)
         desktop.wait_until(lambda: not panels(), 5, "the end of the window")
         self.assertIsNone(program.poll())
-        self.assertEqual(self.launch().wait(timeout=5), 0)
+        self.assertEqual(self.launch().wait(timeout=40), 0)
         self.wait_for_panel()
 
     def start_beside_a_busy_tray(self):
@@ -105,7 +105,7 @@ class NoTrayTest(unittest.TestCase):
     def test_panel_that_was_seen_and_closed_does_not_open_by_itself(self):
         watcher = self.start_beside_a_busy_tray()
         self.wait_until_resident()
-        self.assertEqual(self.launch().wait(timeout=5), 0)
+        self.assertEqual(self.launch().wait(timeout=40), 0)
         window = self.wait_for_panel()
         subprocess.run(["xdotool", "windowfocus", "--sync", window, "key", "Escape"], check=True)
         desktop.wait_until(lambda: not panels(), 5, "the end of the window")
@@ -119,17 +119,17 @@ class NoTrayTest(unittest.TestCase):
         subprocess.run(["xdotool", "windowfocus", "--sync", window, "key", "Escape"], check=True)
         desktop.wait_until(lambda: not panels(), 5, "the end of the window")
         for _ in range(2):
-            self.assertEqual(self.launch().wait(timeout=5), 0)
+            self.assertEqual(self.launch().wait(timeout=40), 0)
             self.wait_for_panel()
 
     def test_start_by_the_session_stays_unseen_until_it_is_asked_for(self):
         program = self.launch(TIDEWICK_AUTOSTARTED="1")
         self.wait_until_resident()
-        self.assertEqual(self.launch(TIDEWICK_AUTOSTARTED="1").wait(timeout=5), 0)
+        self.assertEqual(self.launch(TIDEWICK_AUTOSTARTED="1").wait(timeout=40), 0)
         time.sleep(2.5)
         self.assertEqual(panels(), [])
         self.assertIsNone(program.poll())
-        self.assertEqual(self.launch().wait(timeout=5), 0)
+        self.assertEqual(self.launch().wait(timeout=40), 0)
         self.wait_for_panel()
 
     def test_desktop_activates_it_over_the_bus(self):

@@ -83,7 +83,7 @@ class PanelKeyboardTest(PanelCase):
                 self.tab_to(panel, "Kill port")
             desktop.outlast_click_sequence()
             desktop.press_key("Return")
-            return shop.wait(timeout=3)
+            return shop.wait(timeout=40)
 
         try:
             status = ask_and_confirm()

@@ -101,7 +101,7 @@ class StatusItemTest(unittest.TestCase):
                          "shell/tidewick/1_TIME123456")
             self.activate(item)
             desktop.wait_until(lambda: ends() == 1, 5, "the end of the start")
-            subprocess.run([desktop.PROGRAM], check=True, timeout=5,
+            subprocess.run([desktop.PROGRAM], check=True, timeout=40,
                            env={**os.environ, "DESKTOP_STARTUP_ID": "shell/tidewick/2_TIME123457"})
             desktop.wait_until(lambda: ends() == 2, 5, "the end of the second start")
 

@@ -71,7 +71,7 @@ class InstalledTest(panel_case.PanelCase):
 
     def quit(self):
         self.choose("Quit Tidewick")
-        self.assertEqual(self.program.wait(timeout=5), 0)
+        self.assertEqual(self.program.wait(timeout=40), 0)
 
     def switch_launch_at_login(self):
         self.choose("Settings...")

@@ -74,12 +74,22 @@ protected:
     {
         return waitUntil([&] { return other.placeOf(xcb_window_t(window->winId())) == place; });
     }
-    bool comesBackAfterAPushOf(QPoint offset)
+    void push(QPoint offset)
     {
         const auto id = xcb_window_t(window->winId());
         other.moveWindow(id, besideItem + offset);
-        EXPECT_EQ(other.placeOf(id), besideItem + offset);
-        return waitUntil([&] { return other.placeOf(id) == besideItem; }, 300);
+        ASSERT_EQ(other.placeOf(id), besideItem + offset);
+    }
+    bool comesBackAfterAPushOf(QPoint offset)
+    {
+        push(offset);
+        return isAt(besideItem);
+    }
+    bool staysAfterAPushOf(QPoint offset)
+    {
+        push(offset);
+        const auto id = xcb_window_t(window->winId());
+        return !waitUntil([&] { return other.placeOf(id) == besideItem; }, 300);
     }
     /// Gives it the keyboard.
     void activate()
@@ -154,7 +164,7 @@ TEST_F(X11Popover, isPutBackFiveTimesWhereAWindowManagerPushesItOff)
     for (const QPoint offset :
          {QPoint(2, 0), QPoint(-2, 0), QPoint(0, 20), QPoint(0, -2), QPoint(20, 20)})
         EXPECT_TRUE(comesBackAfterAPushOf(offset)) << offset.x() << ' ' << offset.y();
-    EXPECT_FALSE(comesBackAfterAPushOf({20, 20})) << "it insists";
+    EXPECT_TRUE(staysAfterAPushOf({20, 20})) << "it insists";
     window->performClose();
     showBesideItem();
     ASSERT_TRUE(isAt(besideItem));
@@ -165,7 +175,7 @@ TEST_F(X11Popover, isNotPutBackWhereItsPlaceIsRounded)
 {
     showBesideItem();
     ASSERT_TRUE(isAt(besideItem));
-    EXPECT_FALSE(comesBackAfterAPushOf({1, -1}));
+    EXPECT_TRUE(staysAfterAPushOf({1, -1}));
 }
 
 TEST_F(X11Popover, isNotPutBackWhereTheUserMovesIt)
@@ -173,7 +183,7 @@ TEST_F(X11Popover, isNotPutBackWhereTheUserMovesIt)
     showBesideItem();
     ASSERT_TRUE(isAt(besideItem));
     EXPECT_FALSE(waitUntil([] { return false; }, 1000));
-    EXPECT_FALSE(comesBackAfterAPushOf({20, 20}));
+    EXPECT_TRUE(staysAfterAPushOf({20, 20}));
 }
 
 TEST_F(X11Popover, pressElsewhereClosesIt)
