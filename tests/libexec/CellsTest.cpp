@@ -119,12 +119,19 @@ TEST(Cells, textsAsPsPrintsThem)
 
 TEST(Cells, theFirstAndLastSequencesOfEachLength)
 {
-    for (const char *const text : {"\xc2\xa0", "\xdf\xbf", "\xe0\xa0\x80", "\xef\xbf\xbd",
-                                   "\xf0\x90\x80\x80", "\xf4\x8f\xbf\xbd"})
+    for (const char *const text :
+         {"\xc2\xa0", "\xdf\xbf", "\xe0\xa0\x80", "\xed\x9f\xbf", "\xee\x80\x80", "\xef\xbf\xbd",
+          "\xf0\x90\x80\x80", "\xf4\x8f\xbf\xbd"})
         EXPECT_EQ(printed(text, true), text);
+    for (const char *const surrogate : {"\xed\xa0\x80", "\xed\xbf\xbf"})
+        EXPECT_EQ(printed(surrogate, true), "???");
+    for (const char *const noCharacter :
+         {"\xef\xb7\x90", "\xef\xb7\xaf", "\xef\xbf\xbe", "\xef\xbf\xbf", "\xf4\x8f\xbf\xbf"})
+        EXPECT_EQ(printed(noCharacter, true), "?");
     // After a byte that begins no sequence, no other is one.
     for (const char *const text : {"\x80\xc2\xa0", "\xc1\xc2\xa0", "\xf5\xc2\xa0"})
         EXPECT_EQ(printed(text, true), "???");
+    EXPECT_EQ(printed("\xf5\x80\x80\x80\xc2\xa0", true), "??????");
 }
 
 TEST(Cells, theCharactersThatTheSystemPrints)
@@ -170,6 +177,7 @@ TEST(Cells, numbers)
               "18446744073709551615");
     EXPECT_EQ(elapsed(5), "      00:05");
     EXPECT_EQ(elapsed(7265), "   02:01:05");
+    EXPECT_EQ(elapsed(86400), " 1-00:00:00");
     EXPECT_EQ(elapsed(266465), " 3-02:01:05");
     EXPECT_EQ(elapsed(86400UL * 1234), "1234-00:00:00");
 }

@@ -23,6 +23,17 @@ TEST(Names, noByteOfAWordEndsIt)
     EXPECT_EQ(escapeWord("a\\x20\n\xff"), "a\\x5cx20\\x0a\\xff");
 }
 
+TEST(Names, pathsAsLsofPrintsThem)
+{
+    for (const char *const path : {"", "/srv/a shop~", "\xc3\xa9\xe2\x82\xac\xf0\x9f\x98\x80/x"})
+        EXPECT_EQ(escapePath(path), path);
+    EXPECT_EQ(escapePath("\b\t\n\f\r"), "\\b\\t\\n\\f\\r");
+    EXPECT_EQ(escapePath(std::string("\0\x01\x07\x0b\x0e\x1f", 6)), "^@^A^G^K^N^_");
+    EXPECT_EQ(escapePath("\x7f\\"), "\\x7f\\\\");
+    EXPECT_EQ(escapePath("\x80\xc3z\xff\xa9\xc3"), "\\x80\\xc3z\\xff\\xa9\\xc3");
+    EXPECT_EQ(escapePath("\xc2\x85"), "\\xc2\\x85") << "not printable";
+}
+
 TEST(Names, spellingsOfOneProgram)
 {
     const std::pair<const char *, const char *> spellings[] = {{"node", "node"},
