@@ -74,6 +74,13 @@ protected:
         });
         offer({});
     }
+    /// Hears the service's last replies: what waits for one would wait for ever without the bus.
+    ~UpdaterControllerTest() override
+    {
+        updater.reset();
+        letTicksPass();
+    }
+    Q_DISABLE_COPY_MOVE(UpdaterControllerTest)
 
     void offer(const QString &id)
     {
