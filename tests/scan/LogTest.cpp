@@ -1,6 +1,7 @@
 #include "scan/Logging.h"
 #include "scan/ProcessToolRunner.h"
 #include "scan/SocketScan.h"
+#include "tests/support/CapturedLog.h"
 #include "tests/support/RecordingHttpClient.h"
 #include "tests/support/RecordingToolRunner.h"
 
@@ -12,36 +13,6 @@ using namespace tidewick;
 
 namespace
 {
-
-/// Collects what is logged while `rules` hold.
-class Log
-{
-public:
-    explicit Log(const char *rules)
-    {
-        lines().clear();
-        QLoggingCategory::setFilterRules(QLatin1String(rules));
-        m_handlerBefore = qInstallMessageHandler(
-            [](QtMsgType, const QMessageLogContext &context, const QString &line) {
-                lines() += QLatin1String(context.category) + QLatin1String(": ") + line;
-            });
-    }
-    ~Log()
-    {
-        qInstallMessageHandler(m_handlerBefore);
-        QLoggingCategory::setFilterRules({});
-    }
-    Q_DISABLE_COPY_MOVE(Log)
-
-    static QStringList &lines()
-    {
-        static QStringList list;
-        return list;
-    }
-
-private:
-    QtMessageHandler m_handlerBefore;
-};
 
 void scanOnce()
 {
@@ -64,38 +35,39 @@ void runShell(const char *script)
 
 TEST(ScanLog, isSilentByDefault)
 {
-    const Log log("");
+    const CapturedLog log("");
     scanOnce();
     runShell("sleep 0.3");
-    EXPECT_EQ(Log::lines(), QStringList());
+    EXPECT_EQ(CapturedLog::lines(), QStringList());
 }
 
 TEST(ScanLog, tellsTheCountsAndTheDurationOfAScan)
 {
-    const Log log("tidewick.*=true");
+    const CapturedLog log("tidewick.*=true");
     scanOnce();
-    ASSERT_EQ(Log::lines().size(), 1);
+    ASSERT_EQ(CapturedLog::lines().size(), 1);
     EXPECT_TRUE(
         QRegularExpression(QStringLiteral("^tidewick.scan: scan of 2 ports, 1 shown, \\d+ ms$"))
-            .match(Log::lines()[0])
+            .match(CapturedLog::lines()[0])
             .hasMatch())
-        << Log::lines()[0].toStdString();
+        << CapturedLog::lines()[0].toStdString();
 }
 
 TEST(ScanLog, namesToolsThatAreSlowOrFailAndNoOthers)
 {
-    const Log log("tidewick.*=true");
+    const CapturedLog log("tidewick.*=true");
     for (int run = 0; run < 10; ++run)
         runShell("exit 0");
-    EXPECT_LT(Log::lines().size(), 10) << "a loaded machine makes some of them slow, not all";
-    Log::lines().clear();
+    EXPECT_LT(CapturedLog::lines().size(), 10)
+        << "a loaded machine makes some of them slow, not all";
+    CapturedLog::lines().clear();
     for (const auto &[script, end] :
          {std::pair("sleep 0.3", "ended with 0 after"), std::pair("exit 3", "ended with 3 after"),
           std::pair("kill -9 $$", "ended with -1 after")}) {
-        Log::lines().clear();
+        CapturedLog::lines().clear();
         runShell(script);
-        ASSERT_EQ(Log::lines().size(), 1) << script;
-        const QString line = Log::lines()[0];
+        ASSERT_EQ(CapturedLog::lines().size(), 1) << script;
+        const QString line = CapturedLog::lines()[0];
         EXPECT_TRUE(line.startsWith(QStringLiteral("tidewick.scan: tool \"/bin/sh\"")) &&
                     line.contains(QLatin1String(end)))
             << line.toStdString();

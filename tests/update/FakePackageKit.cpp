@@ -77,10 +77,10 @@ void FakePackageKit::ignore(const QString &method)
     m_ignored.append(method);
 }
 
-void FakePackageKit::emitUpdatesChanged()
+void FakePackageKit::signal(const char *name)
 {
-    m_bus.send(QDBusMessage::createSignal(packagekit::path, packagekit::interface,
-                                          QStringLiteral("UpdatesChanged")));
+    m_bus.send(
+        QDBusMessage::createSignal(packagekit::path, packagekit::interface, QLatin1String(name)));
 }
 
 void FakePackageKit::die()
@@ -129,7 +129,8 @@ bool FakePackageKit::handleMessage(const QDBusMessage &message,
 void FakePackageKit::callService(const QDBusMessage &message)
 {
     if (message.member() == QStringLiteral("GetTimeSinceAction")) {
-        answer(message, {m_age});
+        constexpr uint refreshCache = 13;
+        answer(message, {message.arguments().value(0) == refreshCache ? m_age : 0U});
         return;
     }
     const QString path = QStringLiteral("/%1_test").arg(m_byPath.size() + 1);

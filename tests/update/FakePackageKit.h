@@ -57,7 +57,7 @@ public:
     void leaveOutPaths() { m_tellsPaths = false; }
     /// What GetTimeSinceAction answers.
     void setAge(uint seconds) { m_age = seconds; }
-    void emitUpdatesChanged();
+    void signal(const char *name);
     /// Leaves the bus, as a service that was killed.
     void die();
 

@@ -1,4 +1,5 @@
 #include "update/UpdateCheck.h"
+#include "tests/support/CapturedLog.h"
 #include "tests/support/PrivateBus.h"
 #include "tests/support/TestText.h"
 #include "tests/support/WaitUntil.h"
@@ -172,6 +173,13 @@ TEST_F(UpdateCheckTest, refreshesListsOfUnknownAge)
     EXPECT_TRUE(service.calls().contains(QStringLiteral("RefreshCache")));
 }
 
+TEST_F(UpdateCheckTest, waitsForARefreshByItsOwnLimit)
+{
+    request.refreshTimeout = 1ms;
+    service.on(QStringLiteral("RefreshCache"), [](const FakeTransaction & /*silent*/) {});
+    EXPECT_EQ(check().failure.error, UpdateError::timedOut);
+}
+
 TEST_F(UpdateCheckTest, neverRefreshesWhereItMustNot)
 {
     request.refresh = Refresh::never;
@@ -343,8 +351,10 @@ TEST_F(UpdateCheckTest, mayBeForgottenBeforeTheServiceAnswers)
 
 TEST_F(UpdateCheckTest, tellsOfItsProgress)
 {
+    static constexpr uint waits = 1; // PK_STATUS_ENUM_WAIT
     service.on(QStringLiteral("GetUpdates"), [](const FakeTransaction &transaction) {
         const QString percentage = QStringLiteral("Percentage");
+        transaction.set({{QStringLiteral("Status"), waits}});
         transaction.set({{QStringLiteral("Status"), uint{packagekit::statusDownload}}});
         transaction.set({{percentage, 100U}});
         transaction.set({{percentage, 100U}});
@@ -357,7 +367,8 @@ TEST_F(UpdateCheckTest, tellsOfItsProgress)
     QObject::connect(&transaction, &PackageKitTransaction::progressed,
                      [&told](const TransactionProgress &progress) { told.append(progress); });
     ASSERT_TRUE(waitUntil([&] { return transaction.ending().isFinished(); }));
-    EXPECT_EQ(told, QList<TransactionProgress>({{packagekit::statusDownload, {}, true},
+    EXPECT_EQ(told, QList<TransactionProgress>({{waits, {}, true},
+                                                {packagekit::statusDownload, {}, true},
                                                 {packagekit::statusDownload, 100, true}}));
 }
 
@@ -513,6 +524,19 @@ TEST_F(UpdateCheckTest, failsWhereTheServiceDiesBeforeItAnswers)
     service.die();
     ASSERT_TRUE(waitUntil([this] { return outcome->has_value(); }));
     EXPECT_EQ((*outcome)->failure.error, UpdateError::vanished);
+}
+
+TEST_F(UpdateCheckTest, logsHowEachTransactionEnds)
+{
+    const CapturedLog log("tidewick.update=true");
+    service.on(QStringLiteral("Resolve"), fails(2));
+    check();
+    const QString update = QStringLiteral("tidewick.update: ");
+    const QStringList lines = CapturedLog::lines();
+    EXPECT_TRUE(lines.contains(update + QStringLiteral("begin \"SearchFiles\"")));
+    EXPECT_TRUE(lines.contains(update + QStringLiteral("finished \"SearchFiles\" 1 packages")));
+    EXPECT_TRUE(
+        lines.last().startsWith(update + QStringLiteral("failed \"Resolve\" \"There is no")));
 }
 
 TEST_F(UpdateCheckTest, failsWithoutABus)

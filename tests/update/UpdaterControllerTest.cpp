@@ -113,8 +113,9 @@ protected:
         dialogs = recording.get();
         system.dialogs = std::move(recording);
         system.firstCheck = 20ms;
-        system.tick = 20ms;
+        system.tick = tick;
         system.echo = echo;
+        system.callTimeout = callTimeout;
         updater = std::make_unique<UpdaterController>(hasSchedule, std::move(system));
         return *updater;
     }
@@ -156,7 +157,9 @@ protected:
     FakePackageKit service{bus.connect()};
     QDBusConnection connection = bus.connect();
     QDateTime now = QDateTime::fromString(QStringLiteral("2026-03-01T08:00:00Z"), Qt::ISODate);
+    std::chrono::milliseconds tick = 20ms;
     std::chrono::milliseconds echo = 30s;
+    std::chrono::milliseconds callTimeout = 25s;
     bool isReplaced = false;
     bool canRelaunch = true;
     int relaunches = 0;
@@ -243,6 +246,24 @@ TEST_F(UpdaterControllerTest, tellsWhereThereIsNoBus)
     EXPECT_TRUE(updater->canCheckForUpdates());
 }
 
+TEST_F(UpdaterControllerTest, tellsWhereTheServiceAnswersNoCall)
+{
+    callTimeout = 100ms;
+    service.ignore(QStringLiteral("CreateTransaction"));
+    start().checkForUpdates();
+    EXPECT_TRUE(waitForHeading(QStringLiteral("Updates could not be checked")));
+}
+
+TEST_F(UpdaterControllerTest, tellsWhereTheServiceAnswersNoCallOfAnInstallation)
+{
+    callTimeout = 2s;
+    start();
+    ASSERT_TRUE(checkAndOffer());
+    service.ignore(QStringLiteral("CreateTransaction"));
+    dialogs->answer(UpdateAction::install);
+    EXPECT_TRUE(waitForHeading(QStringLiteral("The update could not be installed")));
+}
+
 TEST_F(UpdaterControllerTest, asksForARestartWhereTheProgramWasUpgradedUnderIt)
 {
     isReplaced = true;
@@ -313,12 +334,15 @@ TEST_F(UpdaterControllerTest, installsAgainAfterACancel)
 {
     start();
     ASSERT_TRUE(startInstalling());
+    installation()->set({{QStringLiteral("Status"), 9U}, {QStringLiteral("Percentage"), 70U}});
+    ASSERT_TRUE(waitUntil([this] { return dialogs->notice.progress == UpdateProgress{70}; }));
     dialogs->answer(UpdateAction::cancel);
     installation()->finish(3);
     ASSERT_TRUE(waitUntil([this] { return updater->canCheckForUpdates(); }));
     ASSERT_TRUE(checkAndOffer());
     dialogs->answer(UpdateAction::install);
     EXPECT_EQ(dialogs->notice.heading, installing);
+    EXPECT_EQ(dialogs->notice.progress, UpdateProgress{}) << "the 70 was the other one's";
     EXPECT_TRUE(dialogs->notice.buttons.first().isEnabled) << "it is not being cancelled";
 }
 
@@ -353,7 +377,20 @@ TEST(UpdaterSystem, isThatOfTheRunningProgram)
     EXPECT_EQ(system.executable, QCoreApplication::applicationFilePath());
     EXPECT_FALSE(system.isReplaced());
     EXPECT_LT(std::abs(system.now().secsTo(QDateTime::currentDateTimeUtc())), 60);
+    EXPECT_TRUE(system.relaunch);
     EXPECT_NE(system.dialogs, nullptr);
+}
+
+TEST(UpdaterSystem, hasAConnectionOfItsOwnToTheSystemBus)
+{
+    const PrivateBus bus;
+    qputenv("DBUS_SYSTEM_BUS_ADDRESS", bus.address().toLocal8Bit());
+    const UpdaterSystem system = UpdaterSystem::real();
+    EXPECT_TRUE(system.bus().isConnected());
+    EXPECT_EQ(system.bus().baseService(), system.bus().baseService());
+    EXPECT_NE(system.bus().baseService(), QDBusConnection::systemBus().baseService());
+    PrivateBus::disconnect(system.bus());
+    QDBusConnection::disconnectFromBus(QDBusConnection::systemBus().name());
 }
 
 TEST_F(UpdaterControllerTest, tellsAnInstallationThatCouldNoLongerBeCancelled)
@@ -380,6 +417,7 @@ TEST_F(UpdaterControllerTest, goesOnInstallingWhileItsDialogIsClosed)
     dialogs->answer(dialogs->notice.onClose);
     EXPECT_FALSE(dialogs->isOpen);
     updater->checkForUpdates();
+    EXPECT_TRUE(dialogs->isOpen);
     EXPECT_EQ(dialogs->notice.heading, installing) << "asked again, it shows what runs";
     dialogs->answer(dialogs->notice.onClose);
     installation()->finish();
@@ -396,6 +434,7 @@ TEST_F(UpdaterControllerTest, tellsWhereTheNewVersionCannotBeStarted)
     ASSERT_TRUE(waitForHeading(installedHeading));
     dialogs->answer(UpdateAction::restartNow);
     EXPECT_EQ(dialogs->notice.heading, QStringLiteral("Tidewick could not be restarted"));
+    EXPECT_TRUE(dialogs->isOpen);
 }
 
 struct InstallationRow
@@ -459,6 +498,16 @@ TEST_F(UpdaterControllerTest, checksBySchedule)
 
     now = now.addSecs(qint64(24) * 3600);
     EXPECT_TRUE(waitForCalls(QStringLiteral("Resolve"), 2));
+}
+
+TEST_F(UpdaterControllerTest, checksOnceBeforeTheFirstTick)
+{
+    tick = 1h;
+    start(true);
+    ASSERT_TRUE(waitForCalls(QStringLiteral("Resolve"), 1));
+    now = now.addDays(1);
+    letTicksPass();
+    EXPECT_EQ(count(QStringLiteral("SearchFiles")), 1);
 }
 
 TEST_F(UpdaterControllerTest, survivesAClockThatIsSet)
@@ -547,7 +596,10 @@ TEST_F(UpdaterControllerTest, looksAgainWithoutARefreshWhereTheServiceKnowsMore)
     ASSERT_TRUE(waitForCalls(QStringLiteral("Resolve"), 1));
     ASSERT_EQ(count(QStringLiteral("RefreshCache")), 1);
     ASSERT_TRUE(waitUntil([this] { return updater->canCheckForUpdates(); }));
-    service.emitUpdatesChanged();
+    service.signal("TransactionListChanged");
+    letTicksPass();
+    ASSERT_EQ(count(QStringLiteral("SearchFiles")), 1) << "that signal says nothing of updates";
+    service.signal("UpdatesChanged");
     ASSERT_TRUE(waitForCalls(QStringLiteral("Resolve"), 2));
     letTicksPass();
     EXPECT_EQ(count(QStringLiteral("SearchFiles")), 2);
@@ -559,7 +611,7 @@ TEST_F(UpdaterControllerTest, ignoresTheEchoOfItsOwnRefresh)
     start(true);
     ASSERT_TRUE(waitForCalls(QStringLiteral("Resolve"), 1));
     ASSERT_TRUE(waitUntil([this] { return updater->canCheckForUpdates(); }));
-    service.emitUpdatesChanged();
+    service.signal("UpdatesChanged");
     letTicksPass();
     EXPECT_EQ(count(QStringLiteral("SearchFiles")), 1);
 }
@@ -569,6 +621,14 @@ TEST_F(UpdaterControllerTest, mayGoWhileItChecksOrInstalls)
     start().checkForUpdates();
     updater.reset();
     letTicksPass();
+    service.on(QStringLiteral("RefreshCache"), [](const FakeTransaction & /*silent*/) {});
+    start().checkForUpdates();
+    ASSERT_TRUE(waitForCalls(QStringLiteral("RefreshCache"), 1));
+    updater.reset();
+    EXPECT_TRUE(waitUntil(
+        [this] { return service.transaction(QStringLiteral("RefreshCache"))->isCancelled; }));
+    service.on(QStringLiteral("RefreshCache"),
+               [](const FakeTransaction &transaction) { transaction.finish(); });
     start();
     ASSERT_TRUE(startInstalling());
     const auto running = installation();
