@@ -28,8 +28,8 @@ size_t sequenceLength(unsigned char lead)
 /// What a text begins with.
 struct Character
 {
-    uint32_t code = 0;
-    size_t length = 0; ///< 0: no UTF-8 sequence (RFC 3629)
+    uint32_t code = 0; ///< also of a byte that starts no UTF-8 sequence (RFC 3629)
+    size_t length = 1;
 };
 
 Character firstCharacter(std::string_view text)
@@ -65,12 +65,11 @@ void addPrintable(TextBuffer &line, std::string_view text)
 {
     while (!text.empty()) {
         const Character character = firstCharacter(text);
-        const size_t length = character.length > 0 ? character.length : 1;
-        if (character.length > 0 && isPrintable(character.code))
-            line.add(text.substr(0, length));
+        if (isPrintable(character.code))
+            line.add(text.substr(0, character.length));
         else
             line.add('?');
-        text.remove_prefix(length);
+        text.remove_prefix(character.length);
     }
 }
 

@@ -126,7 +126,7 @@ private:
         const bool isForkers =
             isForker(node->comm) && std::all_of(pids.begin(), pids.end(), [&](int pid) {
                 const ProcessTree::Node *const other = m_tree.node(pid);
-                return other == nullptr || other->comm == node->comm;
+                return other != nullptr && other->comm == node->comm;
             });
         return isAlone || isForkers ? root : nobody;
     }

@@ -6,10 +6,13 @@ import collections
 VARIABLE = "TIDEWICK_MISTAKE"
 HEAD = f"""#include <stdlib.h>
 namespace {{
-const int chosenMistake = [] {{
+int chosenMistake;
+// Before what else the program does at its start.
+__attribute__((constructor(101))) void chooseMistake()
+{{
     const char *text = getenv("{VARIABLE}");
-    return text ? atoi(text) : 0;
-}}();
+    chosenMistake = text ? atoi(text) : 0;
+}}
 }}
 """
 

@@ -74,8 +74,10 @@ TEST(Cells, localesOfUtf8)
     for (const char *const name :
          {"C.UTF-8", "C.utf8", "en_US.UTF-8", "de_DE.utf8@euro", "sr_RS.Utf_8@latin"})
         EXPECT_TRUE(namesUtf8(name)) << name;
-    for (const char *const name : {"", "C", "POSIX", "UTF-8", "en_US", "de_DE@UTF-8", "ja_JP.eucJP",
-                                   "en_US.UTF-16", "en_US.UTF-81", "en_US.UTF", "en_US."})
+    for (const char *const name :
+         {"", "C", "POSIX", "UTF-8", "en_US", "de_DE@UTF-8", "ja_JP.eucJP", "en_US.UTF-16",
+          "en_US.UTF-81", "en_US.UTF", "en_US.", "C.UTF-80", "C.UTF-89", "C.utf8A", "C.utf8Z",
+          "C.utf8a", "C.utf8z"})
         EXPECT_FALSE(namesUtf8(name)) << name;
 }
 

@@ -32,6 +32,8 @@ TEST(Holders, dockerProxies)
     EXPECT_EQ(match(exact, "127.0.0.1"), ProxyMatch::exact);
     EXPECT_EQ(match(exact, "0.0.0.0"), ProxyMatch::none);
     EXPECT_EQ(match(exact, "::"), ProxyMatch::none);
+    EXPECT_EQ(match({"p", "-proto", "tcp", "-host-ip", "::1", "-host-port", "8080"}, "::1"),
+              ProxyMatch::exact);
     const std::vector<std::string_view> any{"p", "--proto=tcp", "--host-ip=0.0.0.0",
                                             "--host-port=8080"};
     EXPECT_EQ(match(any, "0.0.0.0"), ProxyMatch::exact);
@@ -39,6 +41,9 @@ TEST(Holders, dockerProxies)
     EXPECT_EQ(match(any, "127.0.0.1"), ProxyMatch::none);
     EXPECT_EQ(match({"p", "-proto", "tcp", "-host-ip", "0.0.0.0", "-host-port", "8081"}, "0.0.0.0"),
               ProxyMatch::none);
+    const auto last =
+        forwardedSocket({"p", "-proto", "tcp", "-host-ip", "0.0.0.0", "-host-port", "65535"});
+    EXPECT_TRUE(last && last->port == 65535);
     EXPECT_EQ(
         match({"p", "-proto", "tcp", "-host-ip", "0.0.0.0", "-host-port", "73616"}, "0.0.0.0"),
         ProxyMatch::none)
