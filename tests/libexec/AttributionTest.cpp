@@ -1,14 +1,12 @@
 #include "libexec/holders/Attribution.h"
 #include "libexec/proc/Descriptor.h"
 #include "products/Users.h"
+#include "tests/libexec/FakeProc.h"
 #include "tests/libexec/SocketOn.h"
 
 #include <gtest/gtest.h>
 
 #include <QTemporaryDir>
-
-#include <filesystem>
-#include <fstream>
 
 #include <fcntl.h>
 #include <sys/stat.h>
@@ -35,12 +33,6 @@ struct Shown
     std::string ids = "0\t0\t0\t0";
 };
 
-void write(const fs::path &path, std::string_view text)
-{
-    fs::create_directories(path.parent_path());
-    std::ofstream(path) << text;
-}
-
 /// A directory like /proc and one like the tree of cgroups, with processes whose descriptors are
 /// shut.
 class AttributionTest : public testing::Test
@@ -58,9 +50,7 @@ protected:
     void start(const Shown &process)
     {
         const fs::path place = proc / std::to_string(process.pid);
-        write(place / "stat", std::to_string(process.pid) + " (" + process.comm + ") S " +
-                                  std::to_string(process.parent) +
-                                  " 1 1 0 -1 4194304 1 0 0 0 0 0 0 0 20 0 1 0 5000 1 1\n");
+        writeStat(proc, process.pid, process.parent, process.comm);
         write(place / "comm", process.comm + '\n');
         write(place / "cmdline", process.arguments);
         write(place / "status", "Uid:\t" + process.ids + '\n');
@@ -131,6 +121,35 @@ TEST_F(AttributionTest, theOnlyProcessOfAServicesUserHoldsItsSocket)
     start({7});
     EXPECT_EQ(holderOf(socket("a.service")), 7);
     EXPECT_EQ(holderOf(socket("a.service", service + 1)), 0);
+}
+
+TEST_F(AttributionTest, theFirstProcessOfAContainerMayBeTheHolder)
+{
+    start({1, 0});
+    EXPECT_EQ(holderOf(socket("a.service")), 1);
+}
+
+TEST_F(AttributionTest, withoutCgroupsTheOnlyProcessOfTheUserHoldsTheSocket)
+{
+    start({7});
+    fs::remove_all(cgroups);
+    ListeningSocket listening = socket("-");
+    listening.cgroup = 5;
+    EXPECT_EQ(holderOf(listening), 7);
+}
+
+TEST_F(AttributionTest, aHundredGenerationsAreFollowed)
+{
+    const int oldest = 7;
+    start({oldest, 1, "nginx"});
+    for (int pid = oldest + 1; pid < oldest + 100; ++pid)
+        writeStat(proc, pid, pid - 1);
+    start({oldest + 100, oldest + 99, "nginx"});
+    EXPECT_EQ(holderOf(socket("a.service")), oldest);
+    found.denied.pop_back();
+    writeStat(proc, oldest + 100, oldest + 99);
+    start({oldest + 101, oldest + 100, "nginx"});
+    EXPECT_EQ(holderOf(socket("a.service")), 0);
 }
 
 TEST_F(AttributionTest, aSocketThatSomebodyWasSeenToHoldIsNotHisToo)
@@ -269,6 +288,12 @@ TEST_F(AttributionTest, aForwarderInAnotherCgroupThanTheSocketIsNoHolder)
     startProxy(7, "127.0.0.1", "a.service");
     startProxy(8, "127.0.0.1", "b.service");
     EXPECT_EQ(holderOf(socket("b.service", 0)), 8);
+}
+
+TEST_F(AttributionTest, theOnlyForwarderInAnotherCgroupIsNoHolderEither)
+{
+    startProxy(7, "127.0.0.1", "a.service");
+    EXPECT_EQ(holderOf(socket("b.service", 0)), 0);
 }
 
 TEST_F(AttributionTest, onlyRootsOwnDockerProxiesAreForwarders)

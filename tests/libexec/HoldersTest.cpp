@@ -1,9 +1,12 @@
 #include "libexec/holders/DockerProxy.h"
 #include "libexec/holders/RowOrder.h"
 #include "libexec/proc/Descriptor.h"
+#include "tests/libexec/FakeProc.h"
 #include "tests/libexec/SocketOn.h"
 
 #include <gtest/gtest.h>
+
+#include <QTemporaryDir>
 
 #include <climits>
 
@@ -61,9 +64,9 @@ namespace
 
 /// The names of the holders, in the order of their rows.
 std::vector<std::string> sorted(SocketHolders found, const std::vector<ListeningSocket> &sockets,
-                                uint32_t viewer)
+                                uint32_t viewer, const char *place = "/proc")
 {
-    const Descriptor proc(openDirectory(AT_FDCWD, "/proc"));
+    const Descriptor proc(openDirectory(AT_FDCWD, place));
     sortRows(found, sockets, proc.value(), viewer);
     std::vector<std::string> names;
     for (const Holder &holder : found.holders)
@@ -93,4 +96,27 @@ TEST(Holders, onesOwnComeBeforeOthersAndSeenOnesBeforeInferred)
     EXPECT_EQ(sorted(found, sockets, 1000),
               (std::vector<std::string>{"own", "stranger", "service"}));
     EXPECT_EQ(sorted(found, sockets, 0), (std::vector<std::string>{"stranger", "own", "service"}));
+}
+
+TEST(Holders, theOldestProcessComesFirst)
+{
+    const QTemporaryDir home;
+    const std::string proc = home.path().toStdString();
+    SocketHolders found;
+    found.processes = {{5, 0, "child"}, {6, 0, "young"}, {9, 0, "parent"}};
+    found.holders = {{0, 0, 3}, {1, 0, 3}, {2, 0, 3}};
+    writeStat(proc, 5, 9, "child", 100);
+    writeStat(proc, 6, 1, "young", 900);
+    writeStat(proc, 9, 1, "parent", 100);
+    EXPECT_EQ(sorted(found, {socketOn("127.0.0.1", 80)}, 0, proc.c_str()),
+              (std::vector<std::string>{"parent", "child", "young"}));
+}
+
+TEST(Holders, theStandardInputIsADescriptorThatWasSeen)
+{
+    SocketHolders found;
+    found.processes = {{INT_MAX - 1, 0, "inferred"}, {INT_MAX, 0, "seen"}};
+    found.holders = {{0, 0, -1}, {1, 0, 0}};
+    EXPECT_EQ(sorted(found, {socketOn("127.0.0.1", 80)}, 0),
+              (std::vector<std::string>{"seen", "inferred"}));
 }

@@ -138,6 +138,7 @@ TEST_P(SuppliedPs, theCellsOfPs)
         {"argv ", {"x", "yyyy"}},
         {"argv next-server (v16.4.6)", {"/usr/bin/node", "a-rather-long-script.js"}},
         {"comm \xff\n) ( \xc3\xa9", {""}},
+        {"", {"longer than ps reads", std::string(100'000, 'a'), std::string(100'000, 'b')}},
         {"exit-main|comm x", {"x"}},
         {"fork 1|shut", {"shut"}}};
     for (OddProcess::Settings settings : oddities) {
