@@ -129,6 +129,15 @@ TEST_F(AttributionTest, theFirstProcessOfAContainerMayBeTheHolder)
     EXPECT_EQ(holderOf(socket("a.service")), 1);
 }
 
+TEST_F(AttributionTest, aProcessWithoutANameIsShownAsAQuestionMark)
+{
+    start({7, 1, ""});
+    const Descriptor ofProc(openDirectory(AT_FDCWD, proc.c_str()));
+    attributeHidden(found, {socket("-")}, ofProc.value(), -1);
+    ASSERT_EQ(found.processes.size(), 1U);
+    EXPECT_EQ(found.processes[0].command, "?");
+}
+
 TEST_F(AttributionTest, withoutCgroupsTheOnlyProcessOfTheUserHoldsTheSocket)
 {
     start({7});

@@ -1,5 +1,6 @@
 #include "libexec/names/EscapedText.h"
 #include "libexec/names/KnownNames.h"
+#include "libexec/names/LowerCase.h"
 #include "libexec/names/ProgramName.h"
 #include "scan/SocketScan.h"
 #include "tests/support/TestText.h"
@@ -43,6 +44,7 @@ TEST(Names, spellingsOfOneProgram)
                                                                {"node.exe", "node"},
                                                                {".ruby-wrapped", "ruby"},
                                                                {".nodejs-wrapped", "node"},
+                                                               {".a-wrapped", "a"},
                                                                {"bunx", "bun"},
                                                                {"mariadbd", "mysqld"},
                                                                {"redis-check-rdb", "redis-server"},
@@ -56,6 +58,11 @@ TEST(Names, spellingsOfOneProgram)
                                                                {"", ""}};
     for (const auto &[spelling, name] : spellings)
         EXPECT_EQ(foldName(spelling), name) << spelling;
+}
+
+TEST(Names, smallLetters)
+{
+    EXPECT_EQ(lowerCase("@AZ[`az{\xc3\x84"), "@az[`az{\xc3\x84");
 }
 
 TEST(Names, theKnownNamesAreThoseThatAreKept)
@@ -84,6 +91,7 @@ TEST(Names, programsByTheirExecutable)
               "php");
     EXPECT_EQ(programName("/lib/ld-2.31.so", false, List{"ld", "--library-path"}), "ld-2.31.so");
     EXPECT_EQ(programName("/usr/bin/ld-tool", false, List{"ld", "node"}), "ld-tool");
+    EXPECT_EQ(programName("/usr/bin/tool.so.2", false, List{"ld", "node"}), "tool.so.2");
 }
 
 TEST(Names, aLoadersOptionsAndTheirValuesAreNotItsProgram)
