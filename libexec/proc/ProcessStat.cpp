@@ -24,7 +24,6 @@ std::optional<ProcessStat> parseStat(std::string_view text)
             if (word.size() != 1)
                 return std::nullopt;
             stat.state = word[0];
-            continue;
         }
         if (field != 4 && field != 14 && field != 15 && field != last)
             continue;

@@ -1,6 +1,8 @@
 #include "libexec/holders/DockerProxy.h"
 #include "libexec/holders/RowOrder.h"
 #include "libexec/proc/Descriptor.h"
+#include "libexec/rows/DirectoryQuery.h"
+#include "libexec/rows/SocketTable.h"
 #include "tests/libexec/FakeProc.h"
 #include "tests/libexec/SocketOn.h"
 
@@ -119,4 +121,49 @@ TEST(Holders, theStandardInputIsADescriptorThatWasSeen)
     found.holders = {{0, 0, -1}, {1, 0, 0}};
     EXPECT_EQ(sorted(found, {socketOn("127.0.0.1", 80)}, 0),
               (std::vector<std::string>{"seen", "inferred"}));
+}
+
+TEST(Rows, lieUnderTheirHeadings)
+{
+    SocketHolders found;
+    found.processes = {{7, 0, "go"}, {123456, 4000000000, "a server"}};
+    found.holders = {{0, 0, 3}, {1, 1, 12345}, {1, 2, -1}};
+    std::vector<ListeningSocket> sockets{socketOn("127.0.0.1", 80), socketOn("::", 8080),
+                                         socketOn("0.0.0.0", 65535)};
+    sockets[0].inode = 61;
+    EXPECT_EQ(socketTable({{found.processes[0]}, {found.holders[0]}, {}}, sockets),
+              "COMMAND PID USER   FD   TYPE DEVICE SIZE/OFF NODE NAME\n"
+              "go        7 root    3u  IPv4     61      0t0  TCP 127.0.0.1:80 (LISTEN)\n");
+    sockets[1].inode = 1234567890;
+    EXPECT_EQ(
+        socketTable(found, sockets),
+        "COMMAND        PID       USER   FD   TYPE     DEVICE SIZE/OFF NODE NAME\n"
+        "go               7       root    3u  IPv4         61      0t0  TCP 127.0.0.1:80 (LISTEN)\n"
+        "a\\x20server 123456 4000000000 12345u  IPv6 1234567890      0t0  TCP *:8080 (LISTEN)\n"
+        "a\\x20server 123456 4000000000  NOFD  IPv4          0      0t0  TCP *:65535 (LISTEN)\n");
+    found.processes[1] = {8, 4242, "x"};
+    EXPECT_EQ(socketTable({{found.processes[1]}, {{0, 0, 3}}, {}}, sockets),
+              "COMMAND PID     USER   FD   TYPE DEVICE SIZE/OFF NODE NAME\n"
+              "x         8     4242    3u  IPv4     61      0t0  TCP 127.0.0.1:80 (LISTEN)\n");
+    EXPECT_EQ(socketTable({}, sockets), "");
+}
+
+TEST(Rows, aWorkingDirectoryIsAskedForInOneWay)
+{
+    const auto query = [](std::vector<std::string> words) {
+        std::vector<char *> arguments;
+        for (std::string &word : words)
+            arguments.push_back(word.data());
+        return directoryQuery(int(arguments.size()), arguments.data());
+    };
+    const auto of = [&](const char *option, const char *pid) {
+        return query({"lsof", option, pid, "-a", "-d", "cwd", "-F", "n"});
+    };
+    EXPECT_EQ(of("-p", "1"), 1);
+    EXPECT_EQ(of("-p", "2147483647"), 2147483647);
+    for (const char *const pid : {"0", "2147483648", "-1", "x", ""})
+        EXPECT_EQ(of("-p", pid), std::nullopt) << pid;
+    EXPECT_EQ(of("-c", "1"), std::nullopt);
+    EXPECT_EQ(query({"lsof", "-p", "1", "-a", "-d", "txt", "-F", "n"}), std::nullopt);
+    EXPECT_EQ(query({"lsof", "-p", "1"}), std::nullopt);
 }

@@ -55,7 +55,7 @@ TEST(Proc, aStatThatIsNone)
 
 TEST(Proc, statusValues)
 {
-    constexpr std::string_view status = "Name:\tVmRSS:\nUid:\t1\t2\t3\t4\nVmRSS:\t  1234 kB\nX:\n";
+    constexpr std::string_view status = "Name:\tVmRSS:\nUid:\t1\t2\t3\t4\nVmRSS:\t  1234 kB \nX:\n";
     EXPECT_EQ(statusValue(status, "VmRSS"), "1234 kB");
     EXPECT_EQ(statusValue(status, "Uid"), "1\t2\t3\t4");
     EXPECT_EQ(statusValue(status, "X"), "");

@@ -7,8 +7,11 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <cstring>
 
+#include <linux/inet_diag.h>
 #include <linux/netlink.h>
+#include <linux/rtnetlink.h>
 
 using namespace tidewick::libexec;
 
@@ -28,7 +31,68 @@ constexpr std::string_view tcpTable =
     "   4: 00000000:0017 00000000:0000 0A 00000000:00000000 00:00000000 00000000     0        0 "
     "778 1 0000000000000000 100 0 0 10 0\n";
 
+/// A message about a listening socket, with what follows it, and the length that it tells.
+std::string diagMessage(const inet_diag_msg &socket, const std::string &attributes = {},
+                        uint32_t missing = 0)
+{
+    nlmsghdr header{};
+    header.nlmsg_len = uint32_t(sizeof header + sizeof socket + attributes.size() - missing);
+    header.nlmsg_type = TCPDIAG_GETSOCK;
+    std::string bytes(sizeof header + sizeof socket, '\0');
+    memcpy(bytes.data(), &header, sizeof header);
+    memcpy(bytes.data() + sizeof header, &socket, sizeof socket);
+    return (bytes + attributes).substr(0, header.nlmsg_len);
+}
+
+std::string attribute(uint16_t type, uint16_t length, uint64_t value)
+{
+    const rtattr head{length, type};
+    std::string bytes(sizeof head + sizeof value, '\0');
+    memcpy(bytes.data(), &head, sizeof head);
+    memcpy(bytes.data() + sizeof head, &value, sizeof value);
+    return bytes;
+}
+
 } // namespace
+
+TEST(Sockets, whatADumpTellsOfASocket)
+{
+    inet_diag_msg told{};
+    told.idiag_family = AF_INET;
+    told.idiag_state = 10; // TCP_LISTEN
+    told.id.idiag_sport = htons(8080);
+    told.id.idiag_src[0] = htonl(INADDR_LOOPBACK);
+    told.id.idiag_src[1] = ~0U; // an IPv4 address ends before
+    told.idiag_uid = 33;
+    told.idiag_inode = 61;
+    ListeningSocket socket = socketOn("127.0.0.1", 8080);
+    socket.user = 33;
+    socket.inode = 61;
+    const auto read = [](const std::string &message) {
+        std::vector<ListeningSocket> sockets;
+        parseDiagMessages(message.data(), message.size(), sockets);
+        return sockets;
+    };
+    EXPECT_EQ(read(diagMessage(told)), std::vector{socket});
+    EXPECT_TRUE(read(diagMessage(told, "", 1)).empty());
+
+    constexpr uint16_t whole = sizeof(rtattr) + sizeof(uint64_t);
+    const std::string other = attribute(INET_DIAG_MARK, whole, 5);
+    const std::string empty =
+        attribute(INET_DIAG_MARK, sizeof(rtattr), 0).substr(0, sizeof(rtattr));
+    const std::string cgroup = attribute(INET_DIAG_CGROUP_ID, whole, 77);
+    const auto cgroupOf = [&](const std::string &attributes) {
+        const auto sockets = read(diagMessage(told, attributes));
+        return sockets.size() == 1 ? sockets[0].cgroup : 1;
+    };
+    EXPECT_EQ(cgroupOf(cgroup), 77U);
+    EXPECT_EQ(cgroupOf(other + empty + cgroup), 77U);
+    EXPECT_EQ(cgroupOf(cgroup + other), 77U);
+    EXPECT_EQ(cgroupOf(other), 0U);
+    EXPECT_EQ(cgroupOf(attribute(INET_DIAG_CGROUP_ID, whole - 1, 77)), 0U) << "too short";
+    EXPECT_EQ(cgroupOf(attribute(INET_DIAG_CGROUP_ID, whole + 1, 77)), 0U) << "cut off";
+    EXPECT_EQ(cgroupOf(attribute(INET_DIAG_MARK, 3, 5) + cgroup), 0U) << "shorter than its head";
+}
 
 TEST(Sockets, socketLinks)
 {

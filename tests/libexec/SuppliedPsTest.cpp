@@ -128,6 +128,7 @@ TEST_P(SuppliedPs, theCellsOfPs)
                      timer.elapsed() < 10'000);
             EXPECT_EQ(supplied.text, stock.text) << pid << ' ' << format << ' ' << locale;
             EXPECT_EQ(supplied.status, stock.status);
+            EXPECT_EQ(supplied.errors, stock.errors);
         }
     };
     for (const char *const name : {"1", "2", "2147483647"})
