@@ -10,6 +10,7 @@
 
 #include <QTemporaryDir>
 
+#include <algorithm>
 #include <climits>
 
 #include <fcntl.h>
@@ -151,9 +152,9 @@ TEST(Rows, lieUnderTheirHeadings)
 TEST(Rows, aWorkingDirectoryIsAskedForInOneWay)
 {
     const auto query = [](std::vector<std::string> words) {
-        std::vector<char *> arguments;
-        for (std::string &word : words)
-            arguments.push_back(word.data());
+        std::vector<char *> arguments(words.size());
+        std::transform(words.begin(), words.end(), arguments.begin(),
+                       [](std::string &word) { return word.data(); });
         return directoryQuery(int(arguments.size()), arguments.data());
     };
     const auto of = [&](const char *option, const char *pid) {
