@@ -155,15 +155,25 @@ class Qml(unittest.TestCase):
 class Kept(unittest.TestCase):
     """The list of mistakes that change nothing."""
 
-    def test_a_mistake_is_found_wherever_its_line_is(self):
+    TEXT = "int f()\n{\n    return a < b;\n}\n"
+
+    def reason(self, kept, path="scan/A.cpp"):
+        """The list's reason for the first mistake in the text."""
+        mutation = mutants.mutations(path, self.TEXT)[0]
         with tempfile.TemporaryDirectory() as place:
-            path = pathlib.Path(place) / "kept.txt"
-            path.write_text("# A comment.\n\nscan/A.cpp\n-return a < b;\n+return a <= b;\nThey\ndiffer.\n")
-            reasons = mutants.kept(path)
-        text = "int f()\n{\n    return a < b;\n}\n"
-        mutation = mutants.mutations("scan/A.cpp", text)[0]
-        found = mutants.Mutant("scan/A.cpp", text, mutation).changed_lines()
-        self.assertEqual(reasons.get(found), "They differ.")
+            file = pathlib.Path(place) / "kept.txt"
+            file.write_text("# A comment.\n\n" + kept)
+            return mutants.Kept(file).reason(mutants.Mutant(path, self.TEXT, mutation))
+
+    def test_a_mistake_is_found_wherever_its_line_is(self):
+        kept = "scan/A.cpp\n-return a < b;\n+return a <= b;\nThey\ndiffer.\n"
+        self.assertEqual(self.reason(kept), "They differ.")
+        self.assertEqual(self.reason(kept, "scan/B.cpp"), "")
+
+    def test_a_kind_of_mistake_is_found_in_the_whole_file(self):
+        kept = "scan/A.cpp\ncomparison\nNobody compares.\n"
+        self.assertEqual(self.reason(kept), "Nobody compares.")
+        self.assertEqual(self.reason(kept.replace("comparison", "string")), "")
 
 
 class Together(unittest.TestCase):
