@@ -176,6 +176,27 @@ class Kept(unittest.TestCase):
         self.assertEqual(self.reason(kept.replace("comparison", "string")), "")
 
 
+class Views(unittest.TestCase):
+    """Mistakes in QML, which needs no build."""
+
+    def test_each_is_tried_in_views_of_its_own(self):
+        text = "Item {\n    width: 5\n    height: 7\n}\n"
+        chosen = [mutants.Mutant("views/A.qml", text, mutation)
+                  for mutation in mutants.mutations("views/A.qml", text)]
+        tried = []
+        with tempfile.TemporaryDirectory() as place:
+            tree = mutants.Tree.__new__(mutants.Tree)
+            tree.place, tree.source = pathlib.Path(place), pathlib.Path(place) / "source"
+            (tree.source / "views").mkdir(parents=True)
+            tree.compiled = str.encode
+            tree.noticed_by = lambda mutant, steps, where: tried.append(
+                (mutant, pathlib.Path(where[mutants.VIEWS], "A.qml").read_text()))
+            found = list(tree.attempt_views(chosen, lambda: False))
+        self.assertTrue(chosen)
+        self.assertCountEqual(found, [(mutant, "survived", "") for mutant in chosen])
+        self.assertCountEqual(tried, [(mutant, mutant.after) for mutant in chosen])
+
+
 class Together(unittest.TestCase):
     """Many mistakes in one program, of which the environment chooses one."""
 

@@ -129,7 +129,7 @@ bool FakePackageKit::handleMessage(const QDBusMessage &message,
 void FakePackageKit::callService(const QDBusMessage &message)
 {
     if (message.member() == QStringLiteral("GetTimeSinceAction")) {
-        constexpr uint refreshCache = 13;
+        constexpr uint refreshCache = 13; // PK_ROLE_ENUM_REFRESH_CACHE
         answer(message, {message.arguments().value(0) == refreshCache ? m_age : 0U});
         return;
     }

@@ -57,6 +57,7 @@ public:
     void leaveOutPaths() { m_tellsPaths = false; }
     /// What GetTimeSinceAction answers.
     void setAge(uint seconds) { m_age = seconds; }
+    /// Sends a signal of the service, without arguments.
     void signal(const char *name);
     /// Leaves the bus, as a service that was killed.
     void die();
