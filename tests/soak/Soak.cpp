@@ -10,6 +10,7 @@
 #include "scan/http/CurlHttpClient.h"
 #include "state/AppState.h"
 #include "state/Workers.h"
+#include "tests/support/LoopbackServer.h"
 #include "tests/support/ServerProgram.h"
 #include "tests/support/WaitUntil.h"
 #include "tests/support/system/Holdings.h"
@@ -22,8 +23,11 @@
 
 #include <algorithm>
 #include <array>
+#include <atomic>
 #include <cstdio>
 #include <memory>
+#include <thread>
+#include <vector>
 
 using namespace tidewick;
 
@@ -126,6 +130,29 @@ private:
 
     std::array<Server, slots> m_servers;
 };
+
+/// Has `client` do at first what it does rarely and keeps the memory and descriptors of: as many
+/// requests at a time as overlapping scans make, each ended without a byte, which asks for a TLS
+/// hello.
+void warmUpClient(const HttpClient &client)
+{
+    constexpr int atATime = 2 * slots;
+    std::atomic<int> connections = 0;
+    const LoopbackServer closing([&connections](LoopbackConnection &connection) {
+        connection.readHead();
+        ++connections;
+        while (connections < atATime && connection.pause(10)) {
+        }
+    });
+    const HttpRequest request{closing.url(), "GET", {}};
+    std::vector<std::jthread> requests;
+    requests.reserve(atATime);
+    for (int i = 0; i < atATime; ++i)
+        requests.emplace_back([&client, &request] {
+            TlsEvidence evidence;
+            client.send(request, evidence, {});
+        });
+}
 
 /// One store, and what happens to it.
 class Soak
@@ -282,9 +309,9 @@ int main(int argc, char *argv[])
     const ToolTable tools = argc > 2 ? ToolTable::suppliedOverStock(QString::fromLocal8Bit(argv[2]))
                                      : ToolTable::stock();
     Workers workers;
-    AppState state(
-        {std::make_shared<ProcessToolRunner>(), tools, std::make_shared<CurlHttpClient>()},
-        workers);
+    const auto client = std::make_shared<CurlHttpClient>();
+    warmUpClient(*client);
+    AppState state({std::make_shared<ProcessToolRunner>(), tools, client}, workers);
     const Schedule schedule(state);
     const int pause = argc > 3 ? QByteArray(argv[3]).toInt() : 0;
     Soak soak(state, workers, refreshes, pause);
