@@ -49,9 +49,7 @@ bool PressSequence::eventFilter(QObject * /*watched*/, QEvent *event)
 
 void PressSequence::add(std::optional<quint32> timestamp)
 {
-    if (!m_clock.isValid())
-        m_clock.start();
-    const Press press{timestamp, m_clock.elapsed()};
+    const Press press{timestamp, std::chrono::steady_clock::now()};
     m_isFirst = !m_latest || !follow(*m_latest, press);
     m_latest = press;
 }
@@ -60,7 +58,7 @@ bool PressSequence::follow(const Press &before, const Press &press) const
 {
     const auto interval = QGuiApplication::styleHints()->mouseDoubleClickInterval();
     if (!before.timestamp || !press.timestamp)
-        return press.arrival - before.arrival <= interval;
+        return press.arrival - before.arrival <= std::chrono::milliseconds(interval);
     // X servers count in 32 bits, and begin again at 0.
     const quint32 distance = *press.timestamp - *before.timestamp;
     return std::min(distance, 0 - distance) <= static_cast<quint32>(interval);

@@ -2,9 +2,9 @@
 
 #include "views/card/WindowWatcher.h"
 
-#include <QElapsedTimer>
 #include <QtQmlIntegration>
 
+#include <chrono>
 #include <optional>
 
 namespace tidewick
@@ -34,13 +34,12 @@ private:
         /// Milliseconds by the clock of the input; two events that wait are as far apart as ever.
         std::optional<quint32> timestamp;
         /// When it got here.
-        qint64 arrival;
+        std::chrono::steady_clock::time_point arrival;
     };
 
     void add(std::optional<quint32> timestamp);
     bool follow(const Press &before, const Press &press) const;
 
-    QElapsedTimer m_clock;
     std::optional<Press> m_latest;
     bool m_isFirst = true;
     /// Whether the latest press came from an input device and nobody has asked about it.

@@ -9,7 +9,9 @@
 #include <QMouseEvent>
 #include <QStyleHints>
 
+#include <chrono>
 #include <limits>
+#include <thread>
 
 using namespace tidewick;
 
@@ -20,6 +22,12 @@ class PressSequenceTest : public testing::Test
 {
 protected:
     PressSequenceTest() { presses.setWindow(&window); }
+    ~PressSequenceTest() override { setInterval(int(interval)); }
+
+    static void setInterval(int milliseconds)
+    {
+        QGuiApplication::styleHints()->setMouseDoubleClickInterval(milliseconds);
+    }
 
     void sendKey(QEvent::Type type, Qt::Key key, quint64 time, bool isRepeat = false)
     {
@@ -77,6 +85,15 @@ TEST_P(PressingKey, thatStaysDownBelongsToItsFirstPress)
     }
 }
 
+TEST_P(PressingKey, thatStaysDownBelongsToItHoweverLateThatIsAsked)
+{
+    setInterval(0);
+    sendKey(QEvent::KeyPress, GetParam(), start);
+    repeat(GetParam(), start + 10);
+    std::this_thread::sleep_for(std::chrono::milliseconds(5));
+    EXPECT_FALSE(presses.begins());
+}
+
 INSTANTIATE_TEST_SUITE_P(Keys, PressingKey,
                          testing::Values(Qt::Key_Space, Qt::Key_Return, Qt::Key_Enter));
 
@@ -128,6 +145,21 @@ TEST_F(PressSequenceTest, withoutTimesIsOneOfThisMoment)
     EXPECT_FALSE(presses.begins());
     click(start + 100 * interval);
     EXPECT_FALSE(presses.begins()) << "the one before has no time";
+}
+
+TEST_F(PressSequenceTest, withoutADeviceRightAfterAClickBelongsToItsSequence)
+{
+    click(start);
+    EXPECT_TRUE(presses.begins());
+    EXPECT_FALSE(presses.begins()); // from the accessibility bus
+}
+
+TEST_F(PressSequenceTest, withoutTimesEndsAnIntervalAfterItsLastPress)
+{
+    setInterval(0);
+    EXPECT_TRUE(presses.begins());
+    std::this_thread::sleep_for(std::chrono::milliseconds(5));
+    EXPECT_TRUE(presses.begins());
 }
 
 TEST_F(PressSequenceTest, pressThatNobodyAskedAboutCounts)
