@@ -632,6 +632,16 @@ TestCase {
         tryVerify(() => card(0).isExpanded);
     }
 
+    function test_arrowMovesOnFromWhereThePointerPressed() {
+        show([shop, api]);
+        press(0, "expand");
+        wait(0);
+        keyClick(Qt.Key_Down);
+        verify(card(1).activeFocus);
+        wait(10);
+        verify(card(1).activeFocus, "it stays there");
+    }
+
     function test_badgePulsesUnlessMotionIsReduced() {
         show([shop]);
         tryVerify(() => findChild(card(0), "badge").isPulsing);
