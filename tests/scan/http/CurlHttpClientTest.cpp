@@ -1,3 +1,4 @@
+#include "scan/http/CurlHttpClient.h"
 #include "scan/http/BrokenPipeGuard.h"
 #include "tests/scan/http/HttpExchange.h"
 #include "tests/support/Duration.h"
@@ -12,6 +13,7 @@
 #include <QTemporaryDir>
 
 #include <array>
+#include <atomic>
 #include <cerrno>
 #include <csignal>
 #include <cstddef>
@@ -21,11 +23,14 @@
 #include <new>
 #include <thread>
 #include <unistd.h>
+#include <vector>
 
 using tidewick::BrokenPipeGuard;
+using tidewick::CurlHttpClient;
 using tidewick::HttpError;
 using tidewick::HttpOutcome;
 using tidewick::HttpResponse;
+using tidewick::TlsEvidence;
 using namespace std::chrono_literals;
 
 namespace
@@ -508,6 +513,45 @@ TEST(CurlHttpClient, waitsForManySilentServersAtOnce)
         for (auto &request : requests)
             EXPECT_EQ(errorOf(request.get()), HttpError::timedOut);
     }));
+}
+
+// One client for many requests
+
+TEST(CurlHttpClient, opensAConnectionForEachRequest)
+{
+    const LoopbackServer server([](LoopbackConnection &connection) {
+        while (!connection.readHead().isEmpty())
+            connection.send(ok("page"));
+    });
+    const CurlHttpClient client;
+    for (int i = 0; i < 3; ++i) {
+        TlsEvidence evidence;
+        EXPECT_EQ(responseOf(client.send({server.url(), "GET", {}}, evidence, {})).body, "page");
+    }
+    EXPECT_EQ(server.connectionCount(), 3);
+}
+
+TEST(CurlHttpClient, answersRequestsOneByOneAndAtATime)
+{
+    const CurlHttpClient client;
+    for (const int atATime : {1, 1, 3, 2, 4}) {
+        std::atomic<int> connections = 0;
+        const LoopbackServer server([&](LoopbackConnection &connection) {
+            connection.readHead();
+            ++connections;
+            while (connections < atATime && connection.pause(1)) {
+            }
+            connection.send(ok("page"));
+        });
+        std::vector<std::future<HttpOutcome>> requests(static_cast<size_t>(atATime));
+        for (auto &request : requests)
+            request = std::async(std::launch::async, [&] {
+                TlsEvidence evidence;
+                return client.send({server.url(), "GET", {}}, evidence, {});
+            });
+        for (auto &request : requests)
+            EXPECT_EQ(responseOf(request.get()).body, "page") << atATime << " at a time";
+    }
 }
 
 // Servers without end
