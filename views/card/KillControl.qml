@@ -24,9 +24,7 @@ Item {
     implicitWidth: stop.width + capsule.presence * (capsule.width - stop.width)
     implicitHeight: Math.max(capsule.height, stop.height)
     onIsConfirmingChanged: {
-        if (isConfirming && stop.activeFocus)
-            cancel.forceActiveFocus(reasonOf(stop));
-        else if (!isConfirming && (cancel.activeFocus || confirm.activeFocus))
+        if (!isConfirming && (cancel.activeFocus || confirm.activeFocus))
             stop.forceActiveFocus(reasonOf(cancel.activeFocus ? cancel : confirm));
     }
 
@@ -65,7 +63,6 @@ Item {
 
         objectName: "confirmation"
         anchors.right: parent.right
-        anchors.verticalCenter: parent.verticalCenter
         width: buttons.width + 4
         height: buttons.height + 4
         radius: 12
@@ -95,6 +92,11 @@ Item {
                 anchors.verticalCenter: parent.verticalCenter
                 isTabStop: control.isTabStop
                 enabled: control.isConfirming || activeFocus
+                // Not earlier: what is disabled takes the focus without its reason, and shows no frame.
+                onEnabledChanged: {
+                    if (enabled && stop.activeFocus)
+                        forceActiveFocus(control.reasonOf(stop));
+                }
                 radius: 10
                 help: "Cancel"
                 onClicked: {

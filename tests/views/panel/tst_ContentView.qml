@@ -94,6 +94,7 @@ TestCase {
         machine.setSlow(false);
         view.destroy();
         machine.destroy();
+        test.Window.window.visible = true;
         wait(0);
     }
 
@@ -487,15 +488,121 @@ TestCase {
         }
     }
 
-    function test_questionThatIsWithdrawnLeavesTheFocusElsewhere() {
+    function test_directoryIsATabStopWhileItsCardIsCurrentAndOpen() {
+        show([shop, api]);
+        const reveal = () => findChild(card(0), "reveal");
+        press(0, "expand");
+        tryVerify(() => reveal().visible);
+        tryVerify(() => card(0).isTabStop && !card(1).isTabStop);
+        compare(reveal().focusPolicy, Qt.StrongFocus);
+        compare(reveal().tip, "Show in Finder");
+        verify(!findChild(card(0), "directory").font.underline);
+        keyClick(Qt.Key_Down);
+        tryVerify(() => card(1).isTabStop && !card(0).isTabStop);
+        compare(reveal().focusPolicy, Qt.ClickFocus);
+        keyClick(Qt.Key_Up);
+        tryVerify(() => card(0).isTabStop);
+        card(0).Accessible.pressAction();
+        compare(reveal().focusPolicy, Qt.ClickFocus, "it is leaving");
+    }
+
+    function test_detailsLeaveTheFocusElsewhere() {
         show([shop]);
-        press(0, "stop");
         const refresh = findChild(view, "refresh");
         refresh.forceActiveFocus(Qt.TabFocusReason);
+        for (const isOpen of [true, false]) {
+            card(0).Accessible.pressAction();
+            tryCompare(findChild(card(0), "details"), "opacity", isOpen ? 1 : 0);
+            verify(refresh.activeFocus);
+        }
+    }
+
+    function test_killButtonHasNoHelpText() {
+        show([shop]);
+        press(0, "stop");
+        const confirm = findChild(card(0), "confirm");
+        tryCompare(findChild(card(0), "confirmation"), "scale", 1);
+        mouseMove(confirm, confirm.width / 2, confirm.height / 2);
+        tryVerify(() => confirm.hovered);
+        verify(!findChild(confirm, "tip").active);
+    }
+
+    function test_questionLeavesTheFocusElsewhere() {
+        show([shop]);
+        const refresh = findChild(view, "refresh");
+        refresh.forceActiveFocus(Qt.TabFocusReason);
+        findChild(card(0), "stop").Accessible.pressAction();
+        keepQuestion(0);
+        wait(0);
+        verify(refresh.activeFocus);
         card(0).withdraw();
         verify(!card(0).showKillConfirmation);
         wait(0);
         verify(refresh.activeFocus);
+    }
+
+    function test_questionThatIsWithdrawnGivesTheFocusBack_data() {
+        return ["cancel", "confirm"].map(name => ({
+                    tag: name
+                }));
+    }
+
+    function test_questionThatIsWithdrawnGivesTheFocusBack(row) {
+        show([shop]);
+        const stop = findChild(card(0), "stop");
+        stop.forceActiveFocus(Qt.TabFocusReason);
+        tryVerify(() => card(0).isTabStop);
+        keyClick(Qt.Key_Space);
+        keepQuestion(0);
+        tryCompare(findChild(card(0), "confirmation"), "scale", 1);
+        findChild(card(0), row.tag).forceActiveFocus(Qt.TabFocusReason);
+        card(0).withdraw();
+        verify(stop.visualFocus);
+        const control = stop.parent;
+        verify(control.width > stop.width, "the question is still there");
+        compare(stop.x + stop.width, control.width, "the button is already where it stays");
+    }
+
+    // What changes while the panel is closed is as it stays when it opens.
+    function test_nothingMovesOutOfSight() {
+        show([shop]);
+        const find = name => findChild(card(0), name);
+        const open = find("openPlace");
+        const details = find("details");
+        const arrow = findChild(view, "refresh").contentItem;
+        const resting = findChild(arrow, "resting");
+        tryVerify(() => !resting.running);
+        test.Window.window.visible = false;
+
+        card(0).ask();
+        compare([find("confirmation").presence, open.opacity, open.width], [1, 0, 0]);
+        card(0).withdraw();
+        compare([find("confirmation").presence, open.opacity], [0, 1]);
+        verify(open.width > 0);
+
+        card(0).toggleExpand();
+        compare([details.opacity, details.height], [1, details.children[0].height]);
+        verify(details.height > 0);
+        verify(!find("turning").running);
+        card(0).toggleExpand();
+        compare([details.opacity, details.height], [0, 0]);
+
+        machine.setKill(1, 60000);
+        machine.panel.kill(shop.pid);
+        compare([card(0).opacity, card(0).scale], [0.5, 0.98]);
+        const label = find("killing").parent;
+        compare([label.implicitWidth, label.implicitHeight], [60, 20]);
+        machine.setKill(1, 0);
+        tryCompare(machine.panel, "killingPid", "");
+        compare([card(0).opacity, card(0).scale], [1, 1]);
+
+        machine.setSlow(true);
+        machine.panel.refresh();
+        tryCompare(machine.panel, "isLoading", true);
+        verify(!findChild(arrow, "turning").running);
+        machine.setSlow(false);
+        tryCompare(machine.panel, "isLoading", false);
+        compare([resting.running, arrow.turn], [false, 0]);
     }
 
     function test_keyboardReachesAndPressesTheControls() {
@@ -504,7 +611,7 @@ TestCase {
         tryVerify(() => card(0).isTabStop);
         keyClick(Qt.Key_Space);
         keepQuestion(0);
-        verify(findChild(card(0), "cancel").activeFocus, "the harmless answer first");
+        verify(findChild(card(0), "cancel").visualFocus, "the harmless answer first");
         tryCompare(findChild(card(0), "confirmation"), "scale", 1);
         keyClick(Qt.Key_Tab);
         verify(findChild(card(0), "confirm").visualFocus);
@@ -746,7 +853,29 @@ TestCase {
         verify(findChild(card(0), "title").truncated);
         for (const name of ["MEM", "Script", "reveal"])
             verify(rightOf(findChild(card(0), name), 0) <= card(0).width - 16, name);
+        const reveal = findChild(card(0), "reveal");
+        compare(reveal.width, 456 - 32 - 22, "beside the folder");
+        compare(reveal.tip, "w".repeat(200) + "\nShow in Finder");
+        compare(findChild(card(0), "Script").width, 170);
         compare(card(0).width, 456);
+    }
+
+    function test_longFrameworkIsElidedAndToldByItsHelpText() {
+        show([shop]);
+        const framework = findChild(card(0), "framework");
+        mouseMove(framework, framework.width / 2, framework.height / 2);
+        tryVerify(() => findChild(card(0), "surface").color.a > 0);
+        verify(!findChild(framework, "whole").active, "it tells no more");
+        view.width = 390;
+        tryVerify(() => framework.truncated);
+        verify(rightOf(framework, 0) <= findChild(card(0), "open").mapToItem(card(0), 0, 0).x - 8);
+        mouseMove(view, 0, 0);
+        tryVerify(() => findChild(card(0), "surface").color.a === 0);
+        verify(!findChild(framework, "whole").active);
+        mouseMove(framework, framework.width / 2, framework.height / 2);
+        tryVerify(() => findChild(framework, "whole").active);
+        tryVerify(() => findChild(framework, "whole").item.opened);
+        compare(findChild(framework, "whole").item.text, "Vite");
     }
 
     function test_nameWrittenFromTheRightStandsOnTheLeft() {
@@ -812,6 +941,7 @@ TestCase {
         tryCompare(findChild(card(0), "details").children[0], "y", 0);
         mouseMove(reveal, 20, reveal.height / 2);
         tryVerify(() => findChild(reveal, "tip").item?.opened ?? false, 5000);
+        verify(findChild(card(0), "directory").font.underline);
         compare(machine.trapped, 0);
     }
 }
