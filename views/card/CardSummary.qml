@@ -26,7 +26,6 @@ Column {
 
     // All of one kind: in a card that is scaled, texts stand on whole pixels and pictures do not.
     Row {
-        width: parent.width
         topPadding: 2
         spacing: 4
 
@@ -74,6 +73,7 @@ Column {
             }
 
             Tip {
+                objectName: "whole"
                 active: hover.hovered && framework.truncated
                 text: framework.text
             }

@@ -35,6 +35,7 @@ Symbol {
     RotationAnimation {
         id: resting
 
+        objectName: "resting"
         target: arrow
         property: "turn"
         to: 360
