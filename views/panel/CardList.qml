@@ -15,7 +15,7 @@ ListView {
     // Whether the keyboard set the focus. Then the focus is visible, and moves to the next card if
     // the card disappears.
     property bool isByKeyboard: false
-    // The card that the view itself gave the focus to.
+    // The card that the view itself has just given the focus to, if the list had it.
     property Item given: null
     // The card that opens, or opened last.
     property PortCard opening: null
@@ -101,7 +101,10 @@ ListView {
     Accessible.name: "Listeners"
     Keys.onDownPressed: moveTo(currentIndex + 1)
     Keys.onUpPressed: moveTo(currentIndex - 1)
-    onCurrentItemChanged: given = currentItem
+    onCurrentItemChanged: {
+        given = currentItem;
+        following.restart();
+    }
 
     PressSequence {
         id: pressSequence
