@@ -34,7 +34,6 @@ Item {
     }
 
     function withdraw() {
-        withdrawal.stop();
         showKillConfirmation = false;
     }
 
