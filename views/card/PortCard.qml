@@ -137,8 +137,6 @@ Item {
         borderWidth: card.activeFocus ? 2 : 1
 
         Behavior on color {
-            enabled: card.isShown
-
             ColorAnimation {
                 objectName: "shading"
                 duration: 150
