@@ -485,6 +485,7 @@ TestCase {
         const focused = () => test.Window.activeFocusItem;
         const seen = [];
         findChild(view, "refresh").forceActiveFocus(Qt.TabFocusReason);
+        wait(20); // the list looks at the focus when events are done
         while (focused().objectName !== "quit" && seen.length < 10) {
             keyClick(Qt.Key_Tab);
             wait(20);
