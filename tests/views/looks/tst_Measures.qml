@@ -562,6 +562,29 @@ LooksCase {
         verify(port instanceof TabularText);
     }
 
+    function test_helpText() {
+        show([]);
+        const tip = createTemporaryObject(tipComponent, test, { text: "Refresh" });
+        tip.parent = findChild(view, "header");
+        tip.open();
+        tryVerify(() => tip.opened);
+        const ground = tip.background;
+        check([
+            ["delay", tip.delay, 600],
+            ["ground", [ground.color, ground.radius, ground.border.color, ground.border.width], [Qt.color("#3A3A3C"), 6, white(0.1), 1]],
+            ["text", font(tip.contentItem), [11, Font.Normal, white(1)]],
+            ["padding", paddings(tip), [8, 5, 8, 5]],
+            ["from the window's edge", tip.margins, 8],
+            ["place", [tip.x + tip.implicitWidth / 2, tip.y], [222, 50]]
+        ]);
+    }
+
+    Component {
+        id: tipComponent
+
+        HelpTip {}
+    }
+
     function test_longFigureIsElided() {
         show([]);
         const figure = createTemporaryObject(digits, test, { text: "Spring Boot 3333", y: 440 });

@@ -906,8 +906,14 @@ TestCase {
         compare(findChild(card(0), "cpu").text, "12345% CPU");
         for (const name of ["title", "port", "framework", "memory", "cpu", "uptime"])
             verify(rightOf(findChild(card(0), name), 0) <= open, name);
-        verify(findChild(card(0), "title").truncated);
-        compare(rightOf(findChild(card(0), "title"), 0), open - 8);
+        const title = findChild(card(0), "title");
+        verify(title.truncated);
+        compare(rightOf(title, 0), open - 8);
+        mouseMove(card(0), 30, 30);
+        tryVerify(() => findChild(card(0), "surface").color.a > 0);
+        verify(!findChild(title, "whole").active, "the pointer is beside it");
+        mouseMove(title, 20, 5);
+        tryVerify(() => findChild(title, "whole").active);
         for (const name of ["MEM", "Script", "reveal"])
             verify(rightOf(findChild(card(0), name), 0) <= card(0).width - 16, name);
         const reveal = findChild(card(0), "reveal");
