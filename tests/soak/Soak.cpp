@@ -133,16 +133,19 @@ private:
 
 /// Has `client` do at first what it does rarely and keeps the memory and descriptors of: as many
 /// requests at a time as overlapping scans make, each ended without a byte, which asks for a TLS
-/// hello.
-void warmUpClient(const HttpClient &client)
+/// hello. Returns whether they were all under way at a time.
+bool warmUpClient(const HttpClient &client)
 {
     constexpr int atATime = 2 * slots;
     std::atomic<int> connections = 0;
-    const LoopbackServer closing([&connections](LoopbackConnection &connection) {
+    std::atomic<bool> isEachBesideAll = true;
+    const LoopbackServer closing([&](LoopbackConnection &connection) {
         connection.readHead();
         ++connections;
         while (connections < atATime && connection.pause(10)) {
         }
+        if (connections < atATime)
+            isEachBesideAll = false;
     });
     const HttpRequest request{closing.url(), "GET", {}};
     std::vector<std::jthread> requests;
@@ -152,6 +155,8 @@ void warmUpClient(const HttpClient &client)
             TlsEvidence evidence;
             client.send(request, evidence, {});
         });
+    requests.clear(); // waits for them
+    return isEachBesideAll;
 }
 
 /// One store, and what happens to it.
@@ -310,7 +315,8 @@ int main(int argc, char *argv[])
                                      : ToolTable::stock();
     Workers workers;
     const auto client = std::make_shared<CurlHttpClient>();
-    warmUpClient(*client);
+    // On a busy machine a request may end before the last has begun.
+    waitUntil([&client] { return warmUpClient(*client); }, 60'000);
     AppState state({std::make_shared<ProcessToolRunner>(), tools, client}, workers);
     const Schedule schedule(state);
     const int pause = argc > 3 ? QByteArray(argv[3]).toInt() : 0;
