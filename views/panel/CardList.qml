@@ -15,7 +15,7 @@ ListView {
     // Whether the keyboard set the focus. Then the focus is visible, and moves to the next card if
     // the card disappears.
     property bool isByKeyboard: false
-    // The card that the view itself has just given the focus to, if the list had it.
+    // The card that the view itself gave the list's focus to.
     property Item given: null
     // The card that opens, or opened last.
     property PortCard opening: null
@@ -61,10 +61,13 @@ ListView {
 
     function followFocus() {
         const item = Window.activeFocusItem;
+        // An inactive window has none.
+        if (!item)
+            return;
         if (item === list) {
             if (currentItem && isByKeyboard)
                 currentItem.forceActiveFocus(Qt.TabFocusReason);
-        } else if (item && item === given && !isByKeyboard) {
+        } else if (item === given && !isByKeyboard) {
             item.focus = false;
         } else if (focusedCard) {
             isByKeyboard = item === focusedCard || ((item as T.Control)?.visualFocus ?? false);
@@ -101,10 +104,8 @@ ListView {
     Accessible.name: "Listeners"
     Keys.onDownPressed: moveTo(currentIndex + 1)
     Keys.onUpPressed: moveTo(currentIndex - 1)
-    onCurrentItemChanged: {
-        given = currentItem;
-        following.restart();
-    }
+    // Where the focus is elsewhere, the view gives it to nobody.
+    onCurrentItemChanged: given = focus ? currentItem : null
 
     PressSequence {
         id: pressSequence
