@@ -92,7 +92,8 @@ Item {
                 anchors.verticalCenter: parent.verticalCenter
                 isTabStop: control.isTabStop
                 enabled: control.isConfirming || activeFocus
-                // Not earlier: what is disabled takes the focus without its reason, and shows no frame.
+                // Not earlier: what is disabled takes the focus without its reason, and so has no
+                // frame.
                 onEnabledChanged: {
                     if (enabled && stop.activeFocus)
                         forceActiveFocus(control.reasonOf(stop));
@@ -115,7 +116,6 @@ Item {
                 id: confirm
 
                 objectName: "confirm"
-                anchors.verticalCenter: parent.verticalCenter
                 isTabStop: control.isTabStop
                 enabled: control.isConfirming && !control.isBusy
                 leftPadding: 8
