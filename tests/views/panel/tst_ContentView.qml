@@ -972,7 +972,9 @@ TestCase {
         verify(rightOf(framework, 0) <= findChild(card(0), "open").mapToItem(card(0), 0, 0).x - 8);
         mouseMove(view, 0, 0);
         tryVerify(() => findChild(card(0), "surface").color.a === 0);
-        verify(!findChild(framework, "whole").active);
+        mouseMove(card(0), 30, 30);
+        tryVerify(() => findChild(card(0), "surface").color.a > 0);
+        verify(!findChild(framework, "whole").active, "the pointer is beside it");
         mouseMove(framework, framework.width / 2, framework.height / 2);
         tryVerify(() => findChild(framework, "whole").active);
         tryVerify(() => findChild(framework, "whole").item.opened);
