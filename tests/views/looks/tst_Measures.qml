@@ -261,7 +261,7 @@ LooksCase {
         for (const name of ["open", "confirm", "quit"]) {
             const button = findChild(view, name);
             const frame = findChild(button, "focusFrame");
-            check([[name, [frame.x, frame.y, frame.borderWidth, frame.radius], [-2, -2, 2, button.background.radius + 2]]]);
+            check([[name, [frame.x, frame.y, frame.borderWidth, frame.borderColor, frame.radius], [-2, -2, 2, white(1), button.background.radius + 2]]]);
         }
         compare(findChild(find(0, "cancel"), "focusFrame").radius, 12);
     }
