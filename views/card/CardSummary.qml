@@ -7,6 +7,9 @@ Column {
 
     required property CardFacts facts
 
+    // The list places a card by the height with which it is created.
+    Component.onCompleted: forceLayout()
+
     Colors {
         id: colors
     }
