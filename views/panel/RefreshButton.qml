@@ -6,8 +6,9 @@ PlainButton {
     id: button
 
     required property bool isLoading
-    // Disabling it takes the focus away, every few seconds: it takes it back if nobody else did.
-    property int heldFocus: Qt.NoFocusReason
+    // A refresh disables it, which takes the focus away. Qt gives it back, but then for another
+    // reason, so that a keyboard's focus would no longer be visible.
+    property int givenFor: Qt.NoFocusReason
 
     Colors {
         id: colors
@@ -17,16 +18,10 @@ PlainButton {
     help: "Refresh"
     enabled: !isLoading
     onActiveFocusChanged: {
-        if (activeFocus)
-            heldFocus = focusReason;
-        else if (enabled)
-            heldFocus = Qt.NoFocusReason;
+        if (activeFocus && focusReason !== Qt.OtherFocusReason)
+            givenFor = focusReason;
     }
-    onEnabledChanged: {
-        const isFree = !(Window.activeFocusItem?.activeFocusOnTab ?? false);
-        if (enabled && heldFocus !== Qt.NoFocusReason && isFree)
-            forceActiveFocus(heldFocus);
-    }
+    onEnabledChanged: focusReason = givenFor
 
     contentItem: RefreshArrow {
         color: colors.white(button.hovered ? 0.9 : 0.7)
