@@ -5,7 +5,7 @@ import Tidewick
 Symbol {
     id: spinner
 
-    property real magnification: 1
+    required property real magnification
 
     name: "spinner"
     size: 32 * magnification

@@ -95,7 +95,6 @@ ListView {
     bottomMargin: 12
     boundsBehavior: Flickable.StopAtBounds
     highlightFollowsCurrentItem: false
-    keyNavigationEnabled: false
     // Qt 6.4 creates the cards of the buffer a little at a time, and keeps half a kilobyte of each
     // that goes meanwhile.
     cacheBuffer: 0
@@ -159,7 +158,6 @@ ListView {
         isExpanded: list.expandedPort === facts.port
         onToggleExpand: list.toggleExpand(facts.port)
         onHeightChanged: list.follow(card)
-        onYChanged: list.follow(card)
         onKill: list.panel.kill(facts.pid)
 
         // Newer Qt sets the x of a delegate to 0, so the margin is a translation.
@@ -169,13 +167,13 @@ ListView {
     }
 
     T.ScrollBar.vertical: T.ScrollBar {
+        objectName: "scrollBar"
         implicitWidth: 10
         padding: 3
         minimumSize: 0.1
         visible: size < 1
 
         contentItem: Rectangle {
-            implicitWidth: 4
             radius: 2
             color: colors.white(0.25)
         }

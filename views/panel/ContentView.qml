@@ -217,6 +217,7 @@ FocusScope {
                 blending: VisualEffect.WithinWindow
 
                 RoundedRectangle {
+                    objectName: "quitGround"
                     anchors.fill: parent
                     radius: quit.radius
                     color: colors.white(quit.hovered ? 0.06 : 0)

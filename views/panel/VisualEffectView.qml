@@ -11,7 +11,7 @@ Item {
     property bool emphasized: false
     // What lies behind the window.
     property int backdrop: Panel.Opaque
-    property real radius: 0
+    required property real radius
     readonly property color color: fill.color
 
     // A window is large, and whole pixels in size; then the simpler rectangle looks the same.
