@@ -42,6 +42,8 @@ class Machine : public QObject
 public:
     Machine()
     {
+        // The panel is refreshed only when the test or the panel asks for it.
+        const_cast<QTimer *>(m_state.refreshTimer())->stop();
         m_trap.listen(QHostAddress::LocalHost);
         connect(&m_trap, &QTcpServer::newConnection, this, [this] { ++m_trapped; });
         connect(&m_panel, &Panel::openRequested, this,

@@ -35,6 +35,7 @@ LooksCase {
             ["dash's padding", [text(view, "—").leftPadding, text(view, "—").rightPadding], [4, 4]],
             ["slogan", font(text(view, "Let me kill your LocalHost")), [12, Font.Normal, white(0.5)]],
             ["refresh", ink(symbol(view, "arrow.clockwise")), [13, Font.Medium, white(0.7)]],
+            ["refresh's padding", paddings(child("refresh")), [4, 4, 4, 4]],
             ["refresh's right edge", box(symbol(view, "arrow.clockwise"), view)[0], 480 - 18 - 13],
             ["line below the header", box(child("headerLine"), view), [1, 44, 478, 1]],
             ["its colour", child("headerLine").color, white(0.1)],
@@ -50,6 +51,7 @@ LooksCase {
             ["quit", font(text(view, "Quit")), [12, Font.Medium, white(0.7)]],
             ["quit's padding", paddings(child("quit")), [10, 4, 10, 4]],
             ["quit's ground", [child("quit").background.material, child("quit").background.blending, child("quit").background.state, child("quit").background.radius], [13, 1, 0, 6]],
+            ["quit's lighter ground", [box(child("quitGround"), view), child("quitGround").radius], [box(child("quit"), view), 6]],
             ["quit's emphasis", child("quit").background.emphasized, false],
             ["list's margins and spacing", [child("cards").topMargin, child("cards").bottomMargin, child("cards").spacing, card(0).mapToItem(view, 0, 0).x], [12, 12, 10, 12]]
         ]);
@@ -128,6 +130,8 @@ LooksCase {
         const scanning = text(view, "Scanning for local services...");
         check([
             ["spinner's size", spinner.size, 32 * 1.3],
+            ["spinner's box, whose middle is between two pixels at each scale", [spinner.width, spinner.height], [48, 48]],
+            ["spinner's place", [spinner.parent.width, spinner.parent.height], [32, 32]],
             ["scanning", font(scanning), [14, Font.Normal, white(0.5)]],
             ["from spinner to text", box(scanning, view)[1] - box(spinner.parent, view)[1] - 32, 20]
         ]);
@@ -332,7 +336,7 @@ LooksCase {
     function hoverAnswers() {
         const lighter = (color, opacity) => at(Qt.lighter(color, 1.1), opacity);
         return {
-            quit: [() => text(view, "Quit").color, white(0.7), white(0.9)],
+            quit: [() => [text(view, "Quit").color, findChild(view, "quitGround").color], [white(0.7), white(0)], [white(0.9), white(0.06)]],
             refresh: [() => symbol(view, "arrow.clockwise").color, white(0.7), white(0.9)],
             open: [() => find(0, "open").background.color, blue, lighter(blue, 1)],
             expand: [() => find(0, "expand").contentItem.color, white(0.5), white(0.8)],
@@ -547,6 +551,22 @@ LooksCase {
         tryVerify(() => card(1)?.facts.pid === "77" && card(1).height === height);
         tryVerify(isStill);
         compare(list.contentY, card(1).y + 40);
+    }
+
+    function test_scrollBar() {
+        const many = Array.from({ length: 80 }, (none, row) => Object.assign({}, shop, { port: 3000 + row, pid: String(row + 1) }));
+        show(many);
+        const bar = findChild(view, "scrollBar");
+        const handle = bar.contentItem;
+        verify(bar.visible);
+        check([
+            ["bar", [bar.x + bar.width, bar.width, bar.height], [480, 10, 458]],
+            ["handle's width, radius and colour", [handle.width, handle.radius, handle.color], [4, 2, white(0.25)]],
+            ["handle's least height", handle.height, 0.1 * (458 - 6)]
+        ]);
+        machine.listen(many.slice(0, 3));
+        machine.panel.refresh();
+        tryVerify(() => !bar.visible);
     }
 
     function test_digitsAreEquallyWide() {

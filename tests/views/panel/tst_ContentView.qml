@@ -71,6 +71,12 @@ TestCase {
     }
 
     Component {
+        id: arrowComponent
+
+        RefreshArrow {}
+    }
+
+    Component {
         id: tipComponent
 
         HelpTip {}
@@ -142,6 +148,11 @@ TestCase {
         wait(Application.styleHints.mouseDoubleClickInterval + 1);
     }
 
+    // More cards than the panel shows at a time.
+    function manyCards() {
+        return [0, 1, 2, 3, 4, 5, 6, 7].map(row => Object.assign({}, shop, { port: 3000 + row, pid: String(row + 1) }));
+    }
+
     function test_scanningShowsOnlyWithNothingToShow() {
         machine.setSlow(true);
         view = viewComponent.createObject(test, {
@@ -175,6 +186,69 @@ TestCase {
         compare(arrow.rotation, 0, "drawn turned, not turned as a picture");
         machine.setSlow(false);
         tryCompare(arrow, "angle", 0);
+        compare(arrow.rotation, 0);
+    }
+
+    function test_arrowTurnsInWholeTurnsAndOnlyInView() {
+        show([]);
+        const arrow = arrowComponent.createObject(view, { isTurning: true });
+        const resting = findChild(arrow, "resting");
+        tryVerify(() => arrow.turn > 120);
+        arrow.isTurning = false;
+        verify(resting.running);
+        arrow.isTurning = true;
+        verify(!resting.running);
+        tryVerify(() => arrow.turn < 120, 5000, "begins upright");
+        tryVerify(() => arrow.turn > 0);
+        test.Window.window.visible = false;
+        compare(arrow.turn, 0);
+    }
+
+    function test_arrowIsDrawnInSteps() {
+        show([]);
+        const arrow = arrowComponent.createObject(view, { isTurning: false });
+        const angles = [7, 8, 52, 352, 360].map(turn => {
+            arrow.turn = turn;
+            return arrow.angle;
+        });
+        compare(angles, [0, 15, 45, 345, 360]);
+    }
+
+    function test_refreshKeepsItsOwnFocus_data() {
+        return [{ tag: "keyboard", reason: Qt.TabFocusReason, isVisible: true }, { tag: "pointer", reason: Qt.MouseFocusReason, isVisible: false }];
+    }
+
+    function test_refreshKeepsItsOwnFocus(row) {
+        show([shop]);
+        const button = findChild(view, "refresh");
+        button.forceActiveFocus(row.reason);
+        for (let refreshes = 0; refreshes < 2; ++refreshes) {
+            refreshOnce();
+            compare([button.activeFocus, button.visualFocus], [true, row.isVisible]);
+        }
+    }
+
+    // A refresh from the first of its moments to the last.
+    function refreshOnce() {
+        machine.setSlow(true);
+        machine.panel.refresh();
+        tryCompare(findChild(view, "refresh"), "enabled", false);
+        machine.setSlow(false);
+        tryCompare(findChild(view, "refresh"), "enabled", true);
+    }
+
+    function test_refreshTakesNobodysFocus() {
+        show([shop]);
+        const focused = () => test.Window.activeFocusItem;
+        refreshOnce();
+        verify(focused() === view);
+        findChild(view, "refresh").forceActiveFocus(Qt.TabFocusReason);
+        card(0).forceActiveFocus(Qt.TabFocusReason);
+        refreshOnce();
+        verify(focused() === card(0));
+        card(0).focus = false;
+        refreshOnce();
+        verify(!findChild(view, "refresh").activeFocus);
     }
 
     function test_counts() {
@@ -187,6 +261,7 @@ TestCase {
     function test_noLiveCountWhereNothingAnswers() {
         show([api]);
         verify(!findChild(view, "live").visible);
+        verify(!findChild(view, "clock").isRunning, "nothing pulses");
     }
 
     function test_quit() {
@@ -207,6 +282,14 @@ TestCase {
         quit.forceActiveFocus(Qt.TabFocusReason);
         keyClick(row.key);
         compare(machine.log, ["quit"]);
+    }
+
+    function test_quitTellsNothingMoreUnderThePointer() {
+        show([]);
+        const quit = findChild(view, "quit");
+        mouseMove(quit, quit.width / 2, quit.height / 2);
+        verify(quit.hovered);
+        verify(!findChild(quit, "tip").active);
     }
 
     function test_headerAndFooterTell() {
@@ -464,10 +547,16 @@ TestCase {
         const label = labelComponent.createObject(view, {
             isBusy: true
         });
+        const spinner = findChild(label, "killing");
+        const turning = findChild(spinner, "turning");
         compare(label.implicitWidth, 60);
-        verify(findChild(label, "killing").visible);
+        verify(spinner.visible && turning.running);
+        compare([spinner.Accessible.role, spinner.Accessible.name], [Accessible.Animation, "In progress"]);
+        tryVerify(() => spinner.angle > 120);
         label.isBusy = false;
-        verify(!findChild(label, "killing").visible);
+        verify(!spinner.visible && !turning.running);
+        label.isBusy = true;
+        tryVerify(() => spinner.angle < 120, 5000, "each turn is a whole one");
     }
 
     function test_everyControlHasARoleAndAName() {
@@ -490,6 +579,9 @@ TestCase {
         const list = findChild(view, "cards");
         compare(list.Accessible.role, Accessible.List);
         compare(list.Accessible.name, "Listeners");
+        const title = findChild(card(0), "title");
+        compare(title.Accessible.role, Accessible.StaticText);
+        compare(title.Accessible.name, "<b>shop");
         const running = findChild(view, "running");
         compare(running.Accessible.role, Accessible.StaticText);
         compare(running.Accessible.name, "1 running");
@@ -536,7 +628,7 @@ TestCase {
     }
 
     function test_badgeOutOfViewDoesNotPulse() {
-        show([3000, 3001, 3002, 3003, 3004, 3005, 3006, 3007].map(port => Object.assign({}, shop, { port: port })));
+        show(manyCards());
         const badge = findChild(card(0), "badge");
         tryVerify(() => badge.isPulsing);
         findChild(view, "cards").contentY = 63;
@@ -544,6 +636,14 @@ TestCase {
         findChild(view, "cards").contentY = 64;
         verify(card(0) !== null);
         verify(!badge.isPulsing);
+
+        const list = findChild(view, "cards");
+        list.contentY = list.originY - list.topMargin;
+        const row = Array.from(Array(8).keys()).find(row => card(row).y + card(row).height > list.contentY + list.height);
+        list.contentY = card(row).y + 10.5 - list.height;
+        verify(findChild(card(row), "badge").isPulsing);
+        list.contentY = card(row).y + 10 - list.height;
+        verify(!findChild(card(row), "badge").isPulsing);
     }
 
     // It darkens what is right below the card.
@@ -665,6 +765,7 @@ TestCase {
         machine.setKill(1, 60000);
         machine.panel.kill(shop.pid);
         compare([card(0).opacity, card(0).scale], [0.5, 0.98]);
+        verify(!findChild(find("killing"), "turning").running);
         const label = find("killing").parent;
         compare([label.implicitWidth, label.implicitHeight], [60, 20]);
         machine.setKill(1, 0);
@@ -824,6 +925,90 @@ TestCase {
         verify(card(2).activeFocus, "it stays there");
     }
 
+    function test_arrowMovesOnFromTheFirstCardToo() {
+        show([shop, api]);
+        const list = findChild(view, "cards");
+        press(1, "expand");
+        tryCompare(list, "currentIndex", 1);
+        press(0, "expand");
+        tryCompare(list, "currentIndex", 0);
+        keyClick(Qt.Key_Down);
+        verify(card(1).activeFocus);
+    }
+
+    function isInView(row) {
+        const list = findChild(view, "cards");
+        const top = card(row).mapToItem(list, 0, 0).y;
+        return top >= 0 && top + card(row).height <= list.height;
+    }
+
+    function test_arrowsScrollTheCardIntoView() {
+        show(manyCards());
+        card(0).forceActiveFocus(Qt.TabFocusReason);
+        for (let row = 1; row < 8; ++row) {
+            keyClick(Qt.Key_Down);
+            verify(card(row).activeFocus && isInView(row), "down to " + row);
+        }
+        for (let row = 6; row >= 0; --row) {
+            keyClick(Qt.Key_Up);
+            verify(card(row).activeFocus && isInView(row), "up to " + row);
+        }
+    }
+
+    function test_pressDoesNotScroll() {
+        show(manyCards());
+        const list = findChild(view, "cards");
+        const row = 4;
+        list.contentY = card(row).y + card(row).height - 5 - list.height;
+        const place = list.contentY;
+        press(row, "stop");
+        tryCompare(list, "currentIndex", row);
+        wait(1000);
+        compare(list.contentY, place);
+        verify(!isInView(row));
+    }
+
+    function test_listStopsAtItsEnds() {
+        show(manyCards());
+        const list = findChild(view, "cards");
+        const first = list.originY - list.topMargin;
+        compare(list.contentY, first);
+        mousePress(list, 240, 100);
+        for (let y = 110; y < 300; y += 10)
+            mouseMove(list, 240, y, 10);
+        compare(list.contentY, first);
+        mouseRelease(list, 240, 300);
+    }
+
+    function test_cardThatOpenedAndWentDoesNotScroll() {
+        show([shop, api]);
+        const list = findChild(view, "cards");
+        press(0, "expand");
+        tryVerify(() => list.opening === card(0));
+        machine.listen([api]);
+        machine.panel.refresh();
+        tryVerify(() => list.opening === null);
+        const place = list.contentY;
+        list.bringIntoView();
+        compare(list.contentY, place);
+    }
+
+    function test_keysGoToThePanelFirst() {
+        show([shop]);
+        verify(view.activeFocus);
+    }
+
+    function test_frameOfTheWindowIsKnownWhenItIsShown_data() {
+        return [{ tag: "frameless", flags: Qt.FramelessWindowHint, isFrameless: true }, { tag: "framed", flags: Qt.Window, isFrameless: false }];
+    }
+
+    function test_frameOfTheWindowIsKnownWhenItIsShown(row) {
+        const other = createTemporaryObject(windowComponent, test, { flags: row.flags, visible: false });
+        view = viewComponent.createObject(other.contentItem, { panel: machine.panel });
+        other.visible = true;
+        compare(view.isFrameless, row.isFrameless);
+    }
+
     function test_badgePulsesUnlessMotionIsReduced() {
         show([shop]);
         const badge = findChild(card(0), "badge");
@@ -845,8 +1030,14 @@ TestCase {
         machine.listen([shop]);
         press(1, "confirm");
         tryCompare(findChild(view, "cards"), "count", 1);
-        tryVerify(() => !card(0).activeFocus);
+        wait(50);
+        verify(!card(0).activeFocus);
         compare(findChild(card(0), "surface").borderWidth, 1);
+
+        card(0).forceActiveFocus(Qt.TabFocusReason);
+        wait(50);
+        verify(card(0).activeFocus, "the keyboard marks it");
+        compare(findChild(card(0), "surface").borderWidth, 2);
     }
 
     function test_pointerMarksNoCardOfAPanelThatWasInactive() {
@@ -871,6 +1062,7 @@ TestCase {
         keyClick(Qt.Key_Space);
         tryCompare(findChild(card(0), "confirmation"), "scale", 1);
         keyClick(Qt.Key_Tab);
+        outlastClickSequence();
         machine.listen([api]);
         keyClick(Qt.Key_Space);
         tryCompare(findChild(view, "cards"), "count", 1);

@@ -62,6 +62,18 @@ TestCase {
         compare(machine.log, ["register"]);
     }
 
+    function test_accessibilityBusToggles_data() {
+        return [{ tag: "press", act: toggle => toggle.Accessible.pressAction() },
+                { tag: "toggle", act: toggle => toggle.Accessible.toggleAction() }];
+    }
+
+    function test_accessibilityBusToggles(data) {
+        const toggle = findChild(make(false), "toggle");
+        data.act(toggle);
+        verify(toggle.checked);
+        compare(machine.log, ["register"]);
+    }
+
     function test_keyHeldDownTogglesOnce_data() {
         return [{ tag: "return", key: Qt.Key_Return }, { tag: "enter", key: Qt.Key_Enter }];
     }
