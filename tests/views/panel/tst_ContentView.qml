@@ -292,6 +292,18 @@ TestCase {
         verify(!findChild(quit, "tip").active);
     }
 
+    function test_quitIsFainterInAnInactiveWindow() {
+        show([]);
+        const ground = findChild(view, "quit").background;
+        test.Window.window.requestActivate();
+        tryCompare(test.Window.window, "active", true);
+        const opacity = ground.color.a;
+        const other = createTemporaryObject(windowComponent, test, { transientParent: null });
+        other.requestActivate();
+        tryCompare(other, "active", true);
+        verify(ground.color.a < opacity);
+    }
+
     function test_headerAndFooterTell() {
         show([shop, api]);
         compare(shown(findChild(view, "header")), ["Tidewick", "—", "Let me kill your LocalHost", "arrow.clockwise"]);
