@@ -90,6 +90,13 @@ public:
         followColorScheme(isDark ? ColorScheme::dark : ColorScheme::light);
     }
     Q_INVOKABLE static void useDesktopsScheme() { followColorScheme(ColorScheme::any); }
+    /// Gives marked text that colour until a scheme is asked for.
+    Q_INVOKABLE static void useMarkedText(const QColor &color)
+    {
+        QPalette palette = QGuiApplication::palette();
+        palette.setColor(QPalette::HighlightedText, color);
+        QGuiApplication::setPalette(palette);
+    }
     Q_INVOKABLE static bool hasFont(const QString &family)
     {
         return QFontDatabase::hasFamily(family);

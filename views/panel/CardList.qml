@@ -78,11 +78,11 @@ ListView {
 
     // The view moves the focus to the current card; `item` within that card keeps it.
     function makeCurrent(row: int, item: Item) {
-        if (row < 0 || row === currentIndex)
-            return;
-        const reason = isByKeyboard ? Qt.TabFocusReason : Qt.MouseFocusReason;
-        currentIndex = row;
-        item.forceActiveFocus(reason);
+        if (row >= 0 && row !== currentIndex) {
+            const reason = isByKeyboard ? Qt.TabFocusReason : Qt.MouseFocusReason;
+            currentIndex = row;
+            item.forceActiveFocus(reason);
+        }
     }
 
     Colors {

@@ -21,10 +21,8 @@ T.CheckBox {
     implicitWidth: contentItem.implicitWidth + leftPadding
     implicitHeight: contentItem.implicitHeight
     leftPadding: 22
-    focusPolicy: Qt.StrongFocus
     Accessible.role: Accessible.CheckBox
     Accessible.name: text
-    Accessible.checkable: true
     Accessible.checked: checked
     Accessible.onPressAction: press()
     Accessible.onToggleAction: press()

@@ -77,6 +77,12 @@ ItemCase {
         verify(contrast(symbol(toggle, "checkmark").color, toggle.indicator.color) >= 3, "mark");
     }
 
+    function test_markHasTheColourOfMarkedText() {
+        const mark = symbol(findChild(make(true), "toggle"), "checkmark");
+        machine.useMarkedText("#123456");
+        compare(mark.color, Qt.color("#123456"));
+    }
+
     function luminance(color) {
         const part = value => value <= 0.04045 ? value / 12.92 : Math.pow((value + 0.055) / 1.055, 2.4);
         return 0.2126 * part(color.r) + 0.7152 * part(color.g) + 0.0722 * part(color.b);

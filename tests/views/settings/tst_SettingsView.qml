@@ -62,6 +62,21 @@ TestCase {
         compare(machine.log, ["register"]);
     }
 
+    function test_keysGoToTheToggle() {
+        verify(findChild(make(false), "toggle").activeFocus);
+    }
+
+    function test_toggleTellsWhetherItIsOn_data() {
+        return [{ tag: "on", value: true }, { tag: "off", value: false }];
+    }
+
+    function test_toggleTellsWhetherItIsOn(data) {
+        const toggle = findChild(make(data.value), "toggle");
+        const told = toggle.Accessible;
+        compare([told.role, told.name, told.checkable, told.checked], [Accessible.CheckBox, "Launch at Login", true, data.value]);
+        verify(toggle.contentItem.Accessible.ignored);
+    }
+
     function test_accessibilityBusToggles_data() {
         return [{ tag: "press", act: toggle => toggle.Accessible.pressAction() },
                 { tag: "toggle", act: toggle => toggle.Accessible.toggleAction() }];
