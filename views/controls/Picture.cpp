@@ -109,7 +109,6 @@ QSGNode *Picture::updatePaintNode(QSGNode *old, UpdatePaintNodeData * /*data*/)
     // Qt Quick asks this of hidden items too.
     if (pixels.isEmpty() || !isVisible()) {
         delete old;
-        m_isStale = true;
         return nullptr;
     }
     auto *node = static_cast<PictureNode *>(old);

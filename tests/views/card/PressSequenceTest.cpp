@@ -40,7 +40,8 @@ protected:
         sendKey(QEvent::KeyRelease, key, time, true);
         sendKey(QEvent::KeyPress, key, time, true);
     }
-    void click(quint64 time)
+    void click(quint64 time) { clickIn(window, time); }
+    static void clickIn(QQuickWindow &window, quint64 time)
     {
         QMouseEvent event(QEvent::MouseButtonPress, {}, {}, Qt::LeftButton, Qt::LeftButton,
                           Qt::NoModifier);
@@ -89,6 +90,7 @@ TEST_P(PressingKey, thatStaysDownBelongsToItHoweverLateThatIsAsked)
 {
     setInterval(0);
     sendKey(QEvent::KeyPress, GetParam(), start);
+    EXPECT_TRUE(presses.begins());
     repeat(GetParam(), start + 10);
     std::this_thread::sleep_for(std::chrono::milliseconds(5));
     EXPECT_FALSE(presses.begins());
@@ -178,5 +180,6 @@ TEST_F(PressSequenceTest, isOfOneWindow)
     presses.setWindow(&other);
     EXPECT_EQ(changes, 1);
     click(start); // in the window before
+    clickIn(other, start + interval);
     EXPECT_TRUE(presses.begins());
 }

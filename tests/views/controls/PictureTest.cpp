@@ -50,6 +50,7 @@ TEST(SidesOf, isTheWholeWhereThereIsNoMiddle)
     const QList<QRect> whole{{0, 0, 100, 50}};
     EXPECT_EQ(sidesOf({100, 50}, 25, 3), whole);
     EXPECT_EQ(sidesOf({100, 50}, 9, 50), whole);
+    EXPECT_EQ(sidesOf({100, 50}, 24, 49).size(), 4);
 }
 
 class PictureAt : public testing::TestWithParam<double>
