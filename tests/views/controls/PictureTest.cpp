@@ -80,6 +80,16 @@ TEST_P(PictureAt, filledRectangleIsOnePiece)
     const auto pieces = filled.pieces({200, 150}, GetParam());
     ASSERT_EQ(pieces.size(), 1);
     EXPECT_EQ(pieces[0].image, filled.image({200, 150}, GetParam()));
+    EXPECT_EQ(pieces[0].image.pixelColor(0, 0), Qt::white) << "it has square corners by default";
+}
+
+TEST_P(PictureAt, borderWithoutAWidthIsNone)
+{
+    Drawn<RoundedRectangle> filled;
+    filled.setProperty("color", QColor(Qt::white));
+    filled.setProperty("borderColor", QColor(Qt::red));
+    filled.setProperty("borderWidth", 0);
+    EXPECT_EQ(filled.image({200, 150}, GetParam()).pixelColor(100, 0), Qt::white);
 }
 
 TEST_P(PictureAt, piecesOfAShadowShowAllOfIt)
