@@ -77,7 +77,6 @@ void TabularText::elide()
     m_layout = layoutOf(
         isTruncated ? metrics.elidedText(m_text, Qt::ElideRight, std::max(0.0, width() - margins))
                     : m_text);
-    redraw();
     if (isTruncated == m_isTruncated)
         return;
     m_isTruncated = isTruncated;

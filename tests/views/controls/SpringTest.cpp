@@ -17,6 +17,21 @@ TEST(Spring, startsAtRestAndEndsAtItsTarget)
     }
 }
 
+TEST(Spring, isCriticalAtMost)
+{
+    for (const double damping : {1.05, 1.2, 2.0})
+        EXPECT_EQ(springPosition(0.1, 0.3, damping), springPosition(0.1, 0.3, 1));
+}
+
+TEST(Spring, isCriticalByDefault)
+{
+    Spring spring;
+    const int usual = spring.duration();
+    spring.setProperty("response", 0.5);
+    spring.setProperty("dampingFraction", 1);
+    EXPECT_EQ(spring.duration(), usual);
+}
+
 TEST(Spring, solvesTheEquationOfTheDampedOscillator)
 {
     // x'' = w^2 (1 - x) - 2 d w x', by finite differences.

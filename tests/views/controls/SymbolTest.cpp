@@ -96,3 +96,15 @@ TEST(SymbolShape, arrowTurnsAboutTheMiddleOfItsRing)
     EXPECT_NEAR(distance({0, -1}), left, 0.005);
     EXPECT_NEAR(distance({0, 1}), left, 0.005);
 }
+
+TEST(Symbol, tellsOfAnotherSize)
+{
+    Symbol symbol;
+    int changes = 0;
+    QObject::connect(&symbol, &Symbol::sizeChanged, &symbol, [&changes] { ++changes; });
+    for (const int size : {20, 20, 30})
+        symbol.setProperty("size", size);
+    EXPECT_EQ(changes, 2);
+    EXPECT_EQ(symbol.implicitWidth(), 30);
+    EXPECT_EQ(symbol.implicitHeight(), 30);
+}

@@ -554,6 +554,27 @@ TestCase {
         tryCompare(machine.panel, "runningCount", 1);
     }
 
+    // It would be there 200 ms later anyway. This process may be held up, but not always.
+    function test_failedKillBringsTheCardBackAtOnce() {
+        show([shop]);
+        machine.setKill(1, 0);
+        let ended = 0;
+        const times = [];
+        machine.logChanged.connect(() => ended = Date.now());
+        machine.panel.killingPidChanged.connect(() => {
+            if (machine.panel.killingPid === "")
+                times.push(Date.now() - ended);
+        });
+        for (let kill = 0; kill < 10 && !(times[kill - 1] < 100); ++kill) {
+            machine.panel.kill(String(812 + kill));
+            tryVerify(() => times.length > kill);
+        }
+        verify(Math.min(...times) < 100, "after " + times + " ms");
+        const count = times.length;
+        wait(300);
+        compare(times.length, count, "and once");
+    }
+
     function test_labelOfABusyKillIsASpinner() {
         show([]);
         const label = labelComponent.createObject(view, {
