@@ -101,6 +101,21 @@ TEST_F(PortListModelTest, newListenerIsOneInsertion)
     EXPECT_TRUE(changes.filter(QStringLiteral("move")).isEmpty());
 }
 
+TEST_F(PortListModelTest, newPortOfAProcessIsOneInsertion)
+{
+    set(list("3000a 3001a"));
+    set(list("2999a 3000a 3001a"));
+    EXPECT_EQ(changes, QStringList({QStringLiteral("insert 0"), QStringLiteral("update 1"),
+                                    QStringLiteral("update 2")}));
+    EXPECT_EQ(rows(), list("2999a 3000a 3001a"));
+}
+
+TEST_F(PortListModelTest, rowHasNoRowsOfItsOwn)
+{
+    set(list("3000a"));
+    EXPECT_EQ(model.rowCount(model.index(0)), 0);
+}
+
 TEST_F(PortListModelTest, listenerThatIsGoneIsOneRemoval)
 {
     set(list("3000a 5000c 8000b"));

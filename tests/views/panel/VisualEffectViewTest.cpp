@@ -3,7 +3,10 @@
 
 #include <gtest/gtest.h>
 
+#include <QColor>
 #include <QStringList>
+
+#include <utility>
 
 using namespace tidewick;
 
@@ -101,4 +104,56 @@ TEST(FilledVisualEffect, isFainterInAWindowThatIsNotActive)
     FilledVisualEffect fill;
     VisualEffectView(Material::hudWindow, BlendingMode::withinWindow).updateNSView(fill);
     EXPECT_GT(fill.color(Panel::Opaque, true).alphaF(), fill.color(Panel::Opaque, false).alphaF());
+}
+
+namespace
+{
+
+QColor fillOf(Material material, BlendingMode blending, EffectState state, bool emphasized,
+              Panel::Backdrop backdrop, bool isWindowActive)
+{
+    FilledVisualEffect fill;
+    fill.setMaterial(material);
+    fill.setBlendingMode(blending);
+    fill.setState(state);
+    fill.setEmphasized(emphasized);
+    return fill.color(backdrop, isWindowActive);
+}
+
+} // namespace
+
+TEST(FilledVisualEffect, isALightVeilWithinTheWindowFainterWhereItIsInactive)
+{
+    const auto veil = [](Material material, EffectState state, bool isWindowActive) {
+        const QColor color = fillOf(material, BlendingMode::withinWindow, state, false,
+                                    Panel::Blurred, isWindowActive);
+        EXPECT_EQ(color.rgb(), QColor(Qt::white).rgb());
+        return color.alphaF();
+    };
+    for (const auto &[material, opacity] :
+         {std::pair(Material::hudWindow, 0.1), std::pair(Material::fullScreenUI, 0.06)}) {
+        EXPECT_NEAR(veil(material, EffectState::active, false), opacity, 1e-4);
+        EXPECT_NEAR(veil(material, EffectState::inactive, true), 0.6 * opacity, 1e-4);
+        EXPECT_NEAR(veil(material, EffectState::followsWindowActiveState, true), opacity, 1e-4);
+        EXPECT_NEAR(veil(material, EffectState::followsWindowActiveState, false), 0.6 * opacity,
+                    1e-4);
+    }
+}
+
+TEST(FilledVisualEffect, isDarkBehindTheWindowAndOpaqueWhereItIsInactive)
+{
+    for (const auto &[emphasized, dark] :
+         {std::pair(true, QColor(0x1E, 0x1E, 0x20)), std::pair(false, QColor(0x28, 0x28, 0x2A))}) {
+        for (const auto &[backdrop, opacity] :
+             {std::pair(Panel::Opaque, 1.0), std::pair(Panel::Translucent, 0.97),
+              std::pair(Panel::Blurred, 0.78)}) {
+            for (const auto &[state, wanted] :
+                 {std::pair(EffectState::active, opacity), std::pair(EffectState::inactive, 1.0)}) {
+                const QColor color = fillOf(Material::fullScreenUI, BlendingMode::behindWindow,
+                                            state, emphasized, backdrop, true);
+                EXPECT_EQ(color.rgb(), dark.rgb());
+                EXPECT_NEAR(color.alphaF(), wanted, 1e-4);
+            }
+        }
+    }
 }

@@ -1042,6 +1042,18 @@ TestCase {
         compare(view.isFrameless, row.isFrameless);
     }
 
+    function test_panelTellsOnlyOfChanges() {
+        show([]);
+        const changes = [];
+        machine.panel.backdropChanged.connect(() => changes.push("backdrop"));
+        machine.panel.reducesMotionChanged.connect(() => changes.push("motion"));
+        for (const backdrop of [Panel.Blurred, Panel.Blurred, Panel.Opaque])
+            machine.setBackdrop(backdrop);
+        for (const isReduced of [true, true, false])
+            machine.reduceMotion(isReduced);
+        compare(changes, ["backdrop", "backdrop", "motion", "motion"]);
+    }
+
     function test_badgePulsesUnlessMotionIsReduced() {
         show([shop]);
         const badge = findChild(card(0), "badge");
