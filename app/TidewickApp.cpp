@@ -130,7 +130,7 @@ int TidewickApp::run()
         break;
     case InstanceClaim::another:
         if (!m_isAutostarted)
-            SingleInstance::activateOther(m_platformData);
+            instance.activateOther(m_platformData);
         return EXIT_SUCCESS;
     case InstanceClaim::refused:
         std::fputs("tidewick: the session bus refuses the name org.tidewick.Tidewick, so a second "

@@ -48,7 +48,7 @@ QString escaped(const QString &text)
     return result;
 }
 
-/// The text without the blanks around it and without a carriage return at its end.
+/// Blanks around it and a carriage return at its end do not count.
 bool isHeader(const QByteArray &line)
 {
     return line.trimmed() == header;

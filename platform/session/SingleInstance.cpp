@@ -2,9 +2,10 @@
 
 #include "platform/session/ApplicationAdaptor.h"
 
-#include <QDBusConnection>
 #include <QDBusConnectionInterface>
 #include <QDBusMessage>
+
+#include <utility>
 
 namespace tidewick
 {
@@ -31,7 +32,7 @@ QVariantMap takePlatformData()
     return data;
 }
 
-SingleInstance::SingleInstance()
+SingleInstance::SingleInstance(QDBusConnection bus) : m_bus(std::move(bus))
 {
     auto *application = new ApplicationAdaptor(this);
     connect(application, &ApplicationAdaptor::activated, this, &SingleInstance::activated);
@@ -39,28 +40,27 @@ SingleInstance::SingleInstance()
 
 InstanceClaim SingleInstance::claim()
 {
-    QDBusConnection bus = QDBusConnection::sessionBus();
-    if (!bus.isConnected())
+    if (!m_bus.isConnected())
         return InstanceClaim::noBus;
-    bus.connect(QString(), QStringLiteral("/org/freedesktop/DBus/Local"),
-                QStringLiteral("org.freedesktop.DBus.Local"), QStringLiteral("Disconnected"), this,
-                SIGNAL(sessionEnded()));
+    m_bus.connect(QString(), QStringLiteral("/org/freedesktop/DBus/Local"),
+                  QStringLiteral("org.freedesktop.DBus.Local"), QStringLiteral("Disconnected"),
+                  this, SIGNAL(sessionEnded()));
     // Comes before the name, because others may call as soon as they see the name.
-    bus.registerObject(applicationPath, this, QDBusConnection::ExportAdaptors);
-    if (bus.registerService(applicationId))
+    m_bus.registerObject(applicationPath, this, QDBusConnection::ExportAdaptors);
+    if (m_bus.registerService(applicationId))
         return InstanceClaim::first;
-    return bus.interface()->isServiceRegistered(applicationId) ? InstanceClaim::another
-                                                               : InstanceClaim::refused;
+    return m_bus.interface()->isServiceRegistered(applicationId) ? InstanceClaim::another
+                                                                 : InstanceClaim::refused;
 }
 
-void SingleInstance::activateOther(const QVariantMap &platformData)
+void SingleInstance::activateOther(const QVariantMap &platformData) const
 {
     auto call = QDBusMessage::createMethodCall(applicationId, applicationPath,
                                                QStringLiteral("org.freedesktop.Application"),
                                                QStringLiteral("Activate"));
     call.setAutoStartService(false);
     call << platformData;
-    QDBusConnection::sessionBus().call(call, QDBus::Block, answerTimeoutMs);
+    m_bus.call(call, QDBus::Block, answerTimeoutMs);
 }
 
 } // namespace tidewick

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QDBusConnection>
 #include <QObject>
 #include <QVariantMap>
 
@@ -22,18 +23,21 @@ class SingleInstance : public QObject
     Q_OBJECT
 
 public:
-    SingleInstance();
+    explicit SingleInstance(QDBusConnection bus = QDBusConnection::sessionBus());
 
     InstanceClaim claim();
 
     /// Asks the first instance to show its panel. Waits for its answer, at most two seconds.
-    static void activateOther(const QVariantMap &platformData);
+    void activateOther(const QVariantMap &platformData) const;
 
 Q_SIGNALS:
     /// The user started the program again, or the bus did on the user's behalf.
     void activated(const QVariantMap &platformData);
     /// The session has ended, because its bus is gone.
     void sessionEnded();
+
+private:
+    QDBusConnection m_bus;
 };
 
 } // namespace tidewick

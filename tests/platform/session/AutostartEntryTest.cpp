@@ -81,6 +81,21 @@ TEST_F(AutostartEntryTest, startsTheRunningProgramOnceRegistered)
     EXPECT_EQ(written.value(QStringLiteral("OnlyShowIn")), std::nullopt);
 }
 
+TEST_F(AutostartEntryTest, writesAnEntryThatEveryDesktopUnderstands)
+{
+    EXPECT_EQ(entry.registerItem(), std::nullopt);
+    EXPECT_EQ(read(user), "[Desktop Entry]\n"
+                          "Type=Application\n"
+                          "Name=Tidewick\n"
+                          "Comment=Local development servers in the status bar\n"
+                          "Icon=org.tidewick.Tidewick\n"
+                          "Exec=env TIDEWICK_AUTOSTARTED=1 \"/bin/true\"\n"
+                          "TryExec=/bin/true\n"
+                          "Terminal=false\n"
+                          "X-LXQt-Need-Tray=true\n"
+                          "X-GNOME-Autostart-enabled=true\n");
+}
+
 TEST_F(AutostartEntryTest, leavesNothingWhenUnregistered)
 {
     entry.registerItem();

@@ -90,34 +90,69 @@ class FakePortal : public QObject
 
 public:
     uint scheme = 1;
+    bool hasGnomeAnimations = true;
+    QString plasmaFactor = QStringLiteral("1");
 
 public Q_SLOTS:
     // NOLINTNEXTLINE(readability-identifier-naming): the name is the interface's.
     QDBusVariant Read(const QString &group, const QString &key)
     {
-        const bool isScheme = group == QStringLiteral("org.freedesktop.appearance") &&
-                              key == QStringLiteral("color-scheme");
-        const QVariant value = isScheme ? QVariant(scheme) : QVariant(true);
+        const QHash<QString, QVariant> settings{
+            {QStringLiteral("org.freedesktop.appearance color-scheme"), scheme},
+            {QStringLiteral("org.gnome.desktop.interface enable-animations"), hasGnomeAnimations},
+            {QStringLiteral("org.kde.kdeglobals.KDE AnimationDurationFactor"), plasmaFactor}};
+        const QVariant value = settings.value(group + QLatin1Char(' ') + key);
         return QDBusVariant(QVariant::fromValue(QDBusVariant(value))); // as the real one wraps it
     }
 };
 
-} // namespace
-
-TEST(DesktopAppearance, followsThePortal)
+class DesktopAppearanceTest : public testing::Test
 {
+protected:
+    void SetUp() override
+    {
+        connection.registerObject(QStringLiteral("/org/freedesktop/portal/desktop"), &portal,
+                                  QDBusConnection::ExportAllSlots);
+        ASSERT_TRUE(connection.registerService(QStringLiteral("org.freedesktop.portal.Desktop")));
+    }
+
     PrivateBus bus;
     FakePortal portal;
     QDBusConnection connection = bus.connect();
-    connection.registerObject(QStringLiteral("/org/freedesktop/portal/desktop"), &portal,
-                              QDBusConnection::ExportAllSlots);
-    ASSERT_TRUE(connection.registerService(QStringLiteral("org.freedesktop.portal.Desktop")));
+};
+
+} // namespace
+
+TEST_F(DesktopAppearanceTest, readsThatMotionIsToBeReduced)
+{
+    for (const bool isGnome : {true, false}) {
+        portal.hasGnomeAnimations = !isGnome;
+        portal.plasmaFactor = isGnome ? QStringLiteral("1") : QStringLiteral("0");
+        DesktopAppearance appearance(bus.connect());
+        bool isReduced = false;
+        appearance.observe([&isReduced](const Surroundings &surroundings) {
+            isReduced = surroundings.reducesMotion || isReduced;
+        });
+        EXPECT_TRUE(waitUntil([&isReduced] { return isReduced; })) << isGnome;
+    }
+}
+
+TEST_F(DesktopAppearanceTest, tellsANewObserverAtOnce)
+{
+    DesktopAppearance appearance(bus.connect());
+    int told = 0;
+    appearance.observe([&told](const Surroundings & /*surroundings*/) { ++told; });
+    EXPECT_EQ(told, 1);
+}
+
+TEST_F(DesktopAppearanceTest, followsThePortal)
+{
     DesktopAppearance appearance(bus.connect());
     Surroundings last;
     appearance.observe([&last](const Surroundings &surroundings) { last = surroundings; });
     EXPECT_EQ(last.colorScheme, ColorScheme::any);
     EXPECT_TRUE(waitUntil([&last] { return last.colorScheme == ColorScheme::dark; }));
-    const auto change = [&connection](const char *group, const char *key, const QVariant &value) {
+    const auto change = [this](const char *group, const char *key, const QVariant &value) {
         auto signal = QDBusMessage::createSignal(QStringLiteral("/org/freedesktop/portal/desktop"),
                                                  QStringLiteral("org.freedesktop.portal.Settings"),
                                                  QStringLiteral("SettingChanged"));

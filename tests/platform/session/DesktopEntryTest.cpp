@@ -86,6 +86,18 @@ TEST(DesktopEntry, byteOrderMarkHidesNoGroup)
     EXPECT_EQ(entry.toText(), "\xef\xbb\xbf[Desktop Entry]\nHidden=true\nExec=x\n");
 }
 
+TEST(DesktopEntry, groupEndsWithTheNextHeader)
+{
+    const DesktopEntry entry("[Desktop Entry]\nA=1\n[X]\nB=2\n[Y]\nC=3\n");
+    EXPECT_EQ(entry.value(QStringLiteral("A")), QStringLiteral("1"));
+    EXPECT_EQ(entry.value(QStringLiteral("B")), std::nullopt);
+}
+
+TEST(DesktopEntry, escapeAtTheEndIsUndone)
+{
+    EXPECT_EQ(DesktopEntry("[Desktop Entry]\nExec=a\\\\\n").value(exec), QStringLiteral("a\\"));
+}
+
 TEST(DesktopEntry, trailingBackslashStaysOne)
 {
     EXPECT_EQ(DesktopEntry("[Desktop Entry]\nExec=a\\\n").value(exec), QStringLiteral("a\\"));
