@@ -17,14 +17,19 @@ namespace
 class RelaunchTest : public testing::Test
 {
 protected:
-    /// A program that leaves the number of its open descriptors in `trace`.
+    /// A program that leaves in `trace` the number of its open descriptors, its blocked signals,
+    /// and how its session and its process are called.
     RelaunchTest()
     {
         QFile file(program);
         if (!file.open(QIODevice::WriteOnly))
             throw std::runtime_error("cannot write the program");
-        file.write("#!/bin/sh\nset -- /proc/$$/fd/*\necho $# >" + trace.toLocal8Bit() +
-                   ".new && mv " + trace.toLocal8Bit() + ".new " + trace.toLocal8Bit() + "\n");
+        file.write("#!/bin/sh\nset -- /proc/$$/fd/*\n"
+                   "blocked=$(sed -n 's/^SigBlk:.//p' /proc/$$/status)\n"
+                   "session=$(cut -d ' ' -f 6 /proc/$$/stat)\n"
+                   "echo $# $blocked $session $$ >" +
+                   trace.toLocal8Bit() + ".new && mv " + trace.toLocal8Bit() + ".new " +
+                   trace.toLocal8Bit() + "\n");
         file.setPermissions(QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
     }
 
@@ -36,14 +41,14 @@ protected:
         return old.readLine().trimmed();
     }
 
-    QByteArray takeTrace() const
+    QList<QByteArray> takeTrace() const
     {
         QFile file(trace);
-        if (!file.open(QIODevice::ReadOnly))
-            return {};
-        QByteArray text = file.readAll();
+        if (!waitUntil([&file] { return file.exists(); }) || !file.open(QIODevice::ReadOnly))
+            return QList<QByteArray>(4);
+        const QByteArray text = file.readAll();
         file.remove();
-        return text;
+        return text.trimmed().split(' ');
     }
 
     QTemporaryDir directory;
@@ -72,12 +77,22 @@ TEST_F(RelaunchTest, startsItEvenWhereTheOldProcessIsKilled)
 TEST_F(RelaunchTest, handsNoDescriptorOn)
 {
     QProcess::execute(program);
-    const int asAnyProgram = takeTrace().trimmed().toInt();
+    const int asAnyProgram = takeTrace()[0].toInt();
     ASSERT_GT(asAnyProgram, 0);
     ASSERT_EQ(ask(program), "yes");
     old.closeWriteChannel();
-    ASSERT_TRUE(waitUntil([this] { return QFile::exists(trace); }));
-    EXPECT_LE(takeTrace().trimmed().toInt(), asAnyProgram);
+    const int descriptors = takeTrace()[0].toInt();
+    EXPECT_GT(descriptors, 0);
+    EXPECT_LE(descriptors, asAnyProgram);
+}
+
+TEST_F(RelaunchTest, startsItWithNoSignalBlockedInASessionOfItsOwn)
+{
+    ASSERT_EQ(ask(program), "yes");
+    old.closeWriteChannel();
+    const QList<QByteArray> words = takeTrace();
+    EXPECT_EQ(words[1], "0000000000000000");
+    EXPECT_EQ(words[2], words[3]);
 }
 
 TEST_F(RelaunchTest, refusesWhatIsNoProgram)
