@@ -26,6 +26,25 @@ namespace
     std::_Exit(1);
 }
 
+[[noreturn]] void receiveAfterwards()
+{
+    {
+        const TerminationSignals signals;
+    }
+    raise(SIGTERM);
+    std::_Exit(1);
+}
+
+/// How often a signal is told within so much time.
+int countFor(int milliseconds, TerminationSignals &signals)
+{
+    int received = 0;
+    QObject::connect(&signals, &TerminationSignals::received, &signals, [&] { ++received; });
+    waitUntil([] { return false; }, milliseconds);
+    QObject::disconnect(&signals, nullptr, &signals, nullptr);
+    return received;
+}
+
 } // namespace
 
 TEST(TerminationSignals, areToldOnTheMainThread)
@@ -37,6 +56,31 @@ TEST(TerminationSignals, areToldOnTheMainThread)
     EXPECT_EQ(received, 0);
     EXPECT_TRUE(waitUntil([&] { return received == 1; }));
     alarm(0);
+}
+
+TEST(TerminationSignals, areToldOnceEach)
+{
+    TerminationSignals signals;
+    EXPECT_EQ(countFor(50, signals), 0);
+    raise(SIGTERM);
+    EXPECT_EQ(countFor(50, signals), 1);
+    raise(SIGTERM);
+    EXPECT_EQ(countFor(50, signals), 1);
+    alarm(0);
+}
+
+TEST(TerminationSignals, thatWereIgnoredStayIgnored)
+{
+    signal(SIGHUP, SIG_IGN); // as nohup(1) does
+    TerminationSignals signals;
+    raise(SIGHUP);
+    EXPECT_EQ(countFor(50, signals), 0);
+    signal(SIGHUP, SIG_DFL);
+}
+
+TEST(TerminationSignals, endTheProgramAfterwards)
+{
+    EXPECT_EXIT(receiveAfterwards(), testing::KilledBySignal(SIGTERM), "");
 }
 
 TEST(TerminationSignals, endAProgramThatIsStuck)
