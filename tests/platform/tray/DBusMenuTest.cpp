@@ -141,6 +141,17 @@ TEST_F(DBusMenuTest, isMadeAnewWhenATrayIsAboutToShowIt)
     EXPECT_EQ(menu->GetProperty(1, label).variant(), title);
 }
 
+TEST_F(DBusMenuTest, isMadeAnewOnlyAsAWhole)
+{
+    EXPECT_FALSE(menu->AboutToShow(0)) << "nobody makes it";
+    int made = 0;
+    menu->setWanted([&made] { ++made; });
+    EXPECT_FALSE(menu->AboutToShow(1));
+    EXPECT_EQ(made, 0);
+    menu->AboutToShow(0);
+    EXPECT_EQ(made, 1);
+}
+
 TEST_F(DBusMenuTest, isMadeForATrayThatReadsItBeforeItsFirstShow)
 {
     menu->setItems({});

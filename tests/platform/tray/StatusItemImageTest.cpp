@@ -69,6 +69,12 @@ bool isYellow(const QColor &color)
     return isVisible(color) && color.red() > 200 && color.green() > 150 && color.blue() < 100;
 }
 
+bool isInk(const QColor &color)
+{
+    return isVisible(color) && std::abs(color.red() - statusInk.red()) < 30 &&
+           std::abs(color.green() - statusInk.green()) < 30;
+}
+
 bool isWhite(const QColor &color)
 {
     return isVisible(color) && color.red() > 200 && color.green() > 200 && color.blue() > 200;
@@ -103,8 +109,14 @@ TEST(StatusItemImage, badgeStaysInsideTheSquareAtEverySizeAndNumber)
             const QImage image = badgedStatusImage(redIcon(), points, title(text), side);
             EXPECT_EQ(image.size(), QSize(side, side));
             const QRect digits = extent(image, isWhite);
-            EXPECT_TRUE(image.rect().adjusted(0, 0, -1, -1).contains(digits))
+            EXPECT_TRUE(image.rect().adjusted(1, 1, -1, -1).contains(digits))
                 << text << " at " << side;
+            const QRect box = extent(image, isInk);
+            EXPECT_EQ(box.bottomRight(), image.rect().bottomRight()) << text << " at " << side;
+            EXPECT_TRUE(box.contains(digits)) << text << " at " << side;
+            const int left = digits.left() - box.left();
+            const int right = box.right() - digits.right();
+            EXPECT_LE(std::abs(left - right), 1 + side / 16) << text << " at " << side;
         }
     }
 }
@@ -142,6 +154,16 @@ TEST(StatusItemImage, iconKeepsItsSizeAndHeightBesideASingleDigit)
             extent(badgedStatusImage(emblemIcon(), points, title("12"), side), isRed);
         EXPECT_NEAR(above.center().x(), emblem.center().x(), 1) << side;
     }
+}
+
+TEST(StatusItemImage, badgeHasRoundCorners)
+{
+    const QImage image = badgedStatusImage(redIcon(), points, title("3"), 64);
+    const QRect box = extent(image, isInk);
+    const int radius = box.height() / 4;
+    EXPECT_EQ(image.pixelColor(box.bottomRight()).alpha(), 0);
+    EXPECT_TRUE(isInk(image.pixelColor(box.bottomRight() - QPoint(radius, 0))));
+    EXPECT_TRUE(isInk(image.pixelColor(box.bottomRight() - QPoint(0, radius))));
 }
 
 TEST(StatusItemImage, badgesOfDifferentNumbersDiffer)

@@ -1,4 +1,5 @@
 #include "tests/platform/tray/TrayOnABus.h"
+#include "platform/tray/DBusMenu.h"
 #include "platform/tray/StatusNotifierItem.h"
 
 #include <QDBusConnectionInterface>
@@ -91,6 +92,58 @@ TEST_F(ItemOnABus, menuHasNoOtherEntriesElsewhere)
     show("panel-2-systray");
     item->openMenu({{QStringLiteral("Quit Tidewick"), {}, {}}});
     EXPECT_EQ(title(1), QStringLiteral("Quit Tidewick"));
+}
+
+TEST_F(ItemOnABus, menuTellsWhatItIs)
+{
+    show("panel-2-systray");
+    const QDBusMessage answer =
+        ask(tray, QStringLiteral("/StatusNotifierItem/Menu"),
+            QStringLiteral("org.freedesktop.DBus.Properties"), QStringLiteral("GetAll"),
+            {QStringLiteral("com.canonical.dbusmenu")});
+    const auto properties = qdbus_cast<QVariantMap>(answer.arguments().value(0));
+    EXPECT_EQ(properties.value(QStringLiteral("Version")), 3U);
+    EXPECT_EQ(properties.value(QStringLiteral("TextDirection")), QStringLiteral("ltr"));
+    EXPECT_EQ(properties.value(QStringLiteral("Status")), QStringLiteral("normal"));
+}
+
+TEST_F(ItemOnABus, menuAnswersInGroups)
+{
+    show("panel-2-systray");
+    int chosen = 0;
+    item->openMenu({{QStringLiteral("Settings"),
+                     {},
+                     [&chosen] {
+                         ++chosen;
+                     }},
+                    {QStringLiteral("Quit"), {}, {}}});
+    const QDBusMessage entries =
+        askMenu(tray, "GetGroupProperties",
+                {QVariant::fromValue(QList<int>{2}), QStringList(QStringLiteral("label"))});
+    const auto told = qdbus_cast<QList<DBusMenuProperties>>(entries.arguments().value(0));
+    ASSERT_EQ(told.size(), 1);
+    EXPECT_EQ(told[0].id, 2);
+    EXPECT_EQ(told[0].properties.value(QStringLiteral("label")), QStringLiteral("Quit"));
+
+    const QDBusMessage shown =
+        askMenu(tray, "AboutToShowGroup", {QVariant::fromValue(QList<int>{0, 9})});
+    EXPECT_EQ(qdbus_cast<QList<int>>(shown.arguments().value(1)), QList<int>({9}));
+
+    const DBusMenuEvent clicked{1, QStringLiteral("clicked"), QDBusVariant(QString()), 0};
+    const DBusMenuEvent unknown{9, QStringLiteral("clicked"), QDBusVariant(QString()), 0};
+    const QDBusMessage events =
+        askMenu(tray, "EventGroup", {QVariant::fromValue(QList<DBusMenuEvent>{clicked, unknown})});
+    EXPECT_EQ(qdbus_cast<QList<int>>(events.arguments().value(0)), QList<int>({9}));
+    EXPECT_TRUE(waitUntil([&chosen] { return chosen == 1; }));
+}
+
+TEST_F(ItemOnABus, questionAboutAnUnknownEntryIsAnError)
+{
+    show("panel-2-systray");
+    const QDBusMessage answer = askMenu(tray, "GetProperty", {99, QStringLiteral("label")});
+    EXPECT_EQ(answer.type(), QDBusMessage::ErrorMessage);
+    EXPECT_EQ(answer.errorName(), QStringLiteral("org.freedesktop.DBus.Error.InvalidArgs"));
+    EXPECT_EQ(answer.errorMessage(), QStringLiteral("There is no entry 99"));
 }
 
 TEST_F(ItemOnABus, isShownByAHostThatTellsOfItself)

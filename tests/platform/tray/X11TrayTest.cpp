@@ -1,6 +1,7 @@
 #include "platform/tray/X11Tray.h"
 #include "platform/tray/DesktopStatusItem.h"
 #include "platform/tray/StatusItemImage.h"
+#include "platform/tray/StatusNotifierItemAdaptor.h"
 #include "platform/tray/TrayIconItem.h"
 #include "tests/platform/tray/FakeTray.h"
 #include "tests/platform/tray/TrayOnABus.h"
@@ -89,6 +90,16 @@ protected:
     bool getsIcon(bool isInTray)
     {
         return waitUntil([this, isInTray] { return x11->hasIcon() == isInTray; });
+    }
+
+    template <class Click>
+    bool hasEventOnlyDuringItsAction(Click click)
+    {
+        std::optional<ClickEvent> event;
+        item->setAction([&] { event = item->currentEvent(); });
+        click();
+        return waitUntil([&] { return event.has_value(); }) &&
+               event->type == ClickType::leftMouseUp && !item->currentEvent();
     }
 
     std::optional<FakeTray> x11{std::in_place};
@@ -190,6 +201,37 @@ TEST_F(ChoiceOfTray, iconFollowsToANewTray)
     FakeTray another;
     EXPECT_TRUE(waitUntil([&] { return another.hasIcon(); }));
     EXPECT_TRUE(getsIcon(false));
+}
+
+TEST_F(ChoiceOfTray, iconShowsItsTitleAndTellsOfClicks)
+{
+    x11.emplace(FakeTray::Visual::withAlpha);
+    startItem();
+    ASSERT_TRUE(getsIcon(true));
+    item->setAttributedTitle({.text = QStringLiteral("7")});
+    EXPECT_TRUE(waitUntil(
+        [this] { return x11->picture() == expected(QStringLiteral("7"), FakeTray::side); }));
+    EXPECT_TRUE(hasEventOnlyDuringItsAction([this] { x11->press(1, {5, 7}); }));
+}
+
+TEST_F(ChoiceOfTray, hostIsToldTheToolTipAndTellsOfClicks)
+{
+    startWatcher("panel-2-systray");
+    startItem();
+    ASSERT_TRUE(waitUntil([this] { return item->isInTray(); }));
+    item->setToolTip(QStringLiteral("Tidewick"), QStringLiteral("7 services"));
+    const QDBusMessage answer =
+        ask(tray, QStringLiteral("/StatusNotifierItem"),
+            QStringLiteral("org.freedesktop.DBus.Properties"), QStringLiteral("Get"),
+            {QStringLiteral("org.kde.StatusNotifierItem"), QStringLiteral("ToolTip")});
+    const auto toolTip =
+        qdbus_cast<DBusToolTip>(answer.arguments().value(0).value<QDBusVariant>().variant());
+    EXPECT_EQ(toolTip.title, QStringLiteral("Tidewick"));
+    EXPECT_EQ(toolTip.text, QStringLiteral("7 services"));
+    EXPECT_TRUE(hasEventOnlyDuringItsAction([this] {
+        ask(tray, QStringLiteral("/StatusNotifierItem"),
+            QStringLiteral("org.kde.StatusNotifierItem"), QStringLiteral("Activate"), {1, 2});
+    }));
 }
 
 TEST_F(ChoiceOfTray, hostThatShowsTheItemTakesItFromTheX11Tray)
