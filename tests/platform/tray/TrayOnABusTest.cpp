@@ -21,7 +21,11 @@ protected:
     {
         startWatcher(host);
         item = std::make_unique<StatusNotifierItem>(
-            [this](const ClickEvent &event) { clicks.append(event); }, bus.address());
+            [this](const ClickEvent &event) {
+                clicks.append(event);
+                lastToken = qgetenv("XDG_ACTIVATION_TOKEN");
+            },
+            bus.address());
     }
     /// The same, when it is known if a bar shows it.
     void show(const char *host)
@@ -38,6 +42,27 @@ protected:
                 {QStringLiteral("org.kde.StatusNotifierItem"), QLatin1String(name)});
         return answer.arguments().value(0).value<QDBusVariant>().variant();
     }
+    QVariantMap all(const char *path, const char *interface)
+    {
+        const QDBusMessage answer =
+            ask(tray, QLatin1String(path), QStringLiteral("org.freedesktop.DBus.Properties"),
+                QStringLiteral("GetAll"), {QLatin1String(interface)});
+        return qdbus_cast<QVariantMap>(answer.arguments().value(0));
+    }
+    void showNumber(const QString &number)
+    {
+        StatusItemState state;
+        state.image = QImage(36, 36, QImage::Format_ARGB32_Premultiplied);
+        state.image.fill(Qt::black);
+        state.points = {18, 18};
+        state.title.text = number;
+        item->show(state);
+    }
+    void click(const char *method)
+    {
+        ask(tray, QStringLiteral("/StatusNotifierItem"),
+            QStringLiteral("org.kde.StatusNotifierItem"), QLatin1String(method), {3, 4});
+    }
     /// The title of the menu's entry `id`.
     QString title(int id)
     {
@@ -51,6 +76,7 @@ protected:
 
     std::unique_ptr<StatusNotifierItem> item;
     QList<ClickEvent> clicks;
+    QByteArray lastToken; // of those
 };
 
 } // namespace
@@ -94,14 +120,69 @@ TEST_F(ItemOnABus, menuHasNoOtherEntriesElsewhere)
     EXPECT_EQ(title(1), QStringLiteral("Quit Tidewick"));
 }
 
+TEST_F(ItemOnABus, tellsWhatItIs)
+{
+    show("panel-2-systray");
+    const QVariantMap properties = all("/StatusNotifierItem", "org.kde.StatusNotifierItem");
+    EXPECT_EQ(properties.value(QStringLiteral("Category")), QStringLiteral("ApplicationStatus"));
+    EXPECT_EQ(properties.value(QStringLiteral("Id")), QStringLiteral("tidewick"));
+    EXPECT_EQ(properties.value(QStringLiteral("Title")), QStringLiteral("Tidewick"));
+    EXPECT_EQ(properties.value(QStringLiteral("Status")), QStringLiteral("Active"));
+    EXPECT_EQ(properties.value(QStringLiteral("WindowId")), 0);
+    EXPECT_EQ(properties.value(QStringLiteral("ItemIsMenu")), false);
+}
+
+TEST_F(ItemOnABus, hasALabelWhereTheHostShowsIt)
+{
+    show("gnome-shell");
+    showNumber(QStringLiteral("7"));
+    EXPECT_EQ(property("XAyatanaLabel"), QStringLiteral("7"));
+}
+
+TEST_F(ItemOnABus, hasNoLabelElsewhere)
+{
+    show("panel-2-systray");
+    showNumber(QStringLiteral("7"));
+    EXPECT_FALSE(property("XAyatanaLabel").isValid());
+}
+
+TEST_F(ItemOnABus, tellsOfEachKindOfClick)
+{
+    show("panel-2-systray");
+    click("SecondaryActivate");
+    ASSERT_TRUE(waitUntil([this] { return clicks.size() == 1; }));
+    EXPECT_EQ(clicks[0].type, ClickType::leftMouseUp);
+    EXPECT_EQ(clicks[0].position, QPoint(3, 4));
+    askMenu(tray, "AboutToShow", {0});
+    ASSERT_TRUE(waitUntil([this] { return clicks.size() == 2; }));
+    EXPECT_EQ(clicks[1].type, ClickType::rightMouseUp);
+    EXPECT_EQ(clicks[1].position, std::nullopt);
+}
+
+TEST_F(ItemOnABus, clickHasTheTokenThatCameBeforeIt)
+{
+    show("panel-2-systray");
+    ask(tray, QStringLiteral("/StatusNotifierItem"), QStringLiteral("org.kde.StatusNotifierItem"),
+        QStringLiteral("ProvideXdgActivationToken"), {QStringLiteral("token")});
+    click("Activate");
+    ASSERT_TRUE(waitUntil([this] { return clicks.size() == 1; }));
+    EXPECT_EQ(lastToken, "token");
+}
+
+TEST_F(ItemOnABus, menuNamesItsKeysAsTheHostReadsThem)
+{
+    show("plasmashell");
+    item->openMenu({{QStringLiteral("Settings"), QStringLiteral(","), {}}});
+    const QDBusMessage answer = askMenu(tray, "GetProperty", {1, QStringLiteral("shortcut")});
+    EXPECT_EQ(
+        qdbus_cast<QList<QStringList>>(answer.arguments().value(0).value<QDBusVariant>().variant()),
+        QList<QStringList>({{QStringLiteral("Control"), QStringLiteral(",")}}));
+}
+
 TEST_F(ItemOnABus, menuTellsWhatItIs)
 {
     show("panel-2-systray");
-    const QDBusMessage answer =
-        ask(tray, QStringLiteral("/StatusNotifierItem/Menu"),
-            QStringLiteral("org.freedesktop.DBus.Properties"), QStringLiteral("GetAll"),
-            {QStringLiteral("com.canonical.dbusmenu")});
-    const auto properties = qdbus_cast<QVariantMap>(answer.arguments().value(0));
+    const QVariantMap properties = all("/StatusNotifierItem/Menu", "com.canonical.dbusmenu");
     EXPECT_EQ(properties.value(QStringLiteral("Version")), 3U);
     EXPECT_EQ(properties.value(QStringLiteral("TextDirection")), QStringLiteral("ltr"));
     EXPECT_EQ(properties.value(QStringLiteral("Status")), QStringLiteral("normal"));

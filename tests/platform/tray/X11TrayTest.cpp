@@ -219,6 +219,7 @@ TEST_F(ChoiceOfTray, hostIsToldTheToolTipAndTellsOfClicks)
     startWatcher("panel-2-systray");
     startItem();
     ASSERT_TRUE(waitUntil([this] { return item->isInTray(); }));
+    item->setToolTip(QStringLiteral("Tidewick"), QStringLiteral("6 services"));
     item->setToolTip(QStringLiteral("Tidewick"), QStringLiteral("7 services"));
     const QDBusMessage answer =
         ask(tray, QStringLiteral("/StatusNotifierItem"),
