@@ -129,20 +129,22 @@ TEST_F(DesktopAppearanceTest, readsThatMotionIsToBeReduced)
         portal.hasGnomeAnimations = !isGnome;
         portal.plasmaFactor = isGnome ? QStringLiteral("1") : QStringLiteral("0");
         DesktopAppearance appearance(bus.connect());
-        bool isReduced = false;
-        appearance.observe([&isReduced](const Surroundings &surroundings) {
-            isReduced = surroundings.reducesMotion || isReduced;
-        });
-        EXPECT_TRUE(waitUntil([&isReduced] { return isReduced; })) << isGnome;
+        Surroundings last;
+        appearance.observe([&last](const Surroundings &surroundings) { last = surroundings; });
+        // The colour scheme is read last.
+        EXPECT_TRUE(waitUntil([&last] { return last.colorScheme == ColorScheme::dark; }));
+        EXPECT_TRUE(last.reducesMotion) << isGnome;
     }
 }
 
 TEST_F(DesktopAppearanceTest, tellsANewObserverAtOnce)
 {
     DesktopAppearance appearance(bus.connect());
-    int told = 0;
-    appearance.observe([&told](const Surroundings & /*surroundings*/) { ++told; });
-    EXPECT_EQ(told, 1);
+    QList<ColorScheme> told;
+    appearance.observe(
+        [&told](const Surroundings &surroundings) { told.append(surroundings.colorScheme); });
+    EXPECT_EQ(told, QList<ColorScheme>{ColorScheme::any});
+    EXPECT_TRUE(waitUntil([&told] { return told.last() == ColorScheme::dark; }));
 }
 
 TEST_F(DesktopAppearanceTest, followsThePortal)
