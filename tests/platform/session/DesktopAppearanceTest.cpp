@@ -127,7 +127,7 @@ TEST_F(DesktopAppearanceTest, readsThatMotionIsToBeReduced)
 {
     for (const bool isGnome : {true, false}) {
         portal.hasGnomeAnimations = !isGnome;
-        portal.plasmaFactor = isGnome ? QStringLiteral("1") : QStringLiteral("0");
+        portal.plasmaFactor = isGnome ? QString() : QStringLiteral("0");
         DesktopAppearance appearance(bus.connect());
         Surroundings last;
         appearance.observe([&last](const Surroundings &surroundings) { last = surroundings; });
