@@ -6,8 +6,8 @@ PlainButton {
     id: button
 
     required property bool isLoading
-    // A refresh disables it, which takes the focus away. Qt gives it back, but then for another
-    // reason, so that a keyboard's focus would no longer be visible.
+    // Why the user gave it the focus. A refresh disables it, and Qt takes the focus away until the
+    // end. Then Qt gives it for another reason, with which the keyboard's frame would be missing.
     property int givenFor: Qt.NoFocusReason
 
     Colors {
