@@ -250,5 +250,27 @@ int main(int count, char **)
                              {wrong})
 
 
+class KeyTest(unittest.TestCase):
+    """Which mistake of an earlier run a mistake is."""
+
+    @staticmethod
+    def key(lines):
+        text = "\n".join(lines)
+        start = text.index("mistaken")
+        mutation = mutants.mutations("scan/A.cpp", "bool a() { return 1 == 2; }")[0]
+        return mutants.Mutant("scan/A.cpp", text,
+                              mutation._replace(start=start, end=start + 8, text="")).key
+
+    def test_ten_lines_around_it_tell(self):
+        lines = [f"line {n}" for n in range(30)]
+        lines[15] = "a mistaken line"
+        keys = [self.key(lines[:n] + ["another"] + lines[n + 1:]) for n in (4, 5, 25, 26)]
+        usual = self.key(lines)
+        self.assertEqual([key == usual for key in keys], [True, False, False, True])
+
+    def test_the_same_mistake_is_another_one_elsewhere_in_the_line(self):
+        self.assertNotEqual(self.key(["a mistaken line"]), self.key(["mistaken line"]))
+
+
 if __name__ == "__main__":
     unittest.main()
