@@ -173,6 +173,23 @@ TEST_F(AutostartEntryTest, entryMaskedByALinkToNothingIsReplaced)
     EXPECT_FALSE(QFileInfo(file(user)).isSymLink());
 }
 
+TEST_F(AutostartEntryTest, entryThatIsALinkToAFileStaysOne)
+{
+    write(user, usable);
+    const QString target = root.filePath(QStringLiteral("dotfile"));
+    ASSERT_TRUE(QFile::rename(file(user), target) && QFile::link(target, file(user)));
+    EXPECT_EQ(entry.registerItem(), std::nullopt);
+    EXPECT_EQ(QFile::symLinkTarget(file(user)), target);
+    EXPECT_TRUE(read(user).contains("TryExec=/bin/true\n"));
+}
+
+TEST_F(AutostartEntryTest, entryThatFailsWhileItIsReadIsRefused)
+{
+    QDir().mkpath(user + QLatin1String("/autostart"));
+    ASSERT_TRUE(QFile::link(QStringLiteral("/proc/self/mem"), file(user)));
+    EXPECT_EQ(entry.registerItem(), QStringLiteral("Input/output error"));
+}
+
 TEST_F(AutostartEntryTest, pipeInItsPlaceIsNotWaitedFor)
 {
     QDir().mkpath(user + QLatin1String("/autostart"));

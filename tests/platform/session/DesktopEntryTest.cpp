@@ -40,6 +40,13 @@ TEST(DesktopEntry, removesEveryLineOfAKey)
     EXPECT_EQ(entry.toText(), "[Desktop Entry]\nName=a\n");
 }
 
+TEST(DesktopEntry, escapesWhatALineCannotHoldOrAReaderSkips)
+{
+    DesktopEntry entry;
+    entry.setValue(exec, QStringLiteral("  a\\b\n\tc\r"));
+    EXPECT_EQ(entry.toText(), "[Desktop Entry]\nExec=\\s a\\\\b\\n\\tc\\r\n");
+}
+
 struct TextRow
 {
     const char *name;

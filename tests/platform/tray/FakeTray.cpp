@@ -30,6 +30,7 @@ FakeTray::FakeTray(Visual visual, QRgb background)
     xcb_connection_t *const x = m_x.get();
     const bool hasAlpha = visual == Visual::withAlpha;
     const xcb_visualid_t id = hasAlpha ? visualWithAlpha(m_screen) : m_screen->root_visual;
+    const xcb_visualid_t wanted = visual == Visual::unknown ? XCB_NONE : id;
     const xcb_colormap_t colors = xcb_generate_id(x);
     xcb_create_colormap(x, XCB_COLORMAP_ALLOC_NONE, colors, m_screen->root, id);
     const std::array<uint32_t, 5> values = {background, 0, 1, XCB_EVENT_MASK_SUBSTRUCTURE_NOTIFY,
@@ -43,9 +44,9 @@ FakeTray::FakeTray(Visual visual, QRgb background)
     xcb_map_window(x, m_window);
     xcb_set_selection_owner(x, m_window, atom(x, "_NET_SYSTEM_TRAY_S0"), XCB_CURRENT_TIME);
     // As some trays do, after it became the owner.
-    if (hasAlpha)
+    if (wanted != m_screen->root_visual)
         xcb_change_property(x, XCB_PROP_MODE_REPLACE, m_window, atom(x, "_NET_SYSTEM_TRAY_VISUAL"),
-                            XCB_ATOM_VISUALID, 32, 1, &id);
+                            XCB_ATOM_VISUALID, 32, 1, &wanted);
     announce(m_window);
 }
 
@@ -98,6 +99,34 @@ void FakeTray::resizeIcon(int width, int height)
                                           static_cast<uint32_t>(height)};
     xcb_configure_window(m_x.get(), m_icon, XCB_CONFIG_WINDOW_WIDTH | XCB_CONFIG_WINDOW_HEIGHT,
                          size.data());
+    xcb_flush(m_x.get());
+}
+
+QByteArray FakeTray::property(const char *name)
+{
+    const auto cookie = xcb_get_property(m_x.get(), 0, m_icon, atom(m_x.get(), name),
+                                         XCB_GET_PROPERTY_TYPE_ANY, 0, 64);
+    const auto reply = owned(xcb_get_property_reply(m_x.get(), cookie, nullptr));
+    if (!reply)
+        return {};
+    return {static_cast<const char *>(xcb_get_property_value(reply.get())),
+            xcb_get_property_value_length(reply.get())};
+}
+
+int FakeTray::border()
+{
+    const auto geometry =
+        owned(xcb_get_geometry_reply(m_x.get(), xcb_get_geometry(m_x.get(), m_icon), nullptr));
+    return geometry ? geometry->border_width : -1;
+}
+
+void FakeTray::uncover()
+{
+    const xcb_gcontext_t context = xcb_generate_id(m_x.get());
+    xcb_create_gc(m_x.get(), context, m_icon, 0, nullptr);
+    const xcb_rectangle_t all = {0, 0, side, side};
+    xcb_poly_fill_rectangle(m_x.get(), m_icon, context, 1, &all);
+    xcb_clear_area(m_x.get(), 1, m_icon, 0, 0, 0, 0);
     xcb_flush(m_x.get());
 }
 

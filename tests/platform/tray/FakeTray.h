@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QByteArray>
 #include <QImage>
 #include <QPoint>
 #include <QRgb>
@@ -13,7 +14,7 @@
 class FakeTray
 {
 public:
-    enum class Visual { ofTheScreen, withAlpha };
+    enum class Visual { ofTheScreen, withAlpha, unknown };
     static constexpr int side = 30;
     static constexpr QPoint place{100, 200}; // of the icon on the screen
 
@@ -25,6 +26,12 @@ public:
     /// Whether it has an icon now; takes a new one.
     bool hasIcon();
     void resizeIcon(int width, int height);
+    /// The icon's property of this name; empty if it has none.
+    QByteArray property(const char *name);
+    /// The width of the border that the server draws around the icon.
+    int border();
+    /// Draws over the icon and tells it that it has to draw itself anew.
+    void uncover();
     /// The icon's own pixels, and nothing behind it.
     QImage picture();
     /// Tells the icon of a press on it, `offset` from its corner.

@@ -1,7 +1,10 @@
 #include "tests/platform/tray/TrayOnABus.h"
 #include "platform/tray/DBusMenu.h"
+#include "platform/tray/StatusItemImage.h"
 #include "platform/tray/StatusNotifierItem.h"
+#include "platform/tray/StatusNotifierItemAdaptor.h"
 
+#include <QCursor>
 #include <QDBusConnectionInterface>
 #include <QDBusVariant>
 
@@ -49,15 +52,16 @@ protected:
                 QStringLiteral("GetAll"), {QLatin1String(interface)});
         return qdbus_cast<QVariantMap>(answer.arguments().value(0));
     }
-    void showNumber(const QString &number)
+    static StatusItemState stateWithNumber(const QString &number)
     {
         StatusItemState state;
         state.image = QImage(36, 36, QImage::Format_ARGB32_Premultiplied);
         state.image.fill(Qt::black);
         state.points = {18, 18};
         state.title.text = number;
-        item->show(state);
+        return state;
     }
+    void showNumber(const QString &number) { item->show(stateWithNumber(number)); }
     void click(const char *method)
     {
         ask(tray, QStringLiteral("/StatusNotifierItem"),
@@ -99,9 +103,61 @@ TEST_F(ItemOnABus, nameDoesNotWinOverThePixels)
     EXPECT_EQ(property("IconThemePath"), QString());
 }
 
+TEST_F(ItemOnABus, iconHasItsPixelsInEachSizeAsTheHostShowsThem)
+{
+    const StatusItemState state = stateWithNumber(QStringLiteral("7"));
+    const auto pictures = [&](const auto &draw) {
+        QList<QByteArray> pixels;
+        for (const int side : {16, 22, 24, 32, 48, 64})
+            pixels.append(DBusPixmap::fromImage(draw(side)).pixels);
+        return pixels;
+    };
+    const auto shown = [&](const char *host, const QString &number) {
+        show(host);
+        showNumber(number);
+        QList<QByteArray> pixels;
+        for (const DBusPixmap &pixmap : qdbus_cast<QList<DBusPixmap>>(property("IconPixmap")))
+            pixels.append(pixmap.pixels);
+        item.reset();
+        tray.unregisterService(QStringLiteral("org.kde.StatusNotifierWatcher"));
+        return pixels;
+    };
+    const auto plain =
+        pictures([&](int side) { return plainStatusImage(state.image, state.points, side); });
+    EXPECT_EQ(shown("gnome-shell", state.title.text), plain);
+    EXPECT_EQ(shown("panel-2-systray", {}), plain);
+    EXPECT_EQ(shown("waybar", {}), plain);
+    EXPECT_EQ(shown("waybar", state.title.text), pictures([&](int side) {
+                  return wideStatusImage(state.image, state.points, state.title, side);
+              }));
+    EXPECT_EQ(shown("panel-2-systray", state.title.text), pictures([&](int side) {
+                  return badgedStatusImage(state.image, state.points, state.title, side);
+              }));
+}
+
+TEST_F(ItemOnABus, iconAndToolTipStayWhereTheHostChanges)
+{
+    show("panel-2-systray");
+    StatusItemState state = stateWithNumber(QStringLiteral("7"));
+    state.toolTipTitle = QStringLiteral("Tidewick");
+    item->show(state);
+    tray.unregisterService(QStringLiteral("org.kde.StatusNotifierWatcher"));
+    ASSERT_TRUE(becomesShown(false));
+    startWatcher("gnome-shell");
+    ASSERT_TRUE(becomesShown(true));
+    EXPECT_EQ(qdbus_cast<DBusToolTip>(property("ToolTip")).title, QStringLiteral("Tidewick"));
+    EXPECT_EQ(qdbus_cast<QList<DBusPixmap>>(property("IconPixmap")).size(), 6);
+    EXPECT_EQ(property("XAyatanaLabel"), QStringLiteral("7"));
+}
+
 TEST_F(ItemOnABus, menuOpensThePanelWhereNoClickDoes)
 {
     show("ayatana-indicat");
+    QCursor::setPos(30, 40);
+    askMenu(tray, "AboutToShow", {0});
+    ASSERT_TRUE(waitUntil([this] { return !clicks.isEmpty(); }));
+    clicks.clear();
+    QCursor::setPos(50, 60);
     item->openMenu({{QStringLiteral("Quit Tidewick"), {}, {}}});
     EXPECT_EQ(title(1), QStringLiteral("Show Tidewick"));
     EXPECT_EQ(title(2), QStringLiteral("Quit Tidewick"));
@@ -111,6 +167,7 @@ TEST_F(ItemOnABus, menuOpensThePanelWhereNoClickDoes)
     EXPECT_TRUE(waitUntil([this] { return !clicks.isEmpty(); }));
     EXPECT_EQ(clicks.value(0).type, ClickType::leftMouseUp);
     EXPECT_TRUE(clicks.value(0).isInMenu);
+    EXPECT_EQ(clicks.value(0).position, QPoint(30, 40)) << "where the menu was asked for";
 }
 
 TEST_F(ItemOnABus, menuHasNoOtherEntriesElsewhere)

@@ -8,9 +8,11 @@
 
 #include <QApplication>
 #include <QMenu>
+#include <QMouseEvent>
 #include <QPainter>
 #include <QToolTip>
 
+#include <algorithm>
 #include <chrono>
 #include <memory>
 #include <optional>
@@ -145,6 +147,59 @@ TEST_F(IconInTray, isDrawnInTheSizeOfItsWindow)
     EXPECT_TRUE(looksLike(onTray(expected({}, 24), {40, 24}, {8, 0})));
 }
 
+TEST_F(IconInTray, isDrawnAnewWhenItWasCovered)
+{
+    show(FakeTray::Visual::withAlpha);
+    const QImage picture = expected({}, FakeTray::side);
+    ASSERT_TRUE(looksLike(picture));
+    tray->uncover();
+    EXPECT_TRUE(looksLike(picture));
+}
+
+TEST_F(IconInTray, hasTheScreensColoursWhereTheTraysAreUnknown)
+{
+    show(FakeTray::Visual::unknown);
+    EXPECT_TRUE(
+        looksLike(onTray(expected({}, FakeTray::side), {FakeTray::side, FakeTray::side}, {0, 0})));
+}
+
+TEST_F(IconInTray, tellsTheTrayWhatItIs)
+{
+    show(FakeTray::Visual::ofTheScreen);
+    const auto numbers = [this](const char *property) {
+        QList<uint32_t> numbers(tray->property(property).size() / 4);
+        const QByteArray bytes = tray->property(property);
+        std::copy_n(bytes.data(), numbers.size() * 4, reinterpret_cast<char *>(numbers.data()));
+        return numbers;
+    };
+    EXPECT_EQ(tray->property("WM_CLASS"), QByteArray("tidewick\0tidewick\0", 18));
+    EXPECT_EQ(numbers("_XEMBED_INFO"), QList<uint32_t>({0, 1})) << "version 0, to be shown";
+    QList<uint32_t> hints(18);
+    hints[0] = 1 << 4; // the smallest size follows
+    hints[5] = hints[6] = 22;
+    EXPECT_EQ(numbers("WM_NORMAL_HINTS"), hints);
+    EXPECT_EQ(tray->border(), 0);
+}
+
+TEST_F(IconInTray, staysAliveWhenThePointerLeaves)
+{
+    show(FakeTray::Visual::withAlpha);
+    tray->movePointer(XCB_ENTER_NOTIFY);
+    tray->movePointer(XCB_LEAVE_NOTIFY);
+    tray->press(1, {5, 7});
+    ASSERT_TRUE(waitUntil([this] { return !clicks.isEmpty(); }));
+    item->show(stateWithNumber(QStringLiteral("5")));
+    EXPECT_TRUE(looksLike(expected(QStringLiteral("5"), FakeTray::side)));
+}
+
+TEST_F(IconInTray, showsNoToolTipOnceItIsPressed)
+{
+    show(FakeTray::Visual::ofTheScreen);
+    tray->movePointer(XCB_ENTER_NOTIFY);
+    tray->press(1, {5, 7});
+    EXPECT_FALSE(waitUntil([] { return QToolTip::isVisible(); }, 1500));
+}
+
 TEST_F(IconInTray, tellsOfClicksWithThePlaceOfItsMiddle)
 {
     show(FakeTray::Visual::ofTheScreen);
@@ -165,7 +220,7 @@ TEST_F(IconInTray, opensAMenuWithItsEntries)
 {
     show(FakeTray::Visual::ofTheScreen);
     bool isChosen = false;
-    item->openMenu({{QStringLiteral("Settings..."), QStringLiteral(","), {}},
+    item->openMenu({{QStringLiteral("Settings..."), QStringLiteral(","), {}, false},
                     {},
                     {QStringLiteral("Quit Tidewick"), {}, [&isChosen] {
                          isChosen = true;
@@ -175,9 +230,40 @@ TEST_F(IconInTray, opensAMenuWithItsEntries)
     };
     ASSERT_TRUE(waitUntil([&] { return menu() != nullptr; }));
     ASSERT_EQ(menu()->actions().size(), 3);
-    EXPECT_EQ(menu()->actions()[0]->text(), QStringLiteral("Settings..."));
+    const QAction *const settings = menu()->actions()[0];
+    EXPECT_EQ(settings->text(), QStringLiteral("Settings..."));
+    EXPECT_EQ(settings->shortcut(), QKeySequence(QStringLiteral("Ctrl+,")));
+    EXPECT_TRUE(settings->isShortcutVisibleInContextMenu());
+    EXPECT_FALSE(settings->isEnabled());
     EXPECT_TRUE(menu()->actions()[1]->isSeparator());
+    EXPECT_TRUE(menu()->actions()[2]->isEnabled());
+    EXPECT_TRUE(menu()->actions()[2]->shortcut().isEmpty());
     menu()->actions()[2]->trigger();
+    EXPECT_TRUE(waitUntil([&] { return isChosen; }));
+
+    menu()->close();
+    item->openMenu({{QStringLiteral("Quit Tidewick"), {}, {}}});
+    ASSERT_TRUE(waitUntil([&] { return menu() != nullptr; }));
+    EXPECT_EQ(menu()->actions().size(), 1);
+}
+
+TEST_F(IconInTray, menuTakesThePressOnAnEntry)
+{
+    show(FakeTray::Visual::ofTheScreen);
+    bool isChosen = false;
+    item->openMenu({{QStringLiteral("Quit Tidewick"), {}, [&isChosen] {
+                         isChosen = true;
+                     }}});
+    QWidget *menu = nullptr;
+    ASSERT_TRUE(waitUntil([&] { return (menu = QApplication::activePopupWidget()) != nullptr; }));
+    const QPoint entry = menu->rect().center();
+    const auto send = [&](QEvent::Type type, Qt::MouseButtons buttons) {
+        QMouseEvent event(type, entry, menu->mapToGlobal(entry), Qt::LeftButton, buttons,
+                          Qt::NoModifier);
+        QCoreApplication::sendEvent(menu, &event);
+    };
+    send(QEvent::MouseButtonPress, Qt::LeftButton);
+    send(QEvent::MouseButtonRelease, Qt::NoButton);
     EXPECT_TRUE(waitUntil([&] { return isChosen; }));
 }
 
@@ -233,6 +319,28 @@ TEST_F(ChoiceOfTray, hostIsToldTheToolTipAndTellsOfClicks)
         ask(tray, QStringLiteral("/StatusNotifierItem"),
             QStringLiteral("org.kde.StatusNotifierItem"), QStringLiteral("Activate"), {1, 2});
     }));
+}
+
+TEST_F(ChoiceOfTray, menuOpensInTheTrayThatHasTheIcon)
+{
+    startItem();
+    item->setMenu({{QStringLiteral("Quit Tidewick"), {}, {}}});
+    ASSERT_TRUE(getsIcon(true));
+    item->performClick();
+    const auto menu = [] {
+        return qobject_cast<QMenu *>(QApplication::activePopupWidget());
+    };
+    ASSERT_TRUE(waitUntil([&] { return menu() != nullptr; }));
+    EXPECT_EQ(menu()->actions()[0]->text(), QStringLiteral("Quit Tidewick"));
+    menu()->close();
+
+    startWatcher("panel-2-systray");
+    ASSERT_TRUE(getsIcon(false));
+    item->performClick();
+    const QDBusMessage answer = askMenu(tray, "GetProperty", {1, QStringLiteral("label")});
+    EXPECT_EQ(answer.arguments().value(0).value<QDBusVariant>().variant(),
+              QStringLiteral("Quit Tidewick"));
+    EXPECT_FALSE(waitUntil([&] { return menu() != nullptr; }, 500));
 }
 
 TEST_F(ChoiceOfTray, hostThatShowsTheItemTakesItFromTheX11Tray)
