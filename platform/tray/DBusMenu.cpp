@@ -12,7 +12,6 @@ namespace
 
 void registerTypes()
 {
-    qDBusRegisterMetaType<QList<int>>();
     qDBusRegisterMetaType<QList<QStringList>>();
     qDBusRegisterMetaType<DBusMenuProperties>();
     qDBusRegisterMetaType<QList<DBusMenuProperties>>();

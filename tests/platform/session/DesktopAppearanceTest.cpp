@@ -147,6 +147,20 @@ TEST_F(DesktopAppearanceTest, tellsANewObserverAtOnce)
     EXPECT_TRUE(waitUntil([&told] { return told.last() == ColorScheme::dark; }));
 }
 
+TEST_F(DesktopAppearanceTest, tellsOnlyWhatHasChanged)
+{
+    DesktopAppearance appearance(bus.connect());
+    int told = 0;
+    Surroundings last;
+    appearance.observe([&](const Surroundings &surroundings) {
+        ++told;
+        last = surroundings;
+    });
+    // The colour scheme is read last.
+    EXPECT_TRUE(waitUntil([&last] { return last.colorScheme == ColorScheme::dark; }));
+    EXPECT_EQ(told, 2);
+}
+
 TEST_F(DesktopAppearanceTest, followsThePortal)
 {
     DesktopAppearance appearance(bus.connect());
