@@ -165,7 +165,6 @@ QImage wideStatusImage(const QImage &icon, QSize points, const StatusTitle &titl
     QImage image = emptyImage(
         static_cast<int>(std::ceil(textLeft + metrics.horizontalAdvance(title.text))), height);
     QPainter painter(&image);
-    painter.setRenderHint(QPainter::Antialiasing);
     drawIcon(painter, icon, iconSize, iconLeft, height);
     painter.setFont(font);
     painter.setPen(statusInk);

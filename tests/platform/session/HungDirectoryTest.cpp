@@ -11,6 +11,7 @@
 #include <QFile>
 #include <QTemporaryDir>
 
+#include <csignal>
 #include <sys/resource.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -91,6 +92,25 @@ TEST_F(HungDirectory, holdsUpNothingButItsOwnQuestion)
     EXPECT_TRUE(waitUntil([&] { return !opened.isEmpty(); }));
     EXPECT_FALSE(waitUntil([&] { return opened.size() > 1; }, 3000));
     EXPECT_EQ(opened, QList<QUrl>({QUrl::fromLocalFile(directory.path())}));
+}
+
+TEST_F(HungDirectory, childEndsOnASignalThatThisProcessHandles)
+{
+    const auto handled = [](const QString &process) {
+        QFile file(process + QStringLiteral("/status"));
+        file.open(QIODevice::ReadOnly);
+        const QByteArray text = file.readAll();
+        return text.mid(text.indexOf("SigCgt:") + 8, 16).toULongLong(nullptr, 16);
+    };
+    constexpr quint64 termination = 1ULL << (SIGTERM - 1);
+    const auto before = std::signal(SIGTERM, [](int) {});
+    ASSERT_TRUE((handled(QStringLiteral("/proc/self")) & termination) != 0);
+    DirectoryCheck check;
+    check.start(hungDirectory, [](bool) {});
+    ASSERT_TRUE(waitUntil([&] { return !hangingChildren().isEmpty(); }));
+    const QString child = hangingChildren().first();
+    EXPECT_TRUE(waitUntil([&] { return (handled(child) & termination) == 0; }));
+    std::signal(SIGTERM, before);
 }
 
 TEST_F(HungDirectory, isNoDirectoryAfterTheTimeout)

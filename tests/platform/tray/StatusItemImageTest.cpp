@@ -3,6 +3,8 @@
 
 #include <gtest/gtest.h>
 
+#include <QFontMetricsF>
+#include <QGuiApplication>
 #include <QPainter>
 
 #include <algorithm>
@@ -164,6 +166,19 @@ TEST(StatusItemImage, badgeHasRoundCorners)
     EXPECT_EQ(image.pixelColor(box.bottomRight()).alpha(), 0);
     EXPECT_TRUE(isInk(image.pixelColor(box.bottomRight() - QPoint(radius, 0))));
     EXPECT_TRUE(isInk(image.pixelColor(box.bottomRight() - QPoint(0, radius))));
+    const QRect corner(box.bottomRight() - QPoint(radius, radius), box.bottomRight());
+    const QRect smooth = extent(image.copy(corner), [](const QColor &color) {
+        return color.alpha() > 10 && color.alpha() < 245;
+    });
+    EXPECT_FALSE(smooth.isEmpty()) << "it has steps";
+}
+
+TEST(StatusItemImage, nothingOfTheIconIsAboveTheBadge)
+{
+    for (const int side : sides) {
+        const QImage image = badgedStatusImage(emblemIcon(), points, title("3"), side);
+        EXPECT_LT(extent(image, isYellow).right(), extent(image, isInk).left()) << side;
+    }
 }
 
 TEST(StatusItemImage, badgesOfDifferentNumbersDiffer)
@@ -184,6 +199,22 @@ TEST(StatusItemImage, wideImageHasIconThenTitleSideBySide)
         EXPECT_GT(text.left(), icon.right());
         EXPECT_GE(text.height(), side * 4 / 10);
     }
+}
+
+TEST(StatusItemImage, titleStandsBesideTheMiddleOfTheIcon)
+{
+    constexpr int side = 66; // three pixels a point
+    const StatusTitle shown = title("8");
+    const QImage image = wideStatusImage(redIcon(), points, shown, side);
+    const QRect icon = extent(image, isRed);
+    const QRect text =
+        extent(image, [](const QColor &color) { return isVisible(color) && !isRed(color); });
+    EXPECT_NEAR(text.center().y(), icon.center().y(), 4);
+    QFont font = QGuiApplication::font();
+    font.setPixelSize(static_cast<int>(std::lround(3 * shown.pointSize)));
+    font.setWeight(shown.weight);
+    const qreal bearing = QFontMetricsF(font).leftBearing(QLatin1Char('8'));
+    EXPECT_NEAR(text.left() - icon.right() - 1, 4 * 3 + bearing, 1.5);
 }
 
 TEST(StatusItemImage, wideImageGrowsWithItsTitle)
