@@ -24,19 +24,29 @@ namespace
 
 const wl_interface someGlobal{"tidewick_test_global", 1, 0, nullptr, 0, nullptr};
 
-/// An output of 1920x1200 pixels that stands upright.
-void tellOfOutput(wl_client *client, void * /*data*/, uint32_t version, uint32_t number)
+/// How an output of 1920x1200 pixels stands.
+struct Turned
 {
+    const char *name;
+    wl_output_transform transform;
+};
+
+Turned upright{"upright", WL_OUTPUT_TRANSFORM_90};
+Turned upsideDown{"upside down", WL_OUTPUT_TRANSFORM_180};
+
+void tellOfOutput(wl_client *client, void *data, uint32_t version, uint32_t number)
+{
+    const auto &turned = *static_cast<const Turned *>(data);
     wl_resource *const output =
         wl_resource_create(client, &wl_output_interface, static_cast<int>(version), number);
-    wl_output_send_geometry(output, 0, 0, 0, 0, 0, "", "", WL_OUTPUT_TRANSFORM_90);
+    wl_output_send_geometry(output, 0, 0, 0, 0, 0, "", "", turned.transform);
     wl_output_send_mode(output, 0, 640, 480, 0);
     wl_output_send_mode(output, WL_OUTPUT_MODE_CURRENT, 1920, 1200, 0);
-    wl_output_send_name(output, "upright");
+    wl_output_send_name(output, turned.name);
     wl_output_send_done(output);
 }
 
-/// A compositor in a thread of its own, which offers one interface beside an output.
+/// A compositor in a thread of its own, which offers one interface beside two outputs.
 class TestCompositor
 {
 public:
@@ -44,7 +54,8 @@ public:
         : m_display(wl_display_create(), &wl_display_destroy)
     {
         wl_global_create(m_display.get(), &someGlobal, 1, nullptr, [](auto...) {});
-        wl_global_create(m_display.get(), &wl_output_interface, 4, nullptr, tellOfOutput);
+        for (Turned *const output : {&upright, &upsideDown})
+            wl_global_create(m_display.get(), &wl_output_interface, 4, output, tellOfOutput);
         EXPECT_EQ(wl_display_add_socket(m_display.get(), socket), 0);
         m_thread = std::thread([this] {
             while (!m_isEnding) {
@@ -99,7 +110,8 @@ TEST_F(CompositorTest, offersWhatItTells)
 TEST_F(CompositorTest, tellsThePixelsOfItsOutputsAsTheyStand)
 {
     const TestCompositor compositor(socket);
-    const QHash<QString, QSize> expected{{QStringLiteral("upright"), QSize(1200, 1920)}};
+    const QHash<QString, QSize> expected{{QStringLiteral("upright"), QSize(1200, 1920)},
+                                         {QStringLiteral("upside down"), QSize(1920, 1200)}};
     EXPECT_EQ(outputPixels(5s), expected);
 }
 
