@@ -97,9 +97,7 @@ std::unique_ptr<QTextLayout> TabularText::layoutOf(const QString &text) const
     option.setUseDesignMetrics(true);
     layout->setTextOption(option);
     layout->beginLayout();
-    QTextLine line = layout->createLine();
-    if (line.isValid())
-        line.setNumColumns(static_cast<int>(text.size()));
+    layout->createLine();
     layout->endLayout();
     return layout;
 }
