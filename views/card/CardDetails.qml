@@ -11,7 +11,7 @@ Column {
     readonly property bool hasDirectory: facts.workingDirectory !== ""
 
     // How far below its top the row of values has its baseline, whatever the fonts.
-    readonly property real line: Math.ceil(Math.max(proportional.ascent, fixed.ascent))
+    readonly property real line: Math.ceil(Math.max(pid.ascent, script.ascent))
 
     signal reveal
     // The button that had the focus goes.
@@ -24,24 +24,12 @@ Column {
         id: colors
     }
 
-    FontMetrics {
-        id: proportional
-
-        font.pixelSize: 12
-    }
-
-    FontMetrics {
-        id: fixed
-
-        font.family: "monospace"
-        font.pixelSize: 12
-    }
-
     // A caption and its value on one line; hidden if there is no value.
     component Labelled: Item {
         id: labelled
 
         required property real line
+        property alias ascent: value.baselineOffset
         property alias caption: caption.text
         property alias value: value.text
         property alias color: value.color
@@ -94,6 +82,8 @@ Column {
         spacing: 14
 
         Process {
+            id: pid
+
             line: details.line
             caption: "PID"
             value: details.facts.pidFigure
@@ -107,6 +97,8 @@ Column {
         }
 
         Labelled {
+            id: script
+
             line: details.line
             caption: "Script"
             value: details.facts.script

@@ -90,6 +90,8 @@ LooksCase {
         const lines = [["lead", "port", "framework"], ["memory", "cpu", "uptime"], ["PID", "PID caption", "MEM", "MEM caption", "Script", "Script caption"]];
         for (const line of lines)
             check(line.map(name => ["baseline of " + name, lineOf(find(0, name)), lineOf(find(0, line[0]))]));
+        const tops = lines[2].map(name => find(0, name).y);
+        verify(Math.min(...tops) >= 0 && Math.min(...tops) < 1, "the highest text is at the top");
         // A column takes up its rows' heights with the next frame.
         for (const row of [0, 1])
             tryVerify(() => card(row).height === Math.round(card(row).height), 3000, "whole height of card " + row);
