@@ -623,6 +623,31 @@ LooksCase {
         compare(machine.inkOf(figure), whole);
     }
 
+    // Marks may be heaped on a letter to write over what stands above it.
+    function test_marksStayInTheirLine() {
+        show([]);
+        const frame = createTemporaryObject(heap, test);
+        const mark = frame.children[0];
+        verify(machine.weightOf(mark, 0) > 0);
+        compare(machine.weightOf(mark, 3), machine.weightOf(mark, 0));
+    }
+
+    Component {
+        id: heap
+
+        Rectangle {
+            width: 200
+            height: 200
+            color: "black"
+
+            PlainText {
+                x: 90
+                y: 90
+                text: "Z" + "\u0301".repeat(40)
+            }
+        }
+    }
+
     Component {
         id: digits
 

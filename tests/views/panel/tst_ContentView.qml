@@ -948,14 +948,18 @@ TestCase {
         tryVerify(() => card(0).isExpanded);
     }
 
-    function test_arrowMovesOnFromWhereThePointerPressed() {
+    function test_arrowMovesOnFromWhereThePointerPressed_data() {
+        return [{ tag: "down", key: Qt.Key_Down, row: 2 }, { tag: "up", key: Qt.Key_Up, row: 0 }];
+    }
+
+    function test_arrowMovesOnFromWhereThePointerPressed(arrow) {
         show([shop, api, Object.assign({}, api, { port: 7001, pid: "100" })]);
         press(1, "expand");
         tryCompare(findChild(view, "cards"), "currentIndex", 1);
-        keyClick(Qt.Key_Down);
-        verify(card(2).activeFocus);
+        keyClick(arrow.key);
+        verify(card(arrow.row).activeFocus);
         wait(50);
-        verify(card(2).activeFocus, "it stays there");
+        verify(card(arrow.row).activeFocus, "it stays there");
     }
 
     function test_arrowMovesOnFromTheFirstCardToo() {
