@@ -19,8 +19,8 @@ class Margins
 public:
     explicit Margins(const QFont &font) : m_metrics(font)
     {
-        for (char digit = '0'; digit <= '9'; ++digit)
-            m_widest = std::max(m_widest, m_metrics.horizontalAdvance(QLatin1Char(digit)));
+        for (const QChar digit : QStringLiteral("0123456789"))
+            m_widest = std::max(m_widest, m_metrics.horizontalAdvance(digit));
     }
 
     qreal operator()(QChar character) const
@@ -59,9 +59,8 @@ void TabularText::layOut()
     m_layout = layoutOf(m_text);
     m_indent = m_text.isEmpty() ? 0 : Margins(m_font)(m_text[0]);
     const QTextLine line = m_layout->lineAt(0);
-    if (line.isValid())
-        setBaselineOffset(line.ascent());
-    setImplicitSize(line.isValid() ? std::ceil(m_indent + line.naturalTextWidth()) : 0,
+    setBaselineOffset(line.ascent());
+    setImplicitSize(std::ceil(m_indent + line.naturalTextWidth()),
                     std::ceil(QFontMetricsF(m_font).height()));
     elide();
     redraw();

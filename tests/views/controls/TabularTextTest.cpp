@@ -37,6 +37,7 @@ TEST(TabularText, hasAHeightAndABaselineAndNoWidthWithoutText)
     EXPECT_EQ(text.implicitHeight(), std::ceil(metrics.height()));
     EXPECT_NEAR(DrawnText(QStringLiteral("x")).baselineOffset(), metrics.ascent(), 1);
     EXPECT_FALSE(TabularText().isTruncated());
+    EXPECT_GT(TabularText().implicitHeight(), 0);
 }
 
 TEST(TabularText, digitsAreAllAsWide)
