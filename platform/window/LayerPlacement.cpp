@@ -7,22 +7,18 @@ namespace tidewick
 namespace
 {
 
-/// What a bar at `edge` leaves free if it reaches just beyond `anchor`.
-QRect freeOfBar(Qt::Edge edge, std::optional<QPoint> anchor, QRect screen)
+/// What a bar of one point at `edge` leaves free.
+QRect freeOfBar(Qt::Edge edge, const QRect &screen)
 {
     switch (edge) {
     case Qt::TopEdge:
-        screen.setTop(anchor ? anchor->y() + 1 : screen.top() + 1);
-        break;
+        return screen.adjusted(0, 1, 0, 0);
     case Qt::BottomEdge:
-        screen.setBottom(anchor ? anchor->y() - 1 : screen.bottom() - 1);
-        break;
+        return screen.adjusted(0, 0, 0, -1);
     case Qt::LeftEdge:
-        screen.setLeft(anchor ? anchor->x() + 1 : screen.left() + 1);
-        break;
+        return screen.adjusted(1, 0, 0, 0);
     case Qt::RightEdge:
-        screen.setRight(anchor ? anchor->x() - 1 : screen.right() - 1);
-        break;
+        return screen.adjusted(0, 0, -1, 0);
     }
     return screen;
 }
@@ -46,11 +42,12 @@ LayerPlace layerPlace(QSize size, std::optional<QPoint> anchor, const QList<Scre
         return {{}, Qt::TopEdge | Qt::RightEdge, {0, popoverGap, popoverGap, 0}};
 
     const QRect whole = screen->whole;
-    const auto near = nearEdge(*anchor, whole);
     const bool isInUpperHalf = anchor->y() <= whole.center().y();
-    const Qt::Edge edge = near.value_or(isInUpperHalf ? Qt::TopEdge : Qt::BottomEdge);
-    const QRect free = freeOfBar(edge, near ? anchor : std::nullopt, whole);
-    const QRect popover(popoverPosition(size, anchor, {{whole, free}}), size);
+    const Qt::Edge likely = isInUpperHalf ? Qt::TopEdge : Qt::BottomEdge;
+    const Qt::Edge edge = nearEdge(*anchor, whole).value_or(likely);
+    // Only the place along the bar is taken from it.
+    const ScreenArea area{whole, freeOfBar(edge, whole)};
+    const QRect popover(popoverPosition(size, anchor, {area}), size);
     const QMargins distances = distancesWithin(whole, popover);
 
     const bool isBarHorizontal = edge == Qt::TopEdge || edge == Qt::BottomEdge;
