@@ -12,6 +12,7 @@
 #include <QTemporaryDir>
 
 #include <csignal>
+#include <optional>
 #include <sys/resource.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -94,24 +95,39 @@ TEST_F(HungDirectory, holdsUpNothingButItsOwnQuestion)
     EXPECT_EQ(opened, QList<QUrl>({QUrl::fromLocalFile(directory.path())}));
 }
 
-TEST_F(HungDirectory, childEndsOnASignalThatThisProcessHandles)
+class HungDirectoryAndSignal : public HungDirectory, public testing::WithParamInterface<int>
 {
-    const auto handled = [](const QString &process) {
+public:
+    HungDirectoryAndSignal()
+    {
+        std::signal(GetParam(), [](int) {});
+    }
+    ~HungDirectoryAndSignal() override { std::signal(GetParam(), SIG_DFL); }
+
+    /// Whether the process catches the signal; nothing if it has ended.
+    static std::optional<bool> isCaught(const QString &process)
+    {
         QFile file(process + QStringLiteral("/status"));
-        file.open(QIODevice::ReadOnly);
-        const QByteArray text = file.readAll();
-        return text.mid(text.indexOf("SigCgt:") + 8, 16).toULongLong(nullptr, 16);
-    };
-    constexpr quint64 termination = 1ULL << (SIGTERM - 1);
-    const auto before = std::signal(SIGTERM, [](int) {});
-    ASSERT_TRUE((handled(QStringLiteral("/proc/self")) & termination) != 0);
+        const QByteArray text = file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+        const qsizetype found = text.indexOf("SigCgt:");
+        if (found < 0)
+            return std::nullopt;
+        const quint64 caught = text.mid(found + 8, 16).toULongLong(nullptr, 16);
+        return ((caught >> (GetParam() - 1)) & 1) != 0;
+    }
+};
+
+TEST_P(HungDirectoryAndSignal, childDoesNotCatchWhatThisProcessCatches)
+{
+    ASSERT_EQ(isCaught(QStringLiteral("/proc/self")), true);
     DirectoryCheck check;
     check.start(hungDirectory, [](bool) {});
     ASSERT_TRUE(waitUntil([&] { return !hangingChildren().isEmpty(); }));
     const QString child = hangingChildren().first();
-    EXPECT_TRUE(waitUntil([&] { return (handled(child) & termination) == 0; }));
-    std::signal(SIGTERM, before);
+    EXPECT_TRUE(waitUntil([&] { return isCaught(child) == false; }));
 }
+
+INSTANTIATE_TEST_SUITE_P(Endings, HungDirectoryAndSignal, testing::Values(SIGTERM, SIGINT, SIGHUP));
 
 TEST_F(HungDirectory, isNoDirectoryAfterTheTimeout)
 {

@@ -126,6 +126,7 @@ void FakeTray::uncover()
     xcb_create_gc(m_x.get(), context, m_icon, 0, nullptr);
     const xcb_rectangle_t all = {0, 0, side, side};
     xcb_poly_fill_rectangle(m_x.get(), m_icon, context, 1, &all);
+    xcb_free_gc(m_x.get(), context);
     xcb_clear_area(m_x.get(), 1, m_icon, 0, 0, 0, 0);
     xcb_flush(m_x.get());
 }

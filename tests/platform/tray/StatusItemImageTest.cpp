@@ -158,6 +158,27 @@ TEST(StatusItemImage, iconKeepsItsSizeAndHeightBesideASingleDigit)
     }
 }
 
+TEST(StatusTitle, isOfFourteenPointsAndRaisedByOne)
+{
+    const StatusTitle shown = title("8");
+    EXPECT_EQ(shown.pointSize, 14);
+    EXPECT_EQ(shown.weight, QFont::Medium);
+    EXPECT_EQ(shown.baselineOffset, 1);
+}
+
+TEST(StatusItemImage, badgesRimIsATwentiethOfTheSide)
+{
+    const QList<QPair<int, int>> rims{{22, 1}, {29, 1}, {30, 2}, {49, 2}, {50, 3}};
+    for (const auto &[side, rim] : rims) {
+        QFont font = QGuiApplication::font();
+        font.setPixelSize(qRound(side * 0.5));
+        font.setWeight(QFont::Bold);
+        const QImage image = badgedStatusImage(redIcon(), points, title("3"), side);
+        const int height = qRound(std::ceil(QFontMetricsF(font).capHeight())) + 2 * rim;
+        EXPECT_EQ(extent(image, isInk).height(), height) << side;
+    }
+}
+
 TEST(StatusItemImage, badgeHasRoundCorners)
 {
     const QImage image = badgedStatusImage(redIcon(), points, title("3"), 64);
@@ -177,6 +198,7 @@ TEST(StatusItemImage, nothingOfTheIconIsAboveTheBadge)
 {
     for (const int side : sides) {
         const QImage image = badgedStatusImage(emblemIcon(), points, title("3"), side);
+        ASSERT_FALSE(extent(image, isYellow).isEmpty()) << side;
         EXPECT_LT(extent(image, isYellow).right(), extent(image, isInk).left()) << side;
     }
 }

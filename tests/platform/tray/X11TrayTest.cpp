@@ -167,10 +167,10 @@ TEST_F(IconInTray, tellsTheTrayWhatItIs)
 {
     show(FakeTray::Visual::ofTheScreen);
     const auto numbers = [this](const char *property) {
-        QList<uint32_t> numbers(tray->property(property).size() / 4);
         const QByteArray bytes = tray->property(property);
-        std::copy_n(bytes.data(), numbers.size() * 4, reinterpret_cast<char *>(numbers.data()));
-        return numbers;
+        QList<uint32_t> values(bytes.size() / 4);
+        std::copy_n(bytes.data(), values.size() * 4, reinterpret_cast<char *>(values.data()));
+        return values;
     };
     EXPECT_EQ(tray->property("WM_CLASS"), QByteArray("tidewick\0tidewick\0", 18));
     EXPECT_EQ(numbers("_XEMBED_INFO"), QList<uint32_t>({0, 1})) << "version 0, to be shown";
