@@ -2,10 +2,12 @@
 
 import importlib.machinery
 import importlib.util
+import json
 import pathlib
 import subprocess
 import tempfile
 import unittest
+from unittest import mock
 
 SCRIPT = str(pathlib.Path(__file__).resolve().parents[2] / "scripts/mutants")
 
@@ -250,7 +252,7 @@ int main(int count, char **)
                              {wrong})
 
 
-class KeyTest(unittest.TestCase):
+class Key(unittest.TestCase):
     """Which mistake of an earlier run a mistake is."""
 
     @staticmethod
@@ -270,6 +272,77 @@ class KeyTest(unittest.TestCase):
 
     def test_the_same_mistake_is_another_one_elsewhere_in_the_line(self):
         self.assertNotEqual(self.key(["a mistaken line"]), self.key(["mistaken line"]))
+
+
+def mistake(text="bool a() { return 1 == 2; }"):
+    """The first mistake in a text."""
+    return mutants.Mutant("scan/A.cpp", text, mutants.mutations("scan/A.cpp", text)[0])
+
+
+class Known(unittest.TestCase):
+    """Which results of earlier runs still hold."""
+
+    def is_known(self, outcome, file=None, tests=None):
+        """Whether a result is, of a file with this text and these tests; else of today's."""
+        one = mistake()
+        trial = mutants.Trial({}, 1, mock.Mock(reason=lambda _: None))
+        hashes = tests or trial.hashes[one.room.tests], mutants.content_hash(file or one.before)
+        trial.results[one.key] = [outcome, "", *hashes]
+        return trial.is_known(one)
+
+    def test_a_killed_one_holds_as_long_as_its_surroundings(self):
+        self.assertTrue(self.is_known("killed", "another file", "other tests"))
+
+    def test_others_end_with_a_change_of_the_file(self):
+        for outcome in ("survived", "changes nothing", "does not compile"):
+            self.assertTrue(self.is_known(outcome), outcome)
+            self.assertFalse(self.is_known(outcome, "another file"), outcome)
+
+    def test_a_survivor_ends_with_a_change_of_the_tests(self):
+        self.assertFalse(self.is_known("survived", tests="other tests"))
+        self.assertTrue(self.is_known("changes nothing", tests="other tests"))
+
+
+class Elsewhere(unittest.TestCase):
+    """What is not built here, and is elsewhere."""
+
+    def setUp(self):
+        self.top = pathlib.Path(self.enterContext(tempfile.TemporaryDirectory()))
+        for name, value in {"TOP": self.top, "SCORES": self.top / "scores.txt"}.items():
+            self.enterContext(mock.patch.object(mutants, name, value))
+        self.one = mistake()
+        (self.top / "scan").mkdir()
+        (self.top / self.one.path).write_text(self.one.before)
+
+    def counts(self, outcome, outcome_elsewhere):
+        """The score of a file with one mistake."""
+        place = self.top / "build/debian/new/build/mutants"
+        place.mkdir(parents=True)
+        (place / "results.json").write_text(
+            json.dumps({self.one.key: [outcome_elsewhere, "", "", ""]}))
+        with mock.patch("builtins.print"):
+            return mutants.report([self.one], {self.one.key: [outcome]},
+                                  mock.Mock(reason=lambda _: None))[self.one.path]
+
+    def test_counts_where_it_is_not_built_here(self):
+        self.assertEqual(self.counts("not built", "killed"), {"killed": 1})
+
+    def test_counts_nowhere_else(self):
+        self.assertEqual(self.counts("survived", "killed"), {"survived": 1})
+
+    def test_a_file_that_is_built_nowhere_keeps_its_score(self):
+        scores = mutants.Scores()
+        scores.take({self.one.path: mutants.collections.Counter(killed=3)}, {self.one.path: "text"})
+        scores.take({self.one.path: self.counts("not built", "not built")}, {self.one.path: "text"})
+        self.assertEqual(mutants.Scores().rows[self.one.path][0], 3)
+
+    def test_a_score_is_of_the_text_that_was_tried(self):
+        scores = mutants.Scores()
+        scores.take({self.one.path: mutants.collections.Counter(killed=3)}, {self.one.path: "text"})
+        self.assertFalse(scores.is_current(self.one.path))
+        scores.take({self.one.path: mutants.collections.Counter(killed=3)},
+                    {self.one.path: self.one.before})
+        self.assertTrue(scores.is_current(self.one.path))
 
 
 if __name__ == "__main__":
