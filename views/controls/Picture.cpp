@@ -5,6 +5,7 @@
 #include <QSGImageNode>
 #include <QSGTexture>
 
+#include <memory>
 #include <utility>
 
 namespace tidewick
@@ -22,8 +23,10 @@ public:
         m_places.clear();
         for (const PicturePiece &piece : pieces)
             m_places.append(QRect(piece.place, piece.image.size()));
-        while (childCount() > pieces.size())
-            delete lastChild();
+        while (childCount() > pieces.size()) {
+            const std::unique_ptr<QSGNode> last(lastChild());
+            removeChildNode(last.get());
+        }
         for (int i = 0; i < pieces.size(); ++i) {
             QSGImageNode *const node = i < childCount() ? &nodeAt(i) : newNode(window);
             node->setTexture(window.createTextureFromImage(pieces[i].image));
