@@ -64,7 +64,10 @@ ListView {
         // An inactive window has none.
         if (!item)
             return;
-        if (item === given && !isByKeyboard) {
+        if (item === list) {
+            if (currentItem && isByKeyboard)
+                currentItem.forceActiveFocus(Qt.TabFocusReason);
+        } else if (item === given && !isByKeyboard) {
             item.focus = false;
         } else if (focusedCard) {
             isByKeyboard = item === focusedCard || ((item as T.Control)?.visualFocus ?? false);
