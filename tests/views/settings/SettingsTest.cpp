@@ -15,7 +15,7 @@ namespace
 /// What it prints if both registrations end with `error`.
 std::string printed(const std::optional<QString> &error, bool isEnabled)
 {
-    const auto registration = [error] {
+    const auto registration = [&error] {
         return error;
     };
     Settings settings(registration, registration);
